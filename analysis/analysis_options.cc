@@ -1,0 +1,3 @@
+#include "analysis/analysis_options.h"
+
+bool ProcessAnalysisOptions(std::string&, AnalysisOptions&) { return true; }

@@ -1,0 +1,3 @@
+#include "analysis/disk_analysis.h"
+
+void AnalyzeDisk() {}

@@ -1,0 +1,3 @@
+#include "analysis/split_events.h"
+
+void AnalyzeSplitEvents(const AnalysisOptions&) {}

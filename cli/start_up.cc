@@ -1,0 +1,58 @@
+#include "cli/start_up.h"
+
+#include <cstdlib>
+#include <iostream>
+
+#include "cli/tool_context.h"
+#include "recorder/log_client.h"
+#include "store/sql_statement.h"
+
+const char* const kStorePath = "/mnt/hd/streammgr/stream.db";
+
+FILE* ProbeForDaemon() {
+  FILE* probe = popen("pidof StreamMgr", "r");
+  char line[1024];
+  toolContext.running = probe != nullptr && fgets(line, sizeof line, probe) != nullptr;
+  return probe;
+}
+
+namespace {
+
+// Without the daemon, stream file access learns each file's size from the store.
+void LoadStreamFileSizes() {
+  SQLStatement sizes(toolContext.database, "select number, size from streamfiles");
+  if (sizes.resultCode != SQLITE_OK) {
+    std::cerr << "mainunable to access database" << std::endl;
+    return;
+  }
+  while (sizes.Step() == kStepRow) {
+    toolContext.fileAccess.InitializeFileSize(sqlite3_column_int(sizes.handle, 0),
+                                              sqlite3_column_int(sizes.handle, 1));
+  }
+  if (sizes.resultCode != kStepDone) {
+    std::cerr << "main:Error initializing file sizes from the database:" << std::endl;
+  }
+}
+
+}  // namespace
+
+int StartUp() {
+  const int exitStatus = sqlite3_open(kStorePath, &toolContext.database);
+  if (exitStatus != SQLITE_OK) {
+    std::cerr << "error opening sqlite3" << std::endl;
+  }
+  if (!toolContext.fileAccess.InitializeFileAccess(false, true)) {
+    // The tool carries on all the same; the handlers report their own failures.
+    std::cerr << " cannot proceed without fileAccess initialized" << std::endl;
+  }
+  if (toolContext.running) {
+    if (toolContext.ipc.Init() != 0) {
+      std::cerr << "Error initializing the ipc connection" << std::endl;
+      std::exit(1);
+    }
+  } else {
+    LoadStreamFileSizes();
+  }
+  LogClient::Instance().ProcessName("db");
+  return exitStatus;
+}

@@ -1,0 +1,5 @@
+#include "cli/tool_context.h"
+
+#include <iostream>  // the standard streams are set up before the endpoint
+
+ToolContext toolContext;

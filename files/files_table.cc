@@ -1,0 +1,5 @@
+#include "files/files_table.h"
+
+void DisplayFiles(FileOptions&) {}
+
+void DisplayFile(StreamMgrApi::StreamfileRecordItem&) {}

@@ -1,0 +1,63 @@
+#include "maintenance/status_report.h"
+
+#include <cstdlib>
+#include <iomanip>
+#include <iostream>
+#include <string>
+
+#include "cli/tool_context.h"
+#include "recorder/stream_mgr_api.h"
+#include "store/access_path.h"
+#include "store/sql_statement.h"
+
+void DisplayStatus() {
+  // The recorder's sql tool formats the table; whatever it prints is the report.
+  std::cout.flush();
+  std::system("sql 'select * from status'");
+}
+
+namespace {
+
+unsigned int CountRows(const std::string& table) {
+  unsigned int count = 0;
+  const std::string sql = "select count(*) from " + table;
+  if (OverIpc()) {
+    StreamMgrApi::GetCountFromSqlStatement(toolContext.ipc, sql, count, kIpcTimeout);
+    return count;
+  }
+  SQLStatement statement(toolContext.database, sql);
+  if (statement.resultCode != SQLITE_OK) {
+    // Continues the line the statement wrapper left open.
+    std::cerr << "Error getting count for " << table << std::endl;
+    return count;
+  }
+  if (statement.Step() == kStepRow) {
+    count = static_cast<unsigned int>(sqlite3_column_int(statement.handle, 0));
+  }
+  return count;
+}
+
+}  // namespace
+
+void DisplayTables() {
+  // The table list always comes from the database file, even while the daemon
+  // runs; only the counts go to the daemon then.
+  SQLStatement tables(toolContext.database,
+                      "select tbl_name from sqlite_master where type='table'");
+  std::cout << std::endl;
+  std::cout << "Table Name  " << "  " << "Entries" << std::endl;
+  std::cout << "============" << "  " << "=======" << std::endl;
+  if (tables.resultCode == SQLITE_OK) {
+    while (tables.Step() == kStepRow) {
+      const unsigned char* text = sqlite3_column_text(tables.handle, 0);
+      const std::string name = text == nullptr ? "" : reinterpret_cast<const char*>(text);
+      const unsigned int count = CountRows(name);
+      std::cout << std::left << std::setw(12) << name << "    " << std::right << std::setw(4)
+                << count << std::endl;
+    }
+    if (tables.resultCode != kStepDone) {
+      std::cerr << "stmt Error: ";
+    }
+  }
+  std::cout << std::endl;
+}

@@ -1,0 +1,48 @@
+// Runs a command inside tools/recorder-sandbox on a test disk and captures
+// its standard output, standard error and exit status.
+#ifndef TESTING_RUN_IN_SANDBOX_H_
+#define TESTING_RUN_IN_SANDBOX_H_
+
+#include <string>
+#include <vector>
+
+#include "testing/recorder_disk.h"
+
+struct SandboxOptions {
+  bool streamMgr = false;
+  std::string streamMgrArgs;  // e.g. "--log /mnt/hd/requests.log"
+  bool configMp = false;
+  std::string configMpArgs;  // e.g. "--reexport-hours 24"
+  std::vector<std::string> environment;  // extra NAME=VALUE entries
+  std::string input;                     // fed to standard input
+  bool unprivileged = false;             // run the sandbox as user nobody
+  int timeoutSeconds = 90;
+};
+
+struct RunResult {
+  std::string out;
+  std::string err;
+  int status = -1;  // exit status, or 128 + signal
+};
+
+// The two ways the tool reaches the store.
+enum class AccessPath { kDirect, kDaemon };
+const char* AccessPathName(AccessPath path);
+
+// Runs `command` (first word looked up on the sandbox's PATH) with TZ=UTC.
+RunResult RunInSandbox(const RecorderDisk& disk, const std::vector<std::string>& command,
+                       const SandboxOptions& options = SandboxOptions());
+
+// Runs db with `args`.
+RunResult RunDb(const RecorderDisk& disk, const std::vector<std::string>& args,
+                const SandboxOptions& options = SandboxOptions());
+
+// Runs db with `args` on the given access path: with the StreamMgr simulator
+// running for kDaemon (its extra arguments in `options.streamMgrArgs`).
+RunResult RunDb(const RecorderDisk& disk, AccessPath path, const std::vector<std::string>& args,
+                SandboxOptions options = SandboxOptions());
+
+// Directory of the built programs.
+std::string BinDir();
+
+#endif  // TESTING_RUN_IN_SANDBOX_H_
