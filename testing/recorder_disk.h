@@ -5,6 +5,7 @@
 #define TESTING_RECORDER_DISK_H_
 
 #include <string>
+#include <utility>
 
 class RecorderDisk {
  public:
@@ -34,6 +35,8 @@ class RecorderDisk {
 
 // SQL that inserts one event row; unnamed columns keep their defaults below.
 struct EventRow {
+  EventRow() = default;
+  explicit EventRow(std::string id) : reid(std::move(id)) {}
   std::string reid;
   int state = 0;
   int splitState = 1;
