@@ -1,11 +1,27 @@
 // Host stream file access: a table of file sizes, filled at start-up when the
-// daemon does not run.
+// daemon does not run. While StreamMgr runs it owns the files and knows the
+// size of the one being written, so the size is asked of it instead, over a
+// connection of this object's own.
 #include "recorder/stream_file_access.h"
 
+#include <unistd.h>
+
+#include <string>
 #include <unordered_map>
 
+#include "recorder/host/ipc_channel.h"
+#include "recorder/host/ipc_codec.h"
+#include "recorder/host/linx_ipc_impl.h"
+
 struct StreamFileAccess::Impl {
+  ~Impl() { Disconnect(); }
+  void Disconnect() {
+    if (daemon >= 0) close(daemon);
+    daemon = -1;
+  }
+
   std::unordered_map<int, StreamMgrFileMgmnt::FileMgmnt_t> files;
+  int daemon = -1;  // connection to StreamMgr, -1 when there is none
 };
 
 StreamFileAccess::StreamFileAccess() : impl_(new Impl) {}
@@ -21,6 +37,22 @@ void StreamFileAccess::InitializeFileSize(int number, int size) {
 }
 
 bool StreamFileAccess::GetFileInfo(int number, StreamMgrFileMgmnt::FileMgmnt_t& info) {
+  if (impl_->daemon < 0) {
+    impl_->daemon =
+        HostIpc::Connect(HostIpc::EndpointPath(HostIpc::kEndpointDir, HostIpc::kStreamMgrName));
+  }
+  if (impl_->daemon >= 0) {
+    std::string answer;
+    uint32_t size = 0;
+    if (!HostIpc::Exchange(impl_->daemon, HostIpc::LiveSizeRequest(static_cast<uint32_t>(number)),
+                           answer, HostIpc::kDefaultTimeoutMs)) {
+      impl_->Disconnect();
+      return false;
+    }
+    if (!HostIpc::DecodeLiveSizeAnswer(answer, size)) return false;
+    info = StreamMgrFileMgmnt::FileMgmnt_t{static_cast<uint32_t>(number), 0, 0, size};
+    return true;
+  }
   const auto found = impl_->files.find(number);
   if (found == impl_->files.end()) {
     return false;

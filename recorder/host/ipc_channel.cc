@@ -1,0 +1,133 @@
+#include "recorder/host/ipc_channel.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "recorder/host/ipc_protocol.h"
+#include "recorder/host/wire.h"
+
+namespace HostIpc {
+
+int MillisecondsLeft(Clock::time_point deadline) {
+  const auto left =
+      std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+  if (left <= 0) return 0;
+  return left > 0x7fffffff ? 0x7fffffff : static_cast<int>(left);
+}
+
+Clock::time_point DeadlineIn(int milliseconds) {
+  return Clock::now() + std::chrono::milliseconds(milliseconds < 0 ? 0 : milliseconds);
+}
+
+int Connect(const std::string& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  if (path.size() >= sizeof address.sun_path) return -1;
+  std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+  const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  if (fd < 0) return -1;
+  if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    // A Unix socket connects at once or not at all (EAGAIN: backlog full).
+    close(fd);
+    return -1;
+  }
+  return fd;
+}
+
+namespace {
+
+// Waits until `fd` is ready for `events`; false on time-out, hang-up or error.
+bool WaitFor(int fd, short events, Clock::time_point deadline) {
+  for (;;) {
+    pollfd entry = {fd, events, 0};
+    const int ready = poll(&entry, 1, MillisecondsLeft(deadline));
+    if (ready < 0 && errno == EINTR) continue;
+    if (ready <= 0) return false;
+    // Data that is already there is still read after the peer hung up.
+    return (entry.revents & events) != 0;
+  }
+}
+
+bool SendAll(int fd, const char* data, size_t size, Clock::time_point deadline) {
+  while (size > 0) {
+    const ssize_t sent = send(fd, data, size, MSG_NOSIGNAL);
+    if (sent > 0) {
+      data += sent;
+      size -= static_cast<size_t>(sent);
+    } else if (sent < 0 && errno == EINTR) {
+      continue;
+    } else if (sent < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+      if (!WaitFor(fd, POLLOUT, deadline)) return false;
+    } else {
+      return false;
+    }
+  }
+  return true;
+}
+
+// Appends exactly `size` bytes read from `fd` to `out`.
+bool ReceiveAll(int fd, std::string& out, size_t size, Clock::time_point deadline) {
+  char buffer[65536];
+  while (size > 0) {
+    const ssize_t got = recv(fd, buffer, size < sizeof buffer ? size : sizeof buffer, 0);
+    if (got > 0) {
+      out.append(buffer, static_cast<size_t>(got));
+      size -= static_cast<size_t>(got);
+    } else if (got == 0) {
+      return false;  // the peer closed the connection mid-frame
+    } else if (errno == EINTR) {
+      continue;
+    } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+      if (!WaitFor(fd, POLLIN, deadline)) return false;
+    } else {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+std::string FrameHeader(size_t size) {
+  WireWriter writer;
+  writer.U32(static_cast<uint32_t>(size));
+  return writer.Bytes();
+}
+
+bool SendFrame(int fd, const std::string& body, Clock::time_point deadline) {
+  if (body.size() > kMaxFrameBytes) return false;
+  const std::string header = FrameHeader(body.size());
+  return SendAll(fd, header.data(), header.size(), deadline) &&
+         SendAll(fd, body.data(), body.size(), deadline);
+}
+
+bool ReceiveFrame(int fd, std::string& body, Clock::time_point deadline) {
+  std::string header;
+  if (!ReceiveAll(fd, header, 4, deadline)) return false;
+  uint32_t length = 0;
+  WireReader reader(header);
+  if (!reader.U32(length) || length > kMaxFrameBytes) return false;
+  body.clear();
+  return ReceiveAll(fd, body, length, deadline);
+}
+
+bool Exchange(int fd, const std::string& request, std::string& answer, int timeoutMs) {
+  const Clock::time_point deadline = DeadlineIn(timeoutMs);
+  return fd >= 0 && SendFrame(fd, request, deadline) && ReceiveFrame(fd, answer, deadline);
+}
+
+bool ExchangeOnce(const std::string& path, const std::string& request, std::string& answer,
+                  int timeoutMs) {
+  const int fd = Connect(path);
+  if (fd < 0) return false;
+  const bool answered = Exchange(fd, request, answer, timeoutMs);
+  close(fd);
+  return answered;
+}
+
+}  // namespace HostIpc

@@ -1,0 +1,33 @@
+// The host endpoint's state, shared by the host stand-ins that talk to the
+// recorder's daemons. Tests may point endpointDir at a folder of their own.
+#ifndef RECORDER_HOST_LINX_IPC_IMPL_H_
+#define RECORDER_HOST_LINX_IPC_IMPL_H_
+
+#include <string>
+
+#include "recorder/host/ipc_protocol.h"
+#include "recorder/linx_ipc.h"
+
+struct LinxIpc::Impl {
+  explicit Impl(const std::string& endpointName) : name(endpointName) {}
+  ~Impl();
+  void Disconnect();
+
+  std::string name;
+  std::string endpointDir = HostIpc::kEndpointDir;
+  int fd = -1;               // the connection to StreamMgr, -1 when there is none
+  bool initialised = false;  // Init() succeeded once
+};
+
+namespace HostIpc {
+
+std::string EndpointPath(const std::string& dir, const char* name);
+
+// One request on the endpoint's connection to StreamMgr. After a failure the
+// connection is dropped, so a late answer can never pass for the answer to a
+// later request; the next request connects afresh.
+bool StreamMgrRequest(LinxIpc& ipc, const std::string& request, std::string& answer, int timeoutMs);
+
+}  // namespace HostIpc
+
+#endif  // RECORDER_HOST_LINX_IPC_IMPL_H_

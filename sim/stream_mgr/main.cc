@@ -1,0 +1,34 @@
+// StreamMgr: stand-in of the recorder's stream manager daemon. It owns the
+// store while it runs and answers the stream manager's requests over the
+// host IPC (see --help).
+#include <sqlite3.h>
+
+#include <cstdio>
+
+#include "recorder/host/ipc_protocol.h"
+#include "recorder/host/ipc_server.h"
+#include "sim/stream_mgr/stream_mgr_options.h"
+#include "sim/stream_mgr/stream_mgr_service.h"
+
+int main(int argc, char** argv) {
+  StreamMgrOptions options;
+  std::string error;
+  if (!ParseStreamMgrOptions(argc, argv, options, error)) {
+    std::fprintf(stderr, "StreamMgr: %s\n%s", error.c_str(), kStreamMgrHelp);
+    return 2;
+  }
+  if (options.help) {
+    std::fputs(kStreamMgrHelp, stdout);
+    return 0;
+  }
+  // The store is opened, never created: a missing store stays missing, and
+  // every query on it is answered as failed.
+  sqlite3* database = nullptr;
+  sqlite3_open_v2("/mnt/hd/streammgr/stream.db", &database, SQLITE_OPEN_READWRITE, nullptr);
+  StreamMgrService service(database, options);
+  const int status = HostIpc::RunDaemon(
+      HostIpc::kEndpointDir, HostIpc::kStreamMgrName, !options.noIpc, options.delayMs,
+      [&service](const std::string& request) { return service.Handle(request); });
+  sqlite3_close(database);
+  return status;
+}

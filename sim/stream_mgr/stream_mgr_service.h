@@ -1,0 +1,36 @@
+// The requests the StreamMgr simulator answers: events, files and count
+// requests run their SQL on the database it owns, with the same row loaders
+// as the tool's direct path; a delete request deletes one events row.
+#ifndef SIM_STREAM_MGR_STREAM_MGR_SERVICE_H_
+#define SIM_STREAM_MGR_STREAM_MGR_SERVICE_H_
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <string>
+
+#include "recorder/host/ipc_server.h"
+#include "sim/stream_mgr/stream_mgr_options.h"
+
+class StreamMgrService {
+ public:
+  // `database` stays the caller's; it may be a handle whose open failed, in
+  // which case every query is answered as failed.
+  StreamMgrService(sqlite3* database, StreamMgrOptions options);
+
+  HostIpc::Reply Handle(const std::string& request);
+
+ private:
+  std::string Events(const std::string& sql);
+  std::string Files(const std::string& sql);
+  std::string Count(const std::string& sql);
+  std::string Delete(const std::string& reid);
+  std::string LiveSize(uint32_t number);
+  void Log(const char* operation, const std::string& text) const;
+
+  sqlite3* database_;
+  StreamMgrOptions options_;
+  uint64_t requests_ = 0;  // events, files, count and delete requests received
+};
+
+#endif  // SIM_STREAM_MGR_STREAM_MGR_SERVICE_H_
