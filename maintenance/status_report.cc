@@ -6,8 +6,7 @@
 #include <string>
 
 #include "cli/tool_context.h"
-#include "recorder/stream_mgr_api.h"
-#include "store/access_path.h"
+#include "store/row_count.h"
 #include "store/sql_statement.h"
 
 void DisplayStatus() {
@@ -16,37 +15,18 @@ void DisplayStatus() {
   std::system("sql 'select * from status'");
 }
 
-namespace {
-
-unsigned int CountRows(const std::string& table) {
-  unsigned int count = 0;
-  const std::string sql = "select count(*) from " + table;
-  if (OverIpc()) {
-    StreamMgrApi::GetCountFromSqlStatement(toolContext.ipc, sql, count, kIpcTimeout);
-    return count;
-  }
-  SQLStatement statement(toolContext.database, sql);
-  if (statement.resultCode != SQLITE_OK) {
-    // Continues the line the statement wrapper left open.
-    std::cerr << "Error getting count for " << table << std::endl;
-    return count;
-  }
-  if (statement.Step() == kStepRow) {
-    count = static_cast<unsigned int>(sqlite3_column_int(statement.handle, 0));
-  }
-  return count;
-}
-
-}  // namespace
-
 void DisplayTables() {
   // The table list always comes from the database file, even while the daemon
   // runs; only the counts go to the daemon then.
   SQLStatement tables(toolContext.database,
                       "select tbl_name from sqlite_master where type='table'");
   std::cout << std::endl;
-  std::cout << "Table Name  " << "  " << "Entries" << std::endl;
-  std::cout << "============" << "  " << "=======" << std::endl;
+  std::cout << "Table Name  "
+            << "  "
+            << "Entries" << std::endl;
+  std::cout << "============"
+            << "  "
+            << "=======" << std::endl;
   if (tables.resultCode == SQLITE_OK) {
     while (tables.Step() == kStepRow) {
       const unsigned char* text = sqlite3_column_text(tables.handle, 0);
