@@ -3,9 +3,10 @@
 #define FILES_FILES_TABLE_H_
 
 #include "files/file_options.h"
-#include "recorder/streamfile_record.h"
+#include "files/file_row.h"
 
+// Lists the stream files that `options` select, on the access path of the
+// moment, under a heading and above a closing count line.
 void DisplayFiles(FileOptions& options);
-void DisplayFile(StreamMgrApi::StreamfileRecordItem& file);
 
 #endif  // FILES_FILES_TABLE_H_

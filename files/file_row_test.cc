@@ -1,0 +1,148 @@
+// The files table's heading and rows, printed with the daemon not running.
+#include "files/file_row.h"
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <sstream>
+#include <string>
+
+#include "cli/tool_context.h"
+
+namespace {
+
+using StreamMgrApi::StreamfileRecordItem;
+using StreamMgrApi::StreamFileState;
+using StreamMgrApi::StreamFileType;
+
+class FileRowTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    toolContext.running = false;
+    saved_ = std::cout.rdbuf(out_.rdbuf());
+  }
+  void TearDown() override { std::cout.rdbuf(saved_); }
+
+  std::ostringstream out_;
+  std::streambuf* saved_ = nullptr;
+};
+
+StreamfileRecordItem File() {
+  StreamfileRecordItem file;
+  file.number.SetValue(12);
+  file.stream.SetValue(1);
+  file.state = StreamMgrApi::FILE_USED_KEEP;
+  file.startTick.SetValue(1596);
+  file.stopTick.SetValue(2200);
+  file.startTime.SetValue(1704164645);  // 01/02/24 03:04:05 UTC
+  file.stopTime.SetValue(1704164945);
+  file.previous.SetValue(11);
+  file.next.SetValue(13);
+  file.size.SetValue(98566144);
+  file.type = StreamMgrApi::FILE_TYPE_NORMAL;
+  return file;
+}
+
+// File() as its row.
+const char kFileLine[] =
+    "    12       1  UsedKeep  98566144  01/02/24 03:04:05  03:09:05        1596        2200  "
+    "  11    13  Norm  \n";
+
+TEST_F(FileRowTest, Heading) {
+  PrintFileHeading();
+  EXPECT_EQ(
+      "\n"
+      "Number  Stream   State      Size        Start Time     StopTime  Start Tick   Stop Tick  "
+      "Prev  Next  Type  \n"
+      "======  ======  ========  ========  =================  ========  ==========  ==========  "
+      "====  ====  ====  \n",
+      out_.str());
+}
+
+TEST_F(FileRowTest, OneRow) {
+  StreamfileRecordItem file = File();
+  DisplayFile(file);
+  EXPECT_EQ(kFileLine, out_.str());
+}
+
+TEST_F(FileRowTest, FreeStateKeepsItsBlanks) {
+  StreamfileRecordItem file = File();
+  file.state = StreamMgrApi::FILE_FREE;
+  file.type = StreamMgrApi::FILE_TYPE_INIT;
+  DisplayFile(file);
+  EXPECT_EQ(
+      "    12       1  Free      98566144  01/02/24 03:04:05  03:09:05        1596        2200  "
+      "  11    13  Init  \n",
+      out_.str());
+}
+
+TEST_F(FileRowTest, InvalidStateIsPaddedAndWideTypesPushTheSeparator) {
+  StreamfileRecordItem file = File();
+  file.state = static_cast<StreamFileState>(7);
+  file.type = StreamMgrApi::FILE_TYPE_WIPED;
+  DisplayFile(file);
+  file.type = static_cast<StreamFileType>(-1);
+  DisplayFile(file);
+  file.type = StreamMgrApi::FILE_TYPE_BACKGROUND;
+  file.state = StreamMgrApi::FILE_ALLOCATED;
+  DisplayFile(file);
+  EXPECT_EQ(
+      "    12       1   Invalid  98566144  01/02/24 03:04:05  03:09:05        1596        2200  "
+      "  11    13  Wiped  \n"
+      "    12       1   Invalid  98566144  01/02/24 03:04:05  03:09:05        1596        2200  "
+      "  11    13  Invalid  \n"
+      "    12       1  Allocatd  98566144  01/02/24 03:04:05  03:09:05        1596        2200  "
+      "  11    13  Bkgd  \n",
+      out_.str());
+}
+
+TEST_F(FileRowTest, WideNumbersPushTheRestRight) {
+  StreamfileRecordItem file;
+  file.number.SetValue(4294967295u);
+  file.stream.SetValue(4294967295u);
+  file.state = static_cast<StreamFileState>(4294967295u);
+  file.startTick.SetValue(4294967295u);
+  file.stopTick.SetValue(4294967295u);
+  file.startTime.SetValue(4294967295u);
+  file.stopTime.SetValue(4294967295u);
+  file.previous.SetValue(4294967295u);
+  file.next.SetValue(4294967295u);
+  file.size.SetValue(4294967295u);
+  file.type = static_cast<StreamFileType>(4);
+  DisplayFile(file);
+  EXPECT_EQ(
+      "4294967295  4294967295   Invalid  4294967295  02/07/06 06:28:15  06:28:15  4294967295  "
+      "4294967295  4294967295  4294967295  Invalid  \n",
+      out_.str());
+}
+
+TEST_F(FileRowTest, ZeroRecordIsTheEpoch) {
+  StreamfileRecordItem file;
+  DisplayFile(file);
+  EXPECT_EQ(
+      "     0       0  Free             0  01/01/70 00:00:00  00:00:00           0           0  "
+      "   0     0  Init  \n",
+      out_.str());
+}
+
+TEST_F(FileRowTest, WithoutTheDaemonTheTableSizeIsShown) {
+  toolContext.fileAccess.InitializeFileSize(12, 5);
+  StreamfileRecordItem file = File();
+  file.next.SetValue(0);
+  DisplayFile(file);
+  EXPECT_EQ(98566144u, file.size.GetValue());
+  EXPECT_EQ(
+      "    12       1  UsedKeep  98566144  01/02/24 03:04:05  03:09:05        1596        2200  "
+      "  11     0  Norm  \n",
+      out_.str());
+}
+
+TEST_F(FileRowTest, LeftAlignmentLeftByAnotherHandlerDoesNotLeak) {
+  std::cout << std::left;
+  StreamfileRecordItem file = File();
+  DisplayFile(file);
+  EXPECT_EQ(kFileLine, out_.str());
+  std::cout << std::right;
+}
+
+}  // namespace

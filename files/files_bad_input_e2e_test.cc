@@ -1,0 +1,298 @@
+// Bad input to the files listing, on both access paths: every byte value in
+// the argument, very long arguments, patterns that match nothing, rows with
+// NULLs, negative or oversized numbers, states and types outside their
+// enumerations, and stores whose statements fail. None of it may crash the
+// tool or change the store.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "files/files_e2e_fixture.h"
+#include "testing/recorder_disk.h"
+#include "testing/run_in_sandbox.h"
+
+namespace {
+
+using namespace files_e2e;
+
+class FilesBadInput : public ::testing::TestWithParam<AccessPath> {
+ protected:
+  bool Daemon() const { return GetParam() == AccessPath::kDaemon; }
+
+  RunResult Run(const RecorderDisk& disk, const std::vector<std::string>& args) {
+    const std::string before = disk.Dump();
+    const RunResult r = RunDb(disk, GetParam(), args);
+    EXPECT_EQ(before, disk.Dump());
+    return r;
+  }
+
+  // Runs db once for every argument, all in one sandbox so that the daemon
+  // starts only once; each run starts from a fresh record.
+  RunResult RunEach(const RecorderDisk& disk, const std::vector<std::string>& arguments) {
+    std::vector<std::string> command = {"sh", "-c", "for a in \"$@\"; do db -f \"$a\"; done", "sh"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    SandboxOptions options;
+    options.streamMgr = Daemon();
+    const std::string before = disk.Dump();
+    const RunResult r = RunInSandbox(disk, command, options);
+    EXPECT_EQ(before, disk.Dump());
+    return r;
+  }
+};
+
+// The listing of the sample store for a one-byte argument from a fresh record.
+std::string ListingForByte(char byte) {
+  switch (byte) {
+    case '1':
+      return Listing({kRow1});
+    case '2':
+      return Listing({kRow2});
+    case '3':
+      return Listing({kRow3});
+    case '4':
+      return Listing({kRow4});
+    case '5':
+      return Listing({kRow5});
+    case '0':
+    case '6':
+    case '7':
+    case '8':
+    case '9':
+      return Listing({});
+    case '?':
+      return Listing({kRow1, kRow2, kRow3, kRow4, kRow5});
+    case 'a':
+    case 'c':
+      return Listing({kRow3, kRow205});
+    case 'f':
+      return Listing({kRow12, kRow5, kRow4, kRow209, kRow20, kRow1234});
+    case 'k':
+      return Listing({kRow1, kRow2, kRow200});
+    case 'r':
+      return Listing(
+          {kRow1234, kRow209, kRow205, kRow200, kRow20, kRow12, kRow5, kRow4, kRow3, kRow2, kRow1});
+    case 't':
+      return Listing(ByStartTick());
+    default:
+      // "*", "l" and "n" list everything by number, and so does every byte
+      // that is not understood ("s" included: no stream digit follows it).
+      return Listing(ByNumber());
+  }
+}
+
+TEST_P(FilesBadInput, EveryByteValueAsTheWholeArgument) {
+  RecorderDisk disk;
+  disk.Exec(SampleFiles());
+  std::vector<std::string> arguments;
+  std::string expected;
+  for (int value = 1; value < 256; ++value) {
+    const char byte = static_cast<char>(value);
+    arguments.push_back(std::string(1, byte));
+    expected += ListingForByte(byte);
+  }
+  const RunResult r = RunEach(disk, arguments);
+  EXPECT_EQ(expected, r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+TEST_P(FilesBadInput, EveryByteValueAfterAValidPrefix) {
+  RecorderDisk disk;
+  disk.Exec(SampleFiles());
+  // "s2" applies whatever follows it; a byte that is a letter may add to it.
+  std::vector<std::string> arguments;
+  std::string expected;
+  for (int value = 1; value < 256; ++value) {
+    const char byte = static_cast<char>(value);
+    arguments.push_back(std::string("s2") + byte);
+    switch (byte) {
+      case 'a':
+      case 'c':
+      case 'k':
+        expected += Listing({});
+        break;
+      case 'r':
+        expected += Listing({kRow1234, kRow20});
+        break;
+      default:
+        expected += Listing({kRow20, kRow1234});
+        break;
+    }
+  }
+  const RunResult r = RunEach(disk, arguments);
+  EXPECT_EQ(expected, r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+TEST_P(FilesBadInput, LongArgumentsOfLetters) {
+  RecorderDisk disk;
+  disk.Exec(SampleFiles());
+  const RunResult r = Run(disk, {"-f", std::string(100000, 'c'), "-f", std::string(100000, 'x')});
+  // The second argument changes nothing, so it lists the current files again.
+  EXPECT_EQ(Listing({kRow3, kRow205}) + Listing({kRow3, kRow205}), r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+TEST_P(FilesBadInput, LongArgumentStoppedEarly) {
+  RecorderDisk disk;
+  disk.Exec(SampleFiles());
+  const RunResult r = Run(disk, {"-f", "s3" + std::string(99998, '3')});
+  EXPECT_EQ(Listing({kRow209}), r.out);
+  EXPECT_EQ("", r.err);
+}
+
+TEST_P(FilesBadInput, LongNumberPattern) {
+  RecorderDisk disk;
+  disk.Exec(SampleFiles());
+  const RunResult r = Run(disk, {"-f", std::string(100000, '1')});
+  // The store refuses a LIKE pattern this long when it evaluates it: directly
+  // both statements fail while stepping; the daemon answers both as failed.
+  EXPECT_EQ(Listing({}), r.out);
+  EXPECT_EQ(Daemon() ? ""
+                     : "stmt Error: \n"
+                       "could not free statement, leaking memory\n"
+                       "could not free statement, leaking memory\n",
+            r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+TEST_P(FilesBadInput, LongWildcardPatternOfAcceptableLength) {
+  RecorderDisk disk;
+  disk.Exec(SampleFiles());
+  const RunResult r = Run(disk, {"-f", std::string(20000, '*') + "12" + std::string(20000, '*')});
+  EXPECT_EQ(Listing({kRow12, kRow1234}), r.out);
+  EXPECT_EQ("", r.err);
+}
+
+TEST_P(FilesBadInput, PatternsThatMatchNothing) {
+  RecorderDisk disk;
+  disk.Exec(SampleFiles());
+  const RunResult r =
+      Run(disk, {"-f", "0", "-f", "99999999999999999999", "-f", "?????", "-f", "12?"});
+  EXPECT_EQ(Listing({}) + Listing({}) + Listing({}) + Listing({}), r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+TEST_P(FilesBadInput, QuoteNeverReachesTheSql) {
+  RecorderDisk disk;
+  disk.Exec(SampleFiles());
+  const RunResult r = Run(disk, {"-f", "1' or '1'='1", "-f", "n;drop table streamfiles"});
+  EXPECT_EQ(Listing({kRow1}) + Listing({kRow1}), r.out);
+  EXPECT_EQ("", r.err);
+}
+
+TEST_P(FilesBadInput, RowsWithNullsNegativesAndOversizedNumbers) {
+  RecorderDisk disk;
+  disk.Exec(
+      "insert into streamfiles (number) values (7);"
+      "insert into streamfiles values (-5, -1, -1, -1, -2, -1, -1, -1, -1, -1, -1);"
+      "insert into streamfiles values (8, 4294967297, 0, 1099511627776, 4294967296, 4294967296, "
+      "4294967300, 0, 9, 4294967396, 1);"
+      "insert into streamfiles values (9, 'two', 2, 1.9, '12', 'x', 60, 8, 10, 'abc', '1');");
+  const RunResult r = Run(disk, {"-f", "*"});
+  EXPECT_EQ(Listing({
+                "4294967291  4294967295   Invalid  4294967295  02/07/06 06:28:15  06:28:15  "
+                "4294967295  4294967294  4294967295  4294967295  Invalid  \n",
+                "     7       0  Free             0  01/01/70 00:00:00  00:00:00           0  "
+                "         0     0     0  Init  \n",
+                "     8       1  Free           100  01/01/70 00:00:00  00:00:04           0  "
+                "         0     0     9  Norm  \n",
+                "     9       0  UsedFree         0  01/01/70 00:00:00  00:01:00           1  "
+                "        12     8    10  Norm  \n",
+            }),
+            r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+TEST_P(FilesBadInput, NullsNeverMatchTheCurrentOrStateFilters) {
+  RecorderDisk disk;
+  disk.Exec("insert into streamfiles (number) values (7);");
+  const RunResult r = Run(disk, {"-f", "c", "-f", "n", "-f", "s0"});
+  EXPECT_EQ(Listing({}) + Listing({}) + Listing({}), r.out);
+  EXPECT_EQ("", r.err);
+}
+
+TEST_P(FilesBadInput, StatesAndTypesOutsideTheirEnumerations) {
+  RecorderDisk disk;
+  disk.Exec(Row(1, 0, 7, 10, 20, 0, 0, 0, 2, 100, 3).Insert() +
+            Row(2, 0, 4, 20, 30, 0, 0, 1, 3, 200, 4).Insert() +
+            Row(3, 0, 2, 30, 40, 0, 0, 2, 4, 300, 255).Insert() +
+            Row(4, 0, 4294967295, 40, 50, 0, 0, 3, 5, 400, 4294967295).Insert());
+  const RunResult r = Run(disk, {"-f", "*", "-f", "fkat"});
+  const std::string row3 =
+      "     3       0  UsedFree       300  01/01/70 00:00:00  00:00:00          30          40     "
+      "2     4  Invalid  \n";
+  EXPECT_EQ(Listing({
+                "     1       0   Invalid       100  01/01/70 00:00:00  00:00:00          10      "
+                "    20     0     2  Wiped  \n",
+                "     2       0   Invalid       200  01/01/70 00:00:00  00:00:00          20      "
+                "    30     1     3  Invalid  \n",
+                row3,
+                "     4       0   Invalid       400  01/01/70 00:00:00  00:00:00          40      "
+                "    50     3     5  Invalid  \n",
+            }) + Listing({row3}),
+            r.out);
+  EXPECT_EQ("", r.err);
+}
+
+TEST_P(FilesBadInput, StoreWithoutTheTable) {
+  RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
+  const RunResult r = Run(disk, {"-f", "s2"});
+  EXPECT_EQ(Listing({}), r.out);
+  EXPECT_EQ(Daemon() ? ""
+                     : "unable to prepare: select number, size from streamfilesmainunable to "
+                       "access database\n"
+                       "unable to prepare: select count(*) from streamfiles where  number like "
+                       "'%' and stream=2 order by starttick asc"
+                       "unable to prepare: select * from streamfiles where  number like '%' and "
+                       "stream=2 order by starttick asc",
+            r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+TEST_P(FilesBadInput, RowThatFailsWhileStepping) {
+  RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
+  // The third row's size overflows when it is computed, so stepping fails
+  // there; counting does not compute sizes.
+  disk.Exec(
+      "create table stored(number integer primary key, stream, state, starttick, stoptick, "
+      "starttime, stoptime, previous, next, size, type);"
+      "insert into stored values (1, 0, 0, 10, 20, 0, 0, 0, 0, 100, 1), "
+      "(2, 0, 0, 20, 30, 0, 0, 0, 0, 200, 1), (3, 0, 0, 30, 40, 0, 0, 0, 0, 300, 1), "
+      "(4, 0, 0, 40, 50, 0, 0, 0, 0, 400, 1);"
+      "create view streamfiles as select number, stream, state, starttick, stoptick, starttime, "
+      "stoptime, previous, next, case when number = 3 then abs(-9223372036854775808) else size "
+      "end as size, type from stored;");
+  const RunResult r = Run(disk, {"-f", "*"});
+  if (Daemon()) {
+    EXPECT_EQ(Listing({}, 4), r.out);
+    EXPECT_EQ("", r.err);
+  } else {
+    EXPECT_EQ(Listing({"     1       0  Free           100  01/01/70 00:00:00  00:00:00          "
+                       "10          20     0     0  Norm  \n",
+                       "     2       0  Free           200  01/01/70 00:00:00  00:00:00          "
+                       "20          30     0     0  Norm  \n"},
+                      4),
+              r.out);
+    EXPECT_EQ(
+        "main:Error initializing file sizes from the database:\n"
+        "could not free statement, leaking memory\n"
+        "stmt Error: \n"
+        "could not free statement, leaking memory\n",
+        r.err);
+  }
+  EXPECT_EQ(0, r.status);
+}
+
+INSTANTIATE_TEST_SUITE_P(BothPaths, FilesBadInput,
+                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
+                         [](const ::testing::TestParamInfo<AccessPath>& info) {
+                           return AccessPathName(info.param);
+                         });
+
+}  // namespace
