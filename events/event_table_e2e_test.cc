@@ -1,0 +1,363 @@
+// The event table end to end: heading, every column of a row, sizes from the
+// metadata files and hours till re-export, on both access paths.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <ctime>
+#include <regex>
+#include <string>
+
+#include "events/expected_event_table.h"
+#include "testing/recorder_disk.h"
+#include "testing/run_in_sandbox.h"
+
+namespace {
+
+class EventTable : public ::testing::TestWithParam<AccessPath> {
+ protected:
+  RunResult Run(const std::vector<std::string>& args, SandboxOptions options = {}) {
+    return RunDb(disk_, GetParam(), args, options);
+  }
+  RecorderDisk disk_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Paths, EventTable,
+                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon), PathName);
+
+TEST_P(EventTable, EveryColumnOfARow) {
+  EventRow plain{"plain"};
+  EventRow backwards{"backwards"};  // stop before start, codes c and k, BG set
+  backwards.state = 1;
+  backwards.splitState = 3;
+  backwards.stopTime = 1704164600;
+  backwards.crCode1 = 1;
+  backwards.crCode2 = 3;
+  backwards.background = 1;
+  EventRow odd{"odd"};  // values outside every table, wrapped ticks, wide counts
+  odd.state = 9;
+  odd.splitState = 7;
+  odd.crCode1 = 7;
+  odd.crCode2 = 2;
+  odd.startTick = -1;
+  odd.stopTick = 4294967301LL;
+  odd.exportTime = 1704168245;  // 04:04:05
+  odd.totalFiles = 123456;
+  odd.part = 1000;
+  odd.totalParts = 7;
+  EventRow answers{"answers"};  // only the first entry's answer is shown
+  answers.state = 2;
+  answers.splitState = 2;
+  answers.answers = R"([["Q1","A1"],["Q2","A2"]])";
+  EventRow wide{std::string(40, 'L')};
+  wide.state = 3;
+  wide.splitState = 4;
+  wide.groupId = std::string(30, 'G');
+  EventRow never{"exportneg"};  // a negative export time means never exported
+  never.splitState = 0;
+  never.exportTime = -5;
+  disk_.Exec(plain.Insert() + backwards.Insert() + odd.Insert() + answers.Insert() + wide.Insert() +
+             never.Insert());
+
+  const RunResult r = Run({"-e"});
+  EXPECT_EQ(std::string(kGibHeading) +
+                "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    N  0.000                    NA  \n"
+                "backwards                     Transfered  AlreadySpl     -1  01/02/24 03:04:05  "
+                "03:03:20           0        1000        1200  c k   Y      1                   "
+                "               0    0    N  0.000                    NA  \n"
+                "odd                              Invalid     Invalid    100  01/02/24 03:04:05  "
+                "03:05:45    04:04:05  4294967295           5  ? a   N  123456                  "
+                "              1000    7    N  0.000                    NA  \n"
+                "answers                       Recording   SplitPend     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    N  0.000                    NA                    A1  \n"
+                "LLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLL  InPost      ExportOnly    100  01/02/24 "
+                "03:04:05  03:05:45           0        1000        1200  r r   N      1  "
+                "GGGGGGGGGGGGGGGGGGGGGGGGGGGGGG    0    0    N  0.000                    NA  \n"
+                "exportneg                     RecordCmpl  NotChecked    100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    N  0.000                    NA  \n",
+            r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+// A pair of metadata files whose description lists `segments`.
+void Stage(const RecorderDisk& disk, const std::string& reid, const std::string& segments,
+           size_t dataBytes) {
+  disk.WriteFile(
+      "connectionmgr/" + reid + ".xml",
+      "<?xml version=\"1.0\"?>\n<recording-event>\n <video>\n  <streams>\n   <stream>\n" +
+          segments + "   </stream>\n  </streams>\n </video>\n</recording-event>\n");
+  disk.WriteFile("connectionmgr/" + reid + ".mtd", std::string(dataBytes, 'm'));
+}
+
+std::string WholeFiles(int count) {
+  std::string segments;
+  for (int i = 0; i < count; ++i) {
+    segments +=
+        "    <segment name=\"" + std::to_string(i) + ".ts\" src=\"" + std::to_string(i) + "\"/>\n";
+  }
+  return segments;
+}
+
+// Staged events of 1.5 GiB, of more than 10 GiB, of the data file alone, one
+// whose data file is missing, and one whose segments sum below zero.
+void StageSizes(const RecorderDisk& disk) {
+  disk.Exec(EventRow{"gib15"}.Insert() + EventRow{"big"}.Insert() + EventRow{"mtdonly"}.Insert() +
+            EventRow{"xmlonly"}.Insert() + EventRow{"negative"}.Insert());
+  // 16 whole stream files and 32 MiB: 1610612736 bytes.
+  Stage(disk, "gib15", WholeFiles(16) + "<segment name=\"x\" src=\"1\" stop-offset=\"33554432\"/>",
+        0);
+  Stage(disk, "big", WholeFiles(120), 0);
+  disk.WriteFile("connectionmgr/mtdonly.xml", "<nothing/>");
+  disk.WriteFile("connectionmgr/mtdonly.mtd", std::string(1000, 'm'));
+  disk.WriteFile("connectionmgr/xmlonly.xml", "<nothing/>");
+  Stage(disk, "negative",
+        "<segment name=\"x\" src=\"1\" start-offset=\"5000\" stop-offset=\"1000\"/>", 0);
+}
+
+TEST_P(EventTable, SizesInGibibytes) {
+  StageSizes(disk_);
+  const RunResult r = Run({"-e"});
+  EXPECT_EQ(std::string(kGibHeading) +
+                "gib15                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y  1.500                    NA  \n"
+                "big                           RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y  11.016                    NA  \n"
+                "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y  0.000                    NA  \n"
+                "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    N  0.000                    NA  \n"
+                "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y  17179869184.000                    NA  \n",
+            r.out);
+  EXPECT_EQ("", r.err);
+}
+
+TEST_P(EventTable, SizesInBytes) {
+  StageSizes(disk_);
+  const RunResult r = Run({"-E"});
+  EXPECT_EQ(std::string(kBytesHeading) +
+                "gib15                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y   1610612736                    NA  \n"
+                "big                           RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y  11827937280                    NA  \n"
+                "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y         1000                    NA  \n"
+                "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    N            0                    NA  \n"
+                "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y  18446744073709547520                    NA  \n",
+            r.out);
+  EXPECT_EQ("", r.err);
+}
+
+TEST_P(EventTable, UnusableMetadataStillGivesARowAndTheMessages) {
+  for (const char* reid :
+       {"malformed", "noname", "notint", "empty", "deep", "locked", "wrapped", "huge", "comment"}) {
+    disk_.Exec(EventRow{reid}.Insert());
+  }
+  disk_.WriteFile("connectionmgr/malformed.xml", "<recording-event><video><streams><stream>");
+  disk_.WriteFile("connectionmgr/malformed.mtd", std::string(10, 'm'));
+  Stage(disk_, "noname", WholeFiles(1) + "<segment src=\"2\"/>" + WholeFiles(1), 0);
+  Stage(disk_, "notint",
+        WholeFiles(1) + "<segment name=\"x\" src=\"2\" start-offset=\"abc\"/>" + WholeFiles(1), 0);
+  disk_.WriteFile("connectionmgr/empty.xml", "");
+  disk_.WriteFile("connectionmgr/empty.mtd", "");
+  std::string deep;
+  for (int i = 0; i < 100000; ++i) deep += "<recording-event>";
+  disk_.WriteFile("connectionmgr/deep.xml", deep);
+  disk_.WriteFile("connectionmgr/deep.mtd", std::string(7, 'm'));
+  Stage(disk_, "locked", "", 2048);
+  ASSERT_EQ(0, chmod((disk_.Path() + "/connectionmgr/locked.mtd").c_str(), 0));
+  // Offsets out of the 32-bit range wrap: 4294968296 reads as 1000.
+  Stage(disk_, "wrapped", "<segment name=\"x\" src=\"1\" stop-offset=\"4294968296\"/>", 0);
+  std::string many;
+  for (int i = 0; i < 200000; ++i) {
+    many += "<segment name=\"x\" src=\"1\" start-offset=\"5\" stop-offset=\"15\"/>\n";
+  }
+  Stage(disk_, "huge", many, 0);
+  Stage(disk_, "comment", "<!-- cut -->" + WholeFiles(3), 5);
+  const std::string store = disk_.Dump();
+
+  const RunResult r = Run({"-E"});
+  EXPECT_EQ(std::string(kBytesHeading) +
+                "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y           10                    NA  \n"
+                "noname                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y     98566144                    NA  \n"
+                "notint                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y     98566144                    NA  \n"
+                "empty                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y            0                    NA  \n"
+                "deep                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y            7                    NA  \n"
+                "locked                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y         2048                    NA  \n"
+                "wrapped                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y         1000                    NA  \n"
+                "huge                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y      2000000                    NA  \n"
+                "comment                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y            5                    NA  \n",
+            r.out);
+  EXPECT_EQ(
+      "Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml"
+      ":'name' attribute missing"
+      "Start offset invalid"
+      "Failed to load XML file: /mnt/hd/connectionmgr/empty.xml"
+      "Failed to load XML file: /mnt/hd/connectionmgr/deep.xml",
+      r.err);
+  EXPECT_EQ(0, r.status);
+  EXPECT_EQ(store, disk_.Dump());
+  EXPECT_EQ(std::string(2048, 'm'), disk_.ReadFile("connectionmgr/locked.mtd"));
+}
+
+TEST_P(EventTable, DataFileThatIsAFolderIsStagedWithTheFolderSize) {
+  disk_.Exec(EventRow{"mtddir"}.Insert());
+  disk_.WriteFile("connectionmgr/mtddir.xml", "<nothing/>");
+  ASSERT_EQ(0, mkdir((disk_.Path() + "/connectionmgr/mtddir.mtd").c_str(), 0755));
+  const RunResult r = Run({"-e"});
+  EXPECT_EQ(std::string(kGibHeading) +
+                "mtddir                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y  0.000                    NA  \n",
+            r.out);
+  EXPECT_EQ("", r.err);
+}
+
+// Row of an unstaged event exported at `exportText` with `hours` in the hours column.
+std::string HoursRow(const std::string& reid, const std::string& exportText,
+                     const std::string& hours) {
+  return reid + std::string(28 - reid.size(), ' ') +
+         "  RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45  " +
+         std::string(10 - exportText.size(), ' ') + exportText +
+         "        1000        1200  r r   N      1                                  0    0    N  "
+         "0.000  " +
+         std::string(20 - hours.size(), ' ') + hours + "  \n";
+}
+
+std::string TimeOfDay(long long seconds) {
+  const time_t time = static_cast<time_t>(seconds);
+  struct tm utc;
+  gmtime_r(&time, &utc);
+  char text[20];
+  strftime(text, sizeof text, "%H:%M:%S", &utc);
+  return text;
+}
+
+class ReExportHours : public EventTable {
+ protected:
+  // Events exported 10 and 30 hours ago, and one never exported.
+  void SetUp() override {
+    const long long now = static_cast<long long>(time(nullptr));
+    EventRow ten{"ten"};
+    ten.exportTime = now - 10 * 3600;
+    EventRow thirty{"thirty"};
+    thirty.exportTime = now - 30 * 3600;
+    disk_.Exec(ten.Insert() + thirty.Insert() + EventRow{"never"}.Insert());
+    tenText_ = TimeOfDay(ten.exportTime);
+    thirtyText_ = TimeOfDay(thirty.exportTime);
+  }
+  std::string Rows(const std::string& ten, const std::string& thirty, const std::string& never) {
+    return std::string(kGibHeading) + HoursRow("ten", tenText_, ten) +
+           HoursRow("thirty", thirtyText_, thirty) + HoursRow("never", "0", never);
+  }
+  static SandboxOptions Config(const std::string& args, const std::string& level = "2") {
+    SandboxOptions options;
+    options.configMp = true;
+    options.configMpArgs = args;
+    options.environment = {"RECORDER_LOG=/mnt/hd/log.txt", "RECORDER_LOG_LEVEL=" + level};
+    return options;
+  }
+  std::string tenText_;
+  std::string thirtyText_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Paths, ReExportHours,
+                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon), PathName);
+
+TEST_P(ReExportHours, IntervalOfZeroIsDisabledForEveryEvent) {
+  const RunResult r = Run({"-e"}, Config("--reexport-hours 0"));
+  EXPECT_EQ(Rows("Disabled", "Disabled", "Disabled"), r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_FALSE(disk_.Exists("log.txt"));
+}
+
+TEST_P(ReExportHours, IntervalOf24CountsDownFromTheExport) {
+  const RunResult r = Run({"-e"}, Config("--reexport-hours 24"));
+  // 24 - 10 = 14 hours left; 30 hours ago and never exported are overdue.
+  EXPECT_EQ(Rows("14.00", "NA", "NA"), r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_FALSE(disk_.Exists("log.txt"));
+}
+
+TEST_P(ReExportHours, LongIntervalDoesNotOverflow) {
+  const RunResult r = Run({"-e"}, Config("--reexport-hours 4000000"));
+  EXPECT_EQ(Rows("3999990.00", "3999970.00", "NA"), r.out);
+}
+
+const char kLogLine[] =
+    "db: event_table\\.cc:[0-9]+ DisplayEvent: Error getting video recording settings\n";
+
+std::string Repeat(const std::string& text, int times) {
+  std::string all;
+  for (int i = 0; i < times; ++i) all += text;
+  return all;
+}
+
+TEST_P(ReExportHours, FailingServiceShowsNaAndLogsEveryRow) {
+  const RunResult r = Run({"-e"}, Config("--fail"));
+  EXPECT_EQ(Rows("NA", "NA", "NA"), r.out);
+  EXPECT_EQ("", r.err);
+  const std::string log = disk_.ReadFile("log.txt");
+  EXPECT_TRUE(std::regex_match(log, std::regex(Repeat(kLogLine, 3)))) << log;
+}
+
+TEST_P(ReExportHours, MissingServiceShowsNaAndLogs) {
+  SandboxOptions options = Config("");
+  options.configMp = false;
+  const RunResult r = Run({"-e"}, options);
+  EXPECT_EQ(Rows("NA", "NA", "NA"), r.out);
+  EXPECT_EQ("", r.err);
+  const std::string log = disk_.ReadFile("log.txt");
+  EXPECT_TRUE(std::regex_match(log, std::regex(Repeat(kLogLine, 3)))) << log;
+}
+
+TEST_P(ReExportHours, MessageIsLoggedOnlyWhenTheLevelHasBitTwo) {
+  for (const char* level : {"0", "1", "4", "5"}) {
+    const RunResult r = Run({"-e"}, Config("--fail", level));
+    EXPECT_EQ(Rows("NA", "NA", "NA"), r.out) << level;
+    EXPECT_FALSE(disk_.Exists("log.txt")) << level;
+  }
+  for (const char* level : {"3", "6", "255"}) {
+    const RunResult r = Run({"-r", "ten"}, Config("--fail", level));
+    const std::string log = disk_.ReadFile("log.txt");
+    EXPECT_TRUE(std::regex_match(log, std::regex(kLogLine))) << level << ": " << log;
+    std::remove((disk_.Path() + "/log.txt").c_str());
+  }
+}
+
+}  // namespace
