@@ -1,0 +1,76 @@
+// Stores, metadata, scripted recorder tools and runners shared by the
+// end-to-end tests of -a.
+#ifndef ANALYSIS_ANALYSIS_E2E_FIXTURE_H_
+#define ANALYSIS_ANALYSIS_E2E_FIXTURE_H_
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <string>
+#include <vector>
+
+#include "testing/recorder_disk.h"
+#include "testing/run_in_sandbox.h"
+
+namespace analysis_e2e {
+
+// One part of a split event.
+inline EventRow SplitPart(const std::string& reid, const std::string& groupId, int part,
+                          int totalParts, long long startTick, long long stopTick) {
+  EventRow row(reid);
+  row.splitState = 3;
+  row.groupId = groupId;
+  row.part = part;
+  row.totalParts = totalParts;
+  row.startTick = startTick;
+  row.stopTick = stopTick;
+  return row;
+}
+
+// A segment of a metadata description.
+inline std::string Segment(long long start, long long stop) {
+  return "<segment name=\"1.ts\" src=\"1\" start-offset=\"" + std::to_string(start) +
+         "\" stop-offset=\"" + std::to_string(stop) + "\"/>";
+}
+
+// Stages `reid`: a description with these segments and a data file of
+// `mtdBytes` bytes.
+inline void Stage(const RecorderDisk& disk, const std::string& reid,
+                  const std::vector<std::string>& segments, size_t mtdBytes = 0) {
+  std::string xml = "<recording-event><video><streams><stream>\n";
+  for (const std::string& segment : segments) xml += segment + "\n";
+  xml += "</stream></streams></video></recording-event>\n";
+  disk.WriteFile("connectionmgr/" + reid + ".xml", xml);
+  disk.WriteFile("connectionmgr/" + reid + ".mtd", std::string(mtdBytes, 'm'));
+}
+
+// Puts an executable shell script named `name` into the disk's fakes/ folder,
+// which RunWithFakes puts first on PATH.
+inline void Fake(const RecorderDisk& disk, const std::string& name, const std::string& body) {
+  disk.WriteFile("fakes/" + name, "#!/bin/sh\n" + body);
+  chmod((disk.Path() + "/fakes/" + name).c_str(), 0755);
+}
+
+// Runs db with `args` on `path`, with the disk's fakes/ first on PATH; the
+// built stand-ins follow unless `withBuiltTools` is false.
+inline RunResult RunWithFakes(const RecorderDisk& disk, AccessPath path,
+                              const std::vector<std::string>& args,
+                              SandboxOptions options = SandboxOptions(),
+                              bool withBuiltTools = true) {
+  options.streamMgr = path == AccessPath::kDaemon;
+  std::string search = "/mnt/hd/fakes:";
+  if (withBuiltTools) search += BinDir() + ":";
+  std::vector<std::string> command = {"env", "PATH=" + search + "/usr/bin:/bin", BinDir() + "/db"};
+  command.insert(command.end(), args.begin(), args.end());
+  return RunInSandbox(disk, command, options);
+}
+
+class BothPaths : public ::testing::TestWithParam<AccessPath> {};
+
+inline std::string PathName(const ::testing::TestParamInfo<AccessPath>& info) {
+  return AccessPathName(info.param);
+}
+
+}  // namespace analysis_e2e
+
+#endif  // ANALYSIS_ANALYSIS_E2E_FIXTURE_H_

@@ -1,0 +1,86 @@
+// db -a d with the built StreamMgrCli and filePes on stream files of known
+// shape: what a technician sees on a workstation.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "analysis/analysis_e2e_fixture.h"
+#include "sim/file_pes/ts_builder.h"
+#include "testing/recorder_disk.h"
+#include "testing/run_in_sandbox.h"
+
+namespace {
+
+using analysis_e2e::BothPaths;
+
+class DiskAnalysisTools : public BothPaths {
+ protected:
+  // Stream files 1 and 3 are sound; file 2 has its key frames 4 seconds apart.
+  void SetUp() override {
+    disk_.Exec(FileRow().Insert() + [] {
+      FileRow two;
+      two.number = 2;
+      FileRow three;
+      three.number = 3;
+      return two.Insert() + three.Insert();
+    }());
+    StreamShape sound;
+    disk_.WriteFile("streams/1.ts", MakeStream(sound));
+    disk_.WriteFile("streams/3.ts", MakeStream(sound));
+    StreamShape sparse;
+    sparse.frames = 125;
+    sparse.keyFrameEvery = 100;
+    disk_.WriteFile("streams/2.ts", MakeStream(sparse));
+  }
+  RecorderDisk disk_;
+};
+
+TEST_P(DiskAnalysisTools, SoundFilesPassAndTheSparseOneShowsItsFailures) {
+  const RunResult r = RunDb(disk_, GetParam(), {"-a", "d"});
+  EXPECT_EQ(
+      "File count = 3\n"
+      " Checking 1.ts:  extracting.../mnt/hd/1.ts  checking...PASS\n"
+      " Checking 2.ts:  extracting.../mnt/hd/2.ts  checking..."
+      "FAIL split point 2 at packet 75 (1.000 s): no key frame within 2 seconds (after 3.100 s)\n"
+      "FAIL split point 3 at packet 150 (2.000 s): no key frame within 2 seconds (after 2.100 s)\n"
+      "ok   split point 4 at packet 225 (3.000 s): key frame within 2 seconds (after 1.100 s)\n"
+      "ok   split point 5 at packet 300 (4.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "5 split points, 2 failed\n"
+      " Checking 3.ts:  extracting.../mnt/hd/3.ts  checking...PASS\n"
+      "\n",
+      r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+  for (const char* name : {"1.ts", "2.ts", "3.ts"}) EXPECT_FALSE(disk_.Exists(name)) << name;
+  EXPECT_TRUE(disk_.Exists("streams/2.ts"));
+}
+
+TEST_P(DiskAnalysisTools, FileWithoutContentsSilencesTheRest) {
+  disk_.Exec([] {
+    FileRow four;
+    four.number = 4;
+    FileRow five;
+    five.number = 5;
+    return four.Insert() + five.Insert();
+  }());
+  disk_.WriteFile("streams/5.ts", MakeStream(StreamShape()));
+  const RunResult r = RunDb(disk_, GetParam(), {"-a", "d"});
+  EXPECT_EQ(0u, r.out.find("File count = 5\n")) << r.out;
+  const std::string tail =
+      " Checking 3.ts:  extracting.../mnt/hd/3.ts  checking...PASS\n"
+      " Checking 4.ts:  extracting...";
+  ASSERT_GE(r.out.size(), tail.size());
+  EXPECT_EQ(tail, r.out.substr(r.out.size() - tail.size()));
+  EXPECT_EQ(
+      "StreamMgrCli: cannot extract stream file 4: /mnt/hd/streams/4.ts: No such file or "
+      "directory\n",
+      r.err);
+  // File 5 is still extracted, analysed and removed.
+  EXPECT_FALSE(disk_.Exists("5.ts"));
+}
+
+INSTANTIATE_TEST_SUITE_P(BothPaths, DiskAnalysisTools,
+                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
+                         analysis_e2e::PathName);
+
+}  // namespace

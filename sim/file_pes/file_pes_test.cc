@@ -1,0 +1,145 @@
+// The report of filePes -a over stream files written to a scratch folder.
+#include "sim/file_pes/file_pes.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "sim/file_pes/ts_builder.h"
+#include "sim/file_pes/ts_packet.h"
+
+namespace {
+
+class FilePes : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char pattern[] = "/tmp/file_pes.XXXXXX";
+    ASSERT_NE(nullptr, mkdtemp(pattern));
+    folder_ = pattern;
+  }
+  void TearDown() override { std::system(("rm -rf '" + folder_ + "'").c_str()); }
+
+  std::string Write(const std::string& content) {
+    const std::string path = folder_ + "/stream.ts";
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
+    return path;
+  }
+
+  struct Result {
+    int status;
+    std::string out;
+  };
+  Result Analyze(const std::string& path) {
+    std::ostringstream out;
+    const int status = AnalyzeStreamFile(path.c_str(), out);
+    return {status, out.str()};
+  }
+
+  std::string folder_;
+};
+
+TEST_F(FilePes, GoodStreamPasses) {
+  StreamShape shape;
+  const Result r = Analyze(Write(MakeStream(shape)));
+  EXPECT_EQ(
+      "ok   split point 1 at packet 0 (0.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "ok   split point 2 at packet 75 (1.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "2 split points, 0 failed\n",
+      r.out);
+  EXPECT_EQ(0, r.status);
+}
+
+TEST_F(FilePes, EachFailingSplitPointHasAFailLine) {
+  StreamShape shape;
+  shape.frames = 100;
+  shape.keyFrameEvery = 100;  // only at 0 s
+  shape.pcrInsideFrame = true;
+  const Result r = Analyze(Write(MakeStream(shape)));
+  EXPECT_EQ(
+      // The only key frame starts one packet before the first split point.
+      "FAIL split point 1 at packet 1 (0.000 s): not on a frame boundary, no key frame follows\n"
+      "FAIL split point 2 at packet 76 (1.000 s): not on a frame boundary, no key frame follows\n"
+      "FAIL split point 3 at packet 151 (2.000 s): not on a frame boundary, no key frame follows\n"
+      "FAIL split point 4 at packet 226 (3.000 s): not on a frame boundary, no key frame follows\n"
+      "4 split points, 4 failed\n",
+      r.out);
+  EXPECT_EQ(1, r.status);
+}
+
+TEST_F(FilePes, LateKeyFrameFails) {
+  StreamShape shape;
+  shape.frames = 100;
+  shape.keyFrameEvery = 75;
+  const Result r = Analyze(Write(MakeStream(shape)));
+  EXPECT_EQ(
+      "ok   split point 1 at packet 0 (0.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "FAIL split point 2 at packet 75 (1.000 s): no key frame within 2 seconds (after 2.100 s)\n"
+      "ok   split point 3 at packet 150 (2.000 s): key frame within 2 seconds (after 1.100 s)\n"
+      "ok   split point 4 at packet 225 (3.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "4 split points, 1 failed\n",
+      r.out);
+  EXPECT_EQ(1, r.status);
+}
+
+TEST_F(FilePes, MissingFileFails) {
+  const Result r = Analyze(folder_ + "/none.ts");
+  EXPECT_EQ("FAIL cannot read " + folder_ + "/none.ts: No such file or directory\n", r.out);
+  EXPECT_EQ(1, r.status);
+}
+
+TEST_F(FilePes, FolderFails) {
+  const Result r = Analyze(folder_);
+  EXPECT_EQ(0u, r.out.find("FAIL cannot read " + folder_ + ": Is a directory\n")) << r.out;
+  EXPECT_EQ(1, r.status);
+}
+
+TEST_F(FilePes, EmptyFileHasNoSplitPoint) {
+  const Result r = Analyze(Write(""));
+  EXPECT_EQ("FAIL no split point: no packet carries a PCR\n", r.out);
+  EXPECT_EQ(1, r.status);
+}
+
+TEST_F(FilePes, LostSyncStopsReading) {
+  StreamShape shape;
+  std::string stream = MakeStream(shape);
+  stream[80 * kPacketSize] = 0;  // after the second split point
+  const Result r = Analyze(Write(stream));
+  EXPECT_EQ(
+      "FAIL packet 80 has no sync byte (byte 15040); the rest of the file is not read\n"
+      "ok   split point 1 at packet 0 (0.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "ok   split point 2 at packet 75 (1.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "2 split points, 0 failed\n",
+      r.out);
+  EXPECT_EQ(1, r.status);
+}
+
+TEST_F(FilePes, TruncatedLastPacketFails) {
+  StreamShape shape;
+  const std::string stream = MakeStream(shape);
+  const Result r = Analyze(Write(stream.substr(0, stream.size() - 100)));
+  EXPECT_EQ(0u, r.out.find("FAIL 88 bytes after the last whole packet\n")) << r.out;
+  EXPECT_EQ(1, r.status);
+}
+
+TEST_F(FilePes, GarbageOfEveryByteValue) {
+  std::string garbage;
+  for (int i = 0; i < 188 * 40; ++i) garbage += static_cast<char>(i * 7 % 256);
+  const Result r = Analyze(Write(garbage));
+  EXPECT_NE(std::string::npos, r.out.find("FAIL"));
+  EXPECT_EQ(1, r.status);
+}
+
+TEST_F(FilePes, LargeStreamIsReadInPieces) {
+  StreamShape shape;
+  shape.frames = 25 * 120;  // two minutes, more than one read buffer
+  const Result r = Analyze(Write(MakeStream(shape)));
+  EXPECT_EQ(0, r.status);
+  EXPECT_NE(std::string::npos, r.out.find("\n120 split points, 0 failed\n"));
+  EXPECT_NE(std::string::npos, r.out.find("split point 120 at packet 8925 (119.000 s)"));
+}
+
+}  // namespace
