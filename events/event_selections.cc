@@ -50,7 +50,7 @@ void ListEvents(const std::string& sql, unsigned flag) {
   ForEachEvent(sql, [flag](const EventRecordItem& event) { DisplayEvent(event, flag); });
 }
 
-// Events whose critical columns are NULL; the stream manager cannot handle them.
+// How many events have a critical column left NULL (-e/-E warn of them).
 unsigned int CountEventsWithNullFields() {
   const std::string sql =
       std::string(

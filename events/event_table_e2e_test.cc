@@ -366,4 +366,25 @@ TEST_P(ReExportHours, MessageIsLoggedOnlyWhenTheLevelHasBitTwo) {
   }
 }
 
+TEST_P(EventTable, UnreadableMetadataForAnUnprivilegedUser) {
+  disk_.Exec(EventRow{"xmlhidden"}.Insert() + EventRow{"mtdhidden"}.Insert());
+  Stage(disk_, "xmlhidden", WholeFiles(1), 30);
+  Stage(disk_, "mtdhidden", WholeFiles(1), 40);
+  ASSERT_EQ(0, chmod((disk_.Path() + "/connectionmgr/xmlhidden.xml").c_str(), 0));
+  ASSERT_EQ(0, chmod((disk_.Path() + "/connectionmgr/mtdhidden.mtd").c_str(), 0));
+  SandboxOptions options;
+  options.unprivileged = true;
+  const RunResult r = Run({"-E"}, options);
+  // The description cannot be read; the data file is only measured, never read.
+  EXPECT_EQ(std::string(kBytesHeading) +
+                "xmlhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y           30                    NA  \n"
+                "mtdhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y     98566184                    NA  \n",
+            r.out);
+  EXPECT_EQ("Failed to load XML file: /mnt/hd/connectionmgr/xmlhidden.xml", r.err);
+}
+
 }  // namespace
