@@ -11,9 +11,9 @@ struct ConditionCase {
   const char* condition;
 };
 
-class ResultingConditions : public ::testing::TestWithParam<ConditionCase> {};
+class FileConditionTable : public ::testing::TestWithParam<ConditionCase> {};
 
-TEST_P(ResultingConditions, FromFreshRecord) {
+TEST_P(FileConditionTable, FromFreshRecord) {
   FileOptions options;
   std::string argument = GetParam().argument;
   ProcessFileDisplayOptions(argument, options);
@@ -21,7 +21,7 @@ TEST_P(ResultingConditions, FromFreshRecord) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Examples, ResultingConditions,
+    Examples, FileConditionTable,
     ::testing::Values(
         ConditionCase{"*r", " number like '%' order by number desc"},
         ConditionCase{"20?tr", " number like '20_' order by starttick desc"},

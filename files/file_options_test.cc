@@ -54,9 +54,9 @@ FileOptions Record(void (*change)(FileOptions&)) {
   return options;
 }
 
-class ResultingRecords : public ::testing::TestWithParam<RecordCase> {};
+class FileOptionRecords : public ::testing::TestWithParam<RecordCase> {};
 
-TEST_P(ResultingRecords, ParseFromFreshRecord) {
+TEST_P(FileOptionRecords, ParseFromFreshRecord) {
   const Parsed parsed = Parse(GetParam().argument);
   EXPECT_TRUE(parsed.understood);
   EXPECT_EQ("", parsed.left);
@@ -64,7 +64,7 @@ TEST_P(ResultingRecords, ParseFromFreshRecord) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Examples, ResultingRecords,
+    Examples, FileOptionRecords,
     ::testing::Values(RecordCase{"*r", Record([](FileOptions& o) {
                                    o.sortByNumber = true;
                                    o.reverse = true;
@@ -185,9 +185,9 @@ struct FailureCase {
   FileOptions expected;
 };
 
-class Failures : public ::testing::TestWithParam<FailureCase> {};
+class FileOptionFailures : public ::testing::TestWithParam<FailureCase> {};
 
-TEST_P(Failures, StopAtTheFirstCharacterNotUnderstood) {
+TEST_P(FileOptionFailures, StopAtTheFirstCharacterNotUnderstood) {
   const Parsed parsed = Parse(GetParam().argument);
   EXPECT_FALSE(parsed.understood);
   EXPECT_EQ(GetParam().left, parsed.left);
@@ -195,7 +195,7 @@ TEST_P(Failures, StopAtTheFirstCharacterNotUnderstood) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Examples, Failures,
+    Examples, FileOptionFailures,
     ::testing::Values(FailureCase{"cx", "x", Record([](FileOptions& o) {
                                     o.showCurrent = true;
                                     o.sortByStartTick = true;
