@@ -3,6 +3,7 @@
 #ifndef TESTING_RUN_IN_SANDBOX_H_
 #define TESTING_RUN_IN_SANDBOX_H_
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,8 @@ struct RunResult {
 // The two ways the tool reaches the store.
 enum class AccessPath { kDirect, kDaemon };
 const char* AccessPathName(AccessPath path);
+// Lets GoogleTest name parameterised cases by their access path.
+inline void PrintTo(AccessPath path, std::ostream* out) { *out << AccessPathName(path); }
 
 // Runs `command` (first word looked up on the sandbox's PATH) with TZ=UTC.
 RunResult RunInSandbox(const RecorderDisk& disk, const std::vector<std::string>& command,
