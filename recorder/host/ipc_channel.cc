@@ -14,8 +14,8 @@
 namespace HostIpc {
 
 int MillisecondsLeft(Clock::time_point deadline) {
-  const auto left =
-      std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+  // Rounded up, so that a wait never ends before its deadline.
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
   if (left <= 0) return 0;
   return left > 0x7fffffff ? 0x7fffffff : static_cast<int>(left);
 }

@@ -166,7 +166,10 @@ ServeEnd Serve(int listenFd, int stopFd, int delayMs, const RequestHandler& hand
 
 int RunDaemon(const std::string& dir, const char* name, bool offerEndpoint, int delayMs,
               const RequestHandler& handler) {
-  // The signals are taken through a descriptor, so the loop sees them in poll().
+  // The signals are taken through a descriptor, so the loop sees them in
+  // poll(). A shell starts background jobs with SIGINT ignored; undo that.
+  signal(SIGTERM, SIG_DFL);
+  signal(SIGINT, SIG_DFL);
   sigset_t stopSignals;
   sigemptyset(&stopSignals);
   sigaddset(&stopSignals, SIGTERM);

@@ -21,10 +21,7 @@ int main(int argc, char** argv) {
     std::fputs(kStreamMgrHelp, stdout);
     return 0;
   }
-  // The store is opened, never created: a missing store stays missing, and
-  // every query on it is answered as failed.
-  sqlite3* database = nullptr;
-  sqlite3_open_v2("/mnt/hd/streammgr/stream.db", &database, SQLITE_OPEN_READWRITE, nullptr);
+  sqlite3* database = OpenOwnedStore("/mnt/hd/streammgr/stream.db");
   StreamMgrService service(database, options);
   const int status = HostIpc::RunDaemon(
       HostIpc::kEndpointDir, HostIpc::kStreamMgrName, !options.noIpc, options.delayMs,

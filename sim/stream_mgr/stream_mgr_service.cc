@@ -46,6 +46,12 @@ std::string Bounded(std::string answer, Kind kind) {
 
 }  // namespace
 
+sqlite3* OpenOwnedStore(const std::string& path) {
+  sqlite3* database = nullptr;
+  sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr);
+  return database;
+}
+
 StreamMgrService::StreamMgrService(sqlite3* database, StreamMgrOptions options)
     : database_(database), options_(std::move(options)) {}
 

@@ -12,6 +12,11 @@
 #include "recorder/host/ipc_server.h"
 #include "sim/stream_mgr/stream_mgr_options.h"
 
+// Opens the store the daemon owns, for reading and writing but never creating
+// it: a missing store stays missing. The handle is returned even when the
+// open failed; queries on it then fail.
+sqlite3* OpenOwnedStore(const std::string& path);
+
 class StreamMgrService {
  public:
   // `database` stays the caller's; it may be a handle whose open failed, in

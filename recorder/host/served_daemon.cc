@@ -1,0 +1,44 @@
+#include "recorder/host/served_daemon.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "recorder/host/linx_ipc_impl.h"
+
+namespace HostIpc {
+
+ServedDaemon::ServedDaemon(const char* name, RequestHandler handler, int delayMs) : name_(name) {
+  char pattern[] = "/tmp/served-daemon-XXXXXX";
+  const char* made = mkdtemp(pattern);
+  dir_ = made == nullptr ? "" : made;
+  listenFd_ = CreateEndpoint(Path());
+  if (pipe2(stop_, O_CLOEXEC) != 0) stop_[0] = stop_[1] = -1;
+  thread_ = std::thread([this, handler, delayMs] {
+    end_ = Serve(listenFd_, stop_[0], delayMs, handler);
+    ended_ = true;
+  });
+}
+
+ServedDaemon::~ServedDaemon() {
+  Stop();
+  close(stop_[0]);
+  close(stop_[1]);
+  close(listenFd_);
+  std::system(("rm -rf '" + dir_ + "'").c_str());
+}
+
+std::string ServedDaemon::Path() const { return EndpointPath(dir_, name_.c_str()); }
+
+void ServedDaemon::Aim(LinxIpc& ipc) const { ipc.GetImpl().endpointDir = dir_; }
+
+ServeEnd ServedDaemon::Stop() {
+  if (thread_.joinable()) {
+    if (write(stop_[1], "x", 1) != 1) std::abort();
+    thread_.join();
+  }
+  return end_;
+}
+
+}  // namespace HostIpc
