@@ -2,6 +2,7 @@
 // shape: what a technician sees on a workstation.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 
 #include "analysis/analysis_e2e_fixture.h"
@@ -78,6 +79,86 @@ TEST_P(DiskAnalysisTools, FileWithoutContentsSilencesTheRest) {
   // File 5 is still extracted, analysed and removed.
   EXPECT_FALSE(disk_.Exists("5.ts"));
 }
+
+// The sample disk of tools/make-sample-disk, as the demo shows it.
+class SampleDisk : public BothPaths {
+ protected:
+  void SetUp() override {
+    const std::string command =
+        std::string(DB_SOURCE_DIR) + "/tools/make-sample-disk '" + disk_.Path() + "' > /dev/null";
+    ASSERT_EQ(0, std::system(command.c_str()));
+  }
+  RecorderDisk disk_{RecorderDisk::Store::kNone};
+};
+
+TEST_P(SampleDisk, StreamFilesFourAndSevenFail) {
+  const RunResult r = RunDb(disk_, GetParam(), {"-a", "d"});
+  EXPECT_EQ(
+      "File count = 8\n"
+      " Checking 1.ts:  extracting.../mnt/hd/1.ts  checking...PASS\n"
+      " Checking 2.ts:  extracting.../mnt/hd/2.ts  checking...PASS\n"
+      " Checking 3.ts:  extracting.../mnt/hd/3.ts  checking...PASS\n"
+      " Checking 4.ts:  extracting.../mnt/hd/4.ts  checking..."
+      "FAIL split point 2 at packet 75 (1.000 s): no key frame within 2 seconds (after 3.100 s)\n"
+      "FAIL split point 3 at packet 150 (2.000 s): no key frame within 2 seconds (after 2.100 s)\n"
+      "ok   split point 4 at packet 225 (3.000 s): key frame within 2 seconds (after 1.100 s)\n"
+      "ok   split point 5 at packet 300 (4.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "FAIL split point 6 at packet 375 (5.000 s): no key frame follows\n"
+      "6 split points, 3 failed\n"
+      " Checking 5.ts:  extracting.../mnt/hd/5.ts  checking...PASS\n"
+      " Checking 6.ts:  extracting.../mnt/hd/6.ts  checking...PASS\n"
+      " Checking 7.ts:  extracting.../mnt/hd/7.ts  checking..."
+      "FAIL split point 1 at packet 1 (0.000 s): not on a frame boundary, key frame within 2 "
+      "seconds (after 1.100 s)\n"
+      "FAIL split point 2 at packet 76 (1.000 s): not on a frame boundary, key frame within 2 "
+      "seconds (after 1.100 s)\n"
+      "FAIL split point 3 at packet 151 (2.000 s): not on a frame boundary, key frame within 2 "
+      "seconds (after 1.100 s)\n"
+      "FAIL split point 4 at packet 226 (3.000 s): not on a frame boundary, key frame within 2 "
+      "seconds (after 1.100 s)\n"
+      "FAIL split point 5 at packet 301 (4.000 s): not on a frame boundary, key frame within 2 "
+      "seconds (after 1.100 s)\n"
+      "FAIL split point 6 at packet 376 (5.000 s): not on a frame boundary, no key frame follows\n"
+      "6 split points, 6 failed\n"
+      " Checking 8.ts:  extracting.../mnt/hd/8.ts  checking...PASS\n"
+      "\n",
+      r.out);
+  EXPECT_EQ("", r.err);
+  for (int n = 1; n <= 8; ++n) EXPECT_FALSE(disk_.Exists(std::to_string(n) + ".ts")) << n;
+}
+
+TEST_P(SampleDisk, SplitRecordingPassesWithTwoGigabytes) {
+  const RunResult r = RunDb(disk_, GetParam(), {"-a", "sz2"});
+  EXPECT_EQ(
+      "Checking groupId 'G-20240102-0304':\n"
+      "  Checking 2-second overlap...PASS\n"
+      "  Verify last part >= 2 sec...PASS\n"
+      "  Checking totalParts.........PASS\n"
+      "  Verify part sizes <  2 GB...PASS\n"
+      "\n",
+      r.out);
+  EXPECT_EQ("", r.err);
+}
+
+TEST(SampleDiskStreams, ScriptWritesTheStreamsTheBuilderWrites) {
+  RecorderDisk disk(RecorderDisk::Store::kNone);
+  const std::string command =
+      std::string(DB_SOURCE_DIR) + "/tools/make-sample-disk '" + disk.Path() + "' > /dev/null";
+  ASSERT_EQ(0, std::system(command.c_str()));
+  StreamShape sound;
+  sound.frames = 150;
+  EXPECT_TRUE(disk.ReadFile("streams/1.ts") == MakeStream(sound));
+  StreamShape sparse = sound;
+  sparse.keyFrameEvery = 100;
+  EXPECT_TRUE(disk.ReadFile("streams/4.ts") == MakeStream(sparse));
+  StreamShape inside = sound;
+  inside.pcrInsideFrame = true;
+  EXPECT_TRUE(disk.ReadFile("streams/7.ts") == MakeStream(inside));
+}
+
+INSTANTIATE_TEST_SUITE_P(BothPaths, SampleDisk,
+                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
+                         analysis_e2e::PathName);
 
 INSTANTIATE_TEST_SUITE_P(BothPaths, DiskAnalysisTools,
                          ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
