@@ -1,0 +1,180 @@
+// Start-up with StreamMgr running: the usage text says so, a daemon without
+// an IPC endpoint ends every command line but the empty one before any option
+// is handled, and a daemon that misbehaves (garbled, dying, failing or slow
+// answers) never crashes the tool, never hangs it and never changes the store.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <string>
+#include <vector>
+
+#include "testing/expected_usage.h"
+#include "testing/recorder_disk.h"
+#include "testing/run_in_sandbox.h"
+
+namespace {
+
+const char kIpcError[] = "Error initializing the ipc connection\n";
+
+SandboxOptions DaemonArgs(const std::string& args) {
+  SandboxOptions options;
+  options.streamMgrArgs = args;
+  return options;
+}
+
+void FillStore(const RecorderDisk& disk) {
+  EventRow split1{"s1"}, split2{"s2"};
+  split1.groupId = split2.groupId = "g";
+  split1.part = 1;
+  split2.part = 2;
+  split1.totalParts = split2.totalParts = 2;
+  split1.splitState = split2.splitState = 3;
+  FileRow first, second;
+  second.number = 2;
+  second.previous = 1;
+  first.next = 2;
+  disk.Exec(EventRow{"a"}.Insert() + split1.Insert() + split2.Insert() + first.Insert() +
+            second.Insert() + "insert into status values ('version', '1');");
+}
+
+TEST(DaemonStartUp, NoArgumentsSaysTheDaemonRuns) {
+  RecorderDisk disk;
+  const RunResult r = RunDb(disk, AccessPath::kDaemon, {});
+  EXPECT_EQ(ExpectedUsage("db", true), r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+TEST(DaemonStartUp, HelpAndUnknownOptionSayTheDaemonRuns) {
+  RecorderDisk disk;
+  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-h", "-x"});
+  EXPECT_EQ(
+      ExpectedUsage("db", true) + ExpectedUsage("db", true, "Error: unknown option specified"),
+      r.out);
+  EXPECT_EQ("db: invalid option -- 'x'\n", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+TEST(DaemonStartUp, WithoutIpcTheEmptyCommandLineStillPrintsTheUsage) {
+  RecorderDisk disk;
+  const RunResult r = RunDb(disk, AccessPath::kDaemon, {}, DaemonArgs("--no-ipc"));
+  EXPECT_EQ(ExpectedUsage("db", true), r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+class DaemonWithoutIpc : public testing::TestWithParam<std::vector<std::string>> {};
+
+TEST_P(DaemonWithoutIpc, EndsBeforeAnyOptionIsHandled) {
+  RecorderDisk disk;
+  FillStore(disk);
+  const std::string before = disk.Dump();
+  const RunResult r = RunDb(disk, AccessPath::kDaemon, GetParam(), DaemonArgs("--no-ipc"));
+  EXPECT_EQ("", r.out);
+  EXPECT_EQ(kIpcError, r.err);
+  EXPECT_EQ(1, r.status);
+  EXPECT_EQ(before, disk.Dump());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    CommandLines, DaemonWithoutIpc,
+    testing::Values(std::vector<std::string>{"-h"}, std::vector<std::string>{"-t"},
+                    std::vector<std::string>{"-x"}, std::vector<std::string>{"-e"},
+                    std::vector<std::string>{"-r"}, std::vector<std::string>{"-d", "a"},
+                    std::vector<std::string>{"--deleteall"}, std::vector<std::string>{"-f", "s0f"},
+                    std::vector<std::string>{"-a", "s"}, std::vector<std::string>{"-s"},
+                    std::vector<std::string>{"stray"}, std::vector<std::string>{"-h", "-t", "-e"}));
+
+TEST(DaemonStartUp, WithoutIpcAFailedOpenIsReportedFirst) {
+  RecorderDisk disk(RecorderDisk::Store::kNone);
+  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, DaemonArgs("--no-ipc"));
+  EXPECT_EQ("", r.out);
+  EXPECT_EQ(std::string("error opening sqlite3\n") + kIpcError, r.err);
+  EXPECT_EQ(1, r.status);
+}
+
+TEST(DaemonStartUp, StartUpReadsNoFileSizesWhileTheDaemonRuns) {
+  // Without the daemon a store with no tables fails the size query at
+  // start-up; with it, the sizes are the daemon's business.
+  RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
+  const RunResult direct = RunDb(disk, AccessPath::kDirect, {"-h"});
+  EXPECT_EQ(
+      "unable to prepare: select number, size from streamfilesmainunable to access database\n",
+      direct.err);
+  const RunResult daemon = RunDb(disk, AccessPath::kDaemon, {"-h"});
+  EXPECT_EQ(ExpectedUsage("db", true), daemon.out);
+  EXPECT_EQ("", daemon.err);
+  EXPECT_EQ(0, daemon.status);
+}
+
+// Command lines whose every store access goes through the daemon.
+const std::vector<std::vector<std::string>> kQueries = {
+    {"-e"}, {"-E"},      {"-r", "a"},   {"-R", "g"}, {"-p"},      {"-u"},
+    {"-t"}, {"-f", "*"}, {"-f", "s0f"}, {"-f", "c"}, {"-a", "s"},
+};
+const std::vector<std::vector<std::string>> kDeletions = {
+    {"-d", "a"}, {"-d", "g"}, {"--deleteall"}};
+
+struct Misbehaviour {
+  const char* name;
+  const char* args;
+};
+
+void PrintTo(const Misbehaviour& m, std::ostream* out) { *out << m.name; }
+
+class MisbehavingDaemon : public testing::TestWithParam<Misbehaviour> {};
+
+// A garbled or dying daemon must look exactly like one that fails every
+// request: empty lists, zero counts, nothing deleted, and no crash.
+TEST_P(MisbehavingDaemon, LooksLikeFailedRequestsAndChangesNothing) {
+  std::vector<std::vector<std::string>> lines = kQueries;
+  lines.insert(lines.end(), kDeletions.begin(), kDeletions.end());
+  for (const std::vector<std::string>& args : lines) {
+    SCOPED_TRACE(args[0] + (args.size() > 1 ? " " + args[1] : ""));
+    RecorderDisk disk;
+    FillStore(disk);
+    const std::string before = disk.Dump();
+    const RunResult failing = RunDb(disk, AccessPath::kDaemon, args, DaemonArgs("--fail-requests"));
+    const RunResult r = RunDb(disk, AccessPath::kDaemon, args, DaemonArgs(GetParam().args));
+    EXPECT_EQ(failing.out, r.out);
+    EXPECT_EQ(failing.err, r.err);
+    EXPECT_EQ(0, r.status);
+    EXPECT_EQ(before, disk.Dump());
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, MisbehavingDaemon,
+                         testing::Values(Misbehaviour{"Garbage", "--garbage"},
+                                         Misbehaviour{"DiesAtOnce", "--die-after 0"}),
+                         [](const testing::TestParamInfo<Misbehaviour>& info) {
+                           return std::string(info.param.name);
+                         });
+
+TEST(SlowDaemon, AnswersTheSameAsAQuickOne) {
+  for (const std::vector<std::string>& args : kQueries) {
+    SCOPED_TRACE(args[0] + (args.size() > 1 ? " " + args[1] : ""));
+    RecorderDisk disk;
+    FillStore(disk);
+    const RunResult quick = RunDb(disk, AccessPath::kDaemon, args);
+    const RunResult slow = RunDb(disk, AccessPath::kDaemon, args, DaemonArgs("--delay-ms 30"));
+    EXPECT_EQ(quick.out, slow.out);
+    EXPECT_EQ(quick.err, slow.err);
+    EXPECT_EQ(quick.status, slow.status);
+  }
+}
+
+TEST(SlowDaemon, DeletesTheSameAsAQuickOne) {
+  for (const std::vector<std::string>& args : kDeletions) {
+    SCOPED_TRACE(args[0] + (args.size() > 1 ? " " + args[1] : ""));
+    RecorderDisk quickDisk, slowDisk;
+    FillStore(quickDisk);
+    FillStore(slowDisk);
+    const RunResult quick = RunDb(quickDisk, AccessPath::kDaemon, args);
+    const RunResult slow = RunDb(slowDisk, AccessPath::kDaemon, args, DaemonArgs("--delay-ms 30"));
+    EXPECT_EQ(quick.out, slow.out);
+    EXPECT_EQ(quick.err, slow.err);
+    EXPECT_EQ(quickDisk.Dump(), slowDisk.Dump());
+  }
+}
+
+}  // namespace
