@@ -5,7 +5,6 @@
 
 #include <cstdio>
 #include <ctime>
-#include <regex>
 #include <string>
 
 #include "events/expected_event_table.h"
@@ -325,21 +324,31 @@ TEST_P(ReExportHours, LongIntervalDoesNotOverflow) {
   EXPECT_EQ(Rows("3999990.00", "3999970.00", hours.substr(hours.find_first_not_of(' '))), r.out);
 }
 
-const char kLogLine[] =
-    "db: event_table\\.cc:[0-9]+ DisplayEvent: Error getting video recording settings\n";
-
-std::string Repeat(const std::string& text, int times) {
-  std::string all;
-  for (int i = 0; i < times; ++i) all += text;
-  return all;
+// The log with its line numbers blanked out: "FILE:LINE FUNCTION: TEXT"
+// names the reporting statement, whose line is the source's business.
+std::string WithoutLineNumbers(const std::string& log) {
+  std::string text;
+  for (size_t i = 0; i < log.size(); ++i) {
+    const bool digit = log[i] >= '0' && log[i] <= '9';
+    if (!digit || i == 0 || log[i - 1] != ':') {
+      text += log[i];
+      continue;
+    }
+    text += 'N';
+    while (i + 1 < log.size() && log[i + 1] >= '0' && log[i + 1] <= '9') ++i;
+  }
+  return text;
 }
+
+const char kLogLine[] =
+    "db: event_table.cc:N DisplayEvent: Error getting video recording settings\n";
 
 TEST_P(ReExportHours, FailingServiceShowsNaAndLogsEveryRow) {
   const RunResult r = Run({"-e"}, Config("--fail"));
   EXPECT_EQ(Rows("NA", "NA", "NA"), r.out);
   EXPECT_EQ("", r.err);
   const std::string log = disk_.ReadFile("log.txt");
-  EXPECT_TRUE(std::regex_match(log, std::regex(Repeat(kLogLine, 3)))) << log;
+  EXPECT_EQ(std::string(kLogLine) + kLogLine + kLogLine, WithoutLineNumbers(log));
 }
 
 TEST_P(ReExportHours, MissingServiceShowsNaAndLogs) {
@@ -349,7 +358,7 @@ TEST_P(ReExportHours, MissingServiceShowsNaAndLogs) {
   EXPECT_EQ(Rows("NA", "NA", "NA"), r.out);
   EXPECT_EQ("", r.err);
   const std::string log = disk_.ReadFile("log.txt");
-  EXPECT_TRUE(std::regex_match(log, std::regex(Repeat(kLogLine, 3)))) << log;
+  EXPECT_EQ(std::string(kLogLine) + kLogLine + kLogLine, WithoutLineNumbers(log));
 }
 
 TEST_P(ReExportHours, MessageIsLoggedOnlyWhenTheLevelHasBitTwo) {
@@ -361,7 +370,7 @@ TEST_P(ReExportHours, MessageIsLoggedOnlyWhenTheLevelHasBitTwo) {
   for (const char* level : {"3", "6", "255"}) {
     const RunResult r = Run({"-r", "ten"}, Config("--fail", level));
     const std::string log = disk_.ReadFile("log.txt");
-    EXPECT_TRUE(std::regex_match(log, std::regex(kLogLine))) << level << ": " << log;
+    EXPECT_EQ(kLogLine, WithoutLineNumbers(log)) << level;
     std::remove((disk_.Path() + "/log.txt").c_str());
   }
 }
