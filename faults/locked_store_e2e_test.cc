@@ -1,0 +1,134 @@
+// The store held by another writer while db lists or deletes: the tool
+// reports what SQLite refuses, never waits for ever, and changes nothing.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "events/expected_event_table.h"
+#include "faults/fault_helpers.h"
+#include "testing/recorder_disk.h"
+#include "testing/run_in_sandbox.h"
+
+namespace {
+
+using faults::StoreLock;
+
+const char kStartUpRefused[] =
+    "unable to prepare: select number, size from streamfilesmainunable to access database\n";
+
+class LockedStore : public ::testing::TestWithParam<AccessPath> {
+ protected:
+  void SetUp() override {
+    disk_.Exec(EventRow("r1").Insert() + EventRow("r2").Insert());
+    before_ = disk_.Dump();
+  }
+  bool Direct() const { return GetParam() == AccessPath::kDirect; }
+  RecorderDisk disk_;
+  std::string before_;
+};
+
+TEST_P(LockedStore, ListingWhileAnotherWriterCommitsShowsNoRows) {
+  RunResult r;
+  {
+    StoreLock lock(disk_, StoreLock::Kind::kExclusive);
+    ASSERT_TRUE(lock.Held());
+    r = RunDb(disk_, GetParam(), {"-e"});
+  }
+  EXPECT_EQ(kGibHeading, r.out);
+  // The daemon's query fails in the same way, and a failed request is an
+  // empty list: nothing is reported on that path.
+  EXPECT_EQ(Direct() ? std::string(kStartUpRefused) +
+                           "unable to prepare: select * from events"
+                           "unable to prepare: select count(*) from events where streamstate is "
+                           "NULL or totalfiles is NULL or groupid is NULL or part is NULL or "
+                           "totalparts is NULL: error getting file stats\n"
+                     : "",
+            r.err);
+  EXPECT_EQ(0, r.status);
+  EXPECT_EQ(before_, disk_.Dump());
+}
+
+TEST_P(LockedStore, ListingWhileAnotherWriterWritesShowsTheCommittedRows) {
+  RunResult r;
+  {
+    StoreLock lock(disk_, StoreLock::Kind::kWriting);
+    ASSERT_TRUE(lock.Held());
+    r = RunDb(disk_, GetParam(), {"-e"});
+  }
+  EXPECT_EQ(kGibHeading + DefaultRow("r1") + DefaultRow("r2"), r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+  EXPECT_EQ(before_, disk_.Dump());
+}
+
+TEST_P(LockedStore, DeletionWhileAnotherWriterCommitsDeletesNothing) {
+  RunResult r;
+  {
+    StoreLock lock(disk_, StoreLock::Kind::kExclusive);
+    ASSERT_TRUE(lock.Held());
+    r = RunDb(disk_, GetParam(), {"-d", "r1", "--deleteall"});
+  }
+  EXPECT_EQ("", r.out);
+  const std::string byId = "select count(*) from events where reid='r1' or groupId='r1'";
+  EXPECT_EQ(Direct() ? std::string(kStartUpRefused) + "unable to prepare: " + byId +
+                           "stmt Error: 5  sql='" + byId +
+                           "'\n"
+                           "unable to prepare: select count(*) from eventsstmt Error: 5  "
+                           "sql='select count(*) from events'\n"
+                     : "  Event or groupId not found: r1\n"
+                       "  No events found...no action taken.\n",
+            r.err);
+  EXPECT_EQ(0, r.status);
+  EXPECT_EQ(before_, disk_.Dump());
+}
+
+TEST_P(LockedStore, DeletionWhileAnotherWriterWritesIsRefusedAndDeletesNothing) {
+  RunResult r;
+  {
+    StoreLock lock(disk_, StoreLock::Kind::kWriting);
+    ASSERT_TRUE(lock.Held());
+    r = RunDb(disk_, GetParam(), {"-d", "r1", "--deleteall"});
+  }
+  if (Direct()) {
+    EXPECT_EQ("", r.out);
+    // A failed step is also the statement's finalisation result.
+    EXPECT_EQ(
+        "  Error deleting event or groupId:  id = r1\n"
+        "could not free statement, leaking memory\n"
+        "  Error deleting all events\n"
+        "could not free statement, leaking memory\n",
+        r.err);
+  } else {
+    EXPECT_EQ(
+        "  Successfully deleted 0 events:  id = r1\n"
+        "  Successfully deleted 0 events\n",
+        r.out);
+    EXPECT_EQ(
+        "  Failed to delete event:  reid= r1  groupId= \n"
+        "  Failed to delete event:  reid= r1  groupId= \n"
+        "  Failed to delete event:  reid= r2  groupId= \n",
+        r.err);
+  }
+  EXPECT_EQ(0, r.status);
+  EXPECT_EQ(before_, disk_.Dump());
+}
+
+TEST_P(LockedStore, TheStoreIsUsableAgainOnceTheWriterIsDone) {
+  {
+    StoreLock lock(disk_, StoreLock::Kind::kExclusive);
+    ASSERT_TRUE(lock.Held());
+    RunDb(disk_, GetParam(), {"-e"});
+  }
+  const RunResult r = RunDb(disk_, GetParam(), {"-d", "r1", "-e"});
+  EXPECT_EQ(
+      "  Successfully deleted 1 event:  id = r1\n" + std::string(kGibHeading) + DefaultRow("r2"),
+      r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+INSTANTIATE_TEST_SUITE_P(Faults, LockedStore,
+                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
+                         faults::PathName);
+
+}  // namespace

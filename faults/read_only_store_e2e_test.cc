@@ -1,0 +1,89 @@
+// The store on a read-only mount, or a file the user may not write: listings
+// work, deletions are refused with the tool's messages, and nothing changes.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <string>
+
+#include "events/expected_event_table.h"
+#include "faults/fault_helpers.h"
+#include "testing/recorder_disk.h"
+#include "testing/run_in_sandbox.h"
+
+namespace {
+
+class ReadOnlyStore : public ::testing::TestWithParam<AccessPath> {
+ protected:
+  void SetUp() override {
+    disk_.Exec(EventRow("r1").Insert() + EventRow("r2").Insert());
+    before_ = disk_.Dump();
+  }
+  // Neither the store nor its folder (where SQLite keeps its journal) can be
+  // written by a user who does not own them.
+  void WriteProtect() {
+    chmod(disk_.StorePath().c_str(), 0444);
+    chmod((disk_.Path() + "/streammgr").c_str(), 0555);
+  }
+  RecorderDisk disk_;
+  std::string before_;
+};
+
+TEST_F(ReadOnlyStore, ReadOnlyMountListsAndRefusesDeletionsDirectly) {
+  const RunResult r =
+      faults::RunShell(disk_, AccessPath::kDirect,
+                       "mount -o remount,ro,bind /mnt/hd && exec db -e -d r1 --deleteall -t");
+  EXPECT_EQ(kGibHeading + DefaultRow("r1") + DefaultRow("r2") +
+                "\n"
+                "Table Name    Entries\n"
+                "============  =======\n"
+                "events             2\n"
+                "streamfiles        0\n"
+                "status             0\n"
+                "\n",
+            r.out);
+  // SQLite opens a store it cannot write read-only; only the deletions fail,
+  // at their step, which is also what finalising them reports.
+  EXPECT_EQ(
+      "  Error deleting event or groupId:  id = r1\n"
+      "could not free statement, leaking memory\n"
+      "  Error deleting all events\n"
+      "could not free statement, leaking memory\n",
+      r.err);
+  EXPECT_EQ(0, r.status);
+  EXPECT_EQ(before_, disk_.Dump());
+}
+
+TEST_P(ReadOnlyStore, StoreTheUserMayNotWriteIsListedButNotDeletedFrom) {
+  WriteProtect();
+  SandboxOptions options;
+  options.unprivileged = true;
+  const RunResult r = RunDb(disk_, GetParam(), {"-r", "r2", "-d", "r2", "--deleteall"}, options);
+  if (GetParam() == AccessPath::kDirect) {
+    EXPECT_EQ(kGibHeading + DefaultRow("r2") + "\n", r.out);
+    EXPECT_EQ(
+        "  Error deleting event or groupId:  id = r2\n"
+        "could not free statement, leaking memory\n"
+        "  Error deleting all events\n"
+        "could not free statement, leaking memory\n",
+        r.err);
+  } else {
+    // The daemon cannot delete either, and says so for every event.
+    EXPECT_EQ(kGibHeading + DefaultRow("r2") +
+                  "  Successfully deleted 0 events:  id = r2\n"
+                  "  Successfully deleted 0 events\n",
+              r.out);
+    EXPECT_EQ(
+        "  Failed to delete event:  reid= r2  groupId= \n"
+        "  Failed to delete event:  reid= r1  groupId= \n"
+        "  Failed to delete event:  reid= r2  groupId= \n",
+        r.err);
+  }
+  EXPECT_EQ(0, r.status);
+  EXPECT_EQ(before_, disk_.Dump());
+}
+
+INSTANTIATE_TEST_SUITE_P(Faults, ReadOnlyStore,
+                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
+                         faults::PathName);
+
+}  // namespace

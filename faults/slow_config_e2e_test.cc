@@ -1,0 +1,66 @@
+// ConfigMP answering slowly, late or with garbage: every row is still
+// printed, with the setting when it came in time and "NA" when it did not.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "events/expected_event_table.h"
+#include "faults/fault_helpers.h"
+#include "testing/recorder_disk.h"
+#include "testing/run_in_sandbox.h"
+
+namespace {
+
+// DefaultRow with `hours` in place of "NA" in the hours column.
+std::string RowWithHours(const std::string& reid, const std::string& hours) {
+  std::string row = DefaultRow(reid);
+  const std::string unavailable = std::string(18, ' ') + "NA  \n";
+  const size_t at = row.rfind(unavailable);
+  return row.replace(at, unavailable.size(), std::string(20 - hours.size(), ' ') + hours + "  \n");
+}
+
+class SlowConfig : public ::testing::TestWithParam<AccessPath> {
+ protected:
+  void SetUp() override { disk_.Exec(EventRow("r1").Insert() + EventRow("r2").Insert()); }
+  SandboxOptions ConfigMp(const std::string& arguments) const {
+    SandboxOptions options;
+    options.configMp = true;
+    options.configMpArgs = arguments;
+    return options;
+  }
+  RecorderDisk disk_;
+};
+
+TEST_P(SlowConfig, SlowAnswersStillShowTheSetting) {
+  const RunResult r = RunDb(disk_, GetParam(), {"-e"}, ConfigMp("--delay-ms 300"));
+  EXPECT_EQ(kGibHeading + RowWithHours("r1", "Disabled") + RowWithHours("r2", "Disabled"), r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+TEST_P(SlowConfig, GarbledAnswersShowNotAvailable) {
+  const RunResult r = RunDb(disk_, GetParam(), {"-e"}, ConfigMp("--garbage"));
+  EXPECT_EQ(kGibHeading + DefaultRow("r1") + DefaultRow("r2"), r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+INSTANTIATE_TEST_SUITE_P(Faults, SlowConfig,
+                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
+                         faults::PathName);
+
+// The client waits 30 s for the settings; an answer later than that counts as
+// none. One event keeps the wait to one time-out.
+TEST(SlowConfigTimeOut, AnswerLaterThanTheClientWaitsShowsNotAvailable) {
+  RecorderDisk disk;
+  disk.Exec(EventRow("r1").Insert());
+  SandboxOptions options;
+  options.configMp = true;
+  options.configMpArgs = "--delay-ms 31000";
+  const RunResult r = RunDb(disk, AccessPath::kDirect, {"-e"}, options);
+  EXPECT_EQ(kGibHeading + DefaultRow("r1"), r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+}  // namespace
