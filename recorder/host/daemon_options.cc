@@ -2,24 +2,53 @@
 
 namespace HostIpc {
 
-bool DaemonArgs::Next(std::string& name) {
-  if (next_ >= words_.size()) return false;
-  const std::string& word = words_[next_++];
-  const size_t equals = word.find('=');
-  hasInline_ = equals != std::string::npos && word.compare(0, 2, "--") == 0;
-  name = hasInline_ ? word.substr(0, equals) : word;
-  inline_ = hasInline_ ? word.substr(equals + 1) : std::string();
-  return true;
+DaemonOption FlagOption(const char* name, bool& flag) {
+  return {name, false, [&flag](const std::string&) { return flag = true; }};
 }
 
-bool DaemonArgs::Value(std::string& value) {
-  if (hasInline_) {
-    value = inline_;
-    hasInline_ = false;
-    return true;
+DaemonOption Uint32Option(const char* name, uint32_t& number) {
+  return {name, true, [&number](const std::string& value) { return ParseUint32(value, number); }};
+}
+
+DaemonOption MillisecondsOption(const char* name, int& milliseconds) {
+  return {name, true, [&milliseconds](const std::string& value) {
+            return ParseMilliseconds(value, milliseconds);
+          }};
+}
+
+bool ParseDaemonOptions(int argc, char** argv, const std::vector<DaemonOption>& options,
+                        std::string& error) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string word = argv[i];
+    const size_t equals = word.compare(0, 2, "--") == 0 ? word.find('=') : std::string::npos;
+    const std::string name = word.substr(0, equals);
+    const DaemonOption* option = nullptr;
+    for (const DaemonOption& candidate : options) {
+      if (name == candidate.name) option = &candidate;
+    }
+    if (option == nullptr) {
+      error = "unknown option " + name;
+      return false;
+    }
+    std::string value;
+    if (equals != std::string::npos) {
+      if (!option->takesValue) {
+        error = "option " + name + " takes no value";
+        return false;
+      }
+      value = word.substr(equals + 1);
+    } else if (option->takesValue) {
+      if (i + 1 >= argc) {
+        error = "option " + name + " needs a value";
+        return false;
+      }
+      value = argv[++i];
+    }
+    if (!option->apply(value)) {
+      error = "bad value for " + name + ": '" + value + "'";
+      return false;
+    }
   }
-  if (next_ >= words_.size()) return false;
-  value = words_[next_++];
   return true;
 }
 

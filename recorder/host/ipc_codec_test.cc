@@ -195,13 +195,15 @@ TEST(IpcCodec, RequestsCarryTheirKindAndText) {
     EXPECT_EQ("select 1; drop table x", text);
     EXPECT_TRUE(reader.Finished());
   }
-  WireReader live(LiveSizeRequest(77));
+  const std::string liveRequest = LiveSizeRequest(77);
+  WireReader live(liveRequest);
   Kind kind = kEvents;
   uint32_t number = 0;
   ASSERT_TRUE(ReadRequestHeader(live, kind) && live.U32(number));
   EXPECT_EQ(kLiveSize, kind);
   EXPECT_EQ(77u, number);
-  WireReader settings(SettingsRequest());
+  const std::string settingsRequest = SettingsRequest();
+  WireReader settings(settingsRequest);
   ASSERT_TRUE(ReadRequestHeader(settings, kind));
   EXPECT_EQ(kSettings, kind);
   EXPECT_TRUE(settings.Finished());
@@ -218,7 +220,8 @@ TEST(IpcCodec, RequestOfAnotherVersionOrUnknownKindIsRefused) {
     WireReader reader(unknown);
     EXPECT_FALSE(ReadRequestHeader(reader, kind));
   }
-  WireReader empty(std::string{});
+  const std::string nothing;
+  WireReader empty(nothing);
   EXPECT_FALSE(ReadRequestHeader(empty, kind));
 }
 

@@ -97,22 +97,20 @@ bool AnswerRequests(Connection& c, int stopFd, int delayMs, const RequestHandler
   return true;
 }
 
-// Takes what the client sent; a closed or failed connection is marked closed.
+// Takes one read of what the client sent, so that no client can keep the
+// loop to itself; a closed or failed connection is marked closed.
 void Receive(Connection& c) {
   char buffer[65536];
   for (;;) {
     const ssize_t got = recv(c.fd, buffer, sizeof buffer, 0);
     if (got > 0) {
       c.input.append(buffer, static_cast<size_t>(got));
-      if (static_cast<size_t>(got) < sizeof buffer) return;
     } else if (got < 0 && errno == EINTR) {
       continue;
-    } else if (got < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
-      return;
-    } else {
+    } else if (got == 0 || (errno != EAGAIN && errno != EWOULDBLOCK)) {
       c.open = false;
-      return;
     }
+    return;
   }
 }
 

@@ -30,6 +30,8 @@ class WireReader {
  public:
   WireReader(const char* data, size_t size) : data_(data), size_(size) {}
   explicit WireReader(const std::string& bytes) : WireReader(bytes.data(), bytes.size()) {}
+  // The reader keeps no copy, so it must not outlive the bytes.
+  explicit WireReader(std::string&&) = delete;
 
   bool U8(uint8_t& value);
   bool U16(uint16_t& value);

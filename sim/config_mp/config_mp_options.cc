@@ -19,33 +19,14 @@ const char kConfigMpHelp[] =
     "  --help              show this text\n";
 
 bool ParseConfigMpOptions(int argc, char** argv, ConfigMpOptions& options, std::string& error) {
-  HostIpc::DaemonArgs args(argc, argv);
-  std::string name, value;
-  while (args.Next(name)) {
-    const bool inlineValue = args.HasInlineValue();
-    if (name == "--fail" && !inlineValue) {
-      options.fail = true;
-    } else if (name == "--garbage" && !inlineValue) {
-      options.garbage = true;
-    } else if (name == "--help" && !inlineValue) {
-      options.help = true;
-    } else if (name == "--reexport-hours" || name == "--delay-ms") {
-      if (!args.Value(value)) {
-        error = "option " + name + " needs a value";
-        return false;
-      }
-      const bool good = name == "--delay-ms" ? HostIpc::ParseMilliseconds(value, options.delayMs)
-                                             : HostIpc::ParseUint32(value, options.reExportHours);
-      if (!good) {
-        error = "bad value for " + name + ": '" + value + "'";
-        return false;
-      }
-    } else {
-      error = "unknown option " + name;
-      return false;
-    }
-  }
-  return true;
+  const std::vector<HostIpc::DaemonOption> table = {
+      HostIpc::Uint32Option("--reexport-hours", options.reExportHours),
+      HostIpc::FlagOption("--fail", options.fail),
+      HostIpc::MillisecondsOption("--delay-ms", options.delayMs),
+      HostIpc::FlagOption("--garbage", options.garbage),
+      HostIpc::FlagOption("--help", options.help),
+  };
+  return HostIpc::ParseDaemonOptions(argc, argv, table, error);
 }
 
 HostIpc::Reply HandleConfigMpRequest(const ConfigMpOptions& options, const std::string& request) {

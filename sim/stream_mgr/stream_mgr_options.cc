@@ -38,59 +38,32 @@ bool ParseLiveSize(const std::string& text, StreamMgrOptions& options) {
   return true;
 }
 
-bool IsFlag(const std::string& name) {
-  return name == "--fail-requests" || name == "--no-ipc" || name == "--garbage" || name == "--help";
-}
-
-void SetFlag(const std::string& name, StreamMgrOptions& options) {
-  if (name == "--fail-requests") options.failRequests = true;
-  if (name == "--no-ipc") options.noIpc = true;
-  if (name == "--garbage") options.garbage = true;
-  if (name == "--help") options.help = true;
-}
-
-// Applies an option that takes a value; false when the value is bad.
-bool SetValue(const std::string& name, const std::string& value, StreamMgrOptions& options) {
-  if (name == "--refuse-delete") {
-    options.refusedDeletes.insert(value);
-    return true;
-  }
-  if (name == "--live-size") return ParseLiveSize(value, options);
-  if (name == "--log") {
-    options.logPath = value;
-    return !value.empty();
-  }
-  if (name == "--delay-ms") return HostIpc::ParseMilliseconds(value, options.delayMs);
-  options.dieAfterSet = true;
-  return HostIpc::ParseUint32(value, options.dieAfter);
-}
-
-bool TakesValue(const std::string& name) {
-  return name == "--refuse-delete" || name == "--live-size" || name == "--log" ||
-         name == "--delay-ms" || name == "--die-after";
-}
-
 }  // namespace
 
 bool ParseStreamMgrOptions(int argc, char** argv, StreamMgrOptions& options, std::string& error) {
-  HostIpc::DaemonArgs args(argc, argv);
-  std::string name, value;
-  while (args.Next(name)) {
-    if (IsFlag(name) && !args.HasInlineValue()) {
-      SetFlag(name, options);
-    } else if (TakesValue(name)) {
-      if (!args.Value(value)) {
-        error = "option " + name + " needs a value";
-        return false;
-      }
-      if (!SetValue(name, value, options)) {
-        error = "bad value for " + name + ": '" + value + "'";
-        return false;
-      }
-    } else {
-      error = "unknown option " + name;
-      return false;
-    }
-  }
-  return true;
+  StreamMgrOptions& o = options;
+  const std::vector<HostIpc::DaemonOption> table = {
+      {"--refuse-delete", true,
+       [&o](const std::string& reid) {
+         o.refusedDeletes.insert(reid);
+         return true;
+       }},
+      HostIpc::FlagOption("--fail-requests", o.failRequests),
+      HostIpc::FlagOption("--no-ipc", o.noIpc),
+      {"--live-size", true, [&o](const std::string& v) { return ParseLiveSize(v, o); }},
+      {"--log", true,
+       [&o](const std::string& path) {
+         o.logPath = path;
+         return !path.empty();
+       }},
+      HostIpc::MillisecondsOption("--delay-ms", o.delayMs),
+      HostIpc::FlagOption("--garbage", o.garbage),
+      {"--die-after", true,
+       [&o](const std::string& v) {
+         o.dieAfterSet = true;
+         return HostIpc::ParseUint32(v, o.dieAfter);
+       }},
+      HostIpc::FlagOption("--help", o.help),
+  };
+  return HostIpc::ParseDaemonOptions(argc, argv, table, error);
 }
