@@ -78,14 +78,12 @@ bool ReceiveAll(int fd, std::string& out, size_t size, Clock::time_point deadlin
     if (got > 0) {
       out.append(buffer, static_cast<size_t>(got));
       size -= static_cast<size_t>(got);
-    } else if (got == 0) {
-      return false;  // the peer closed the connection mid-frame
-    } else if (errno == EINTR) {
+    } else if (got < 0 && errno == EINTR) {
       continue;
-    } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+    } else if (got < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
       if (!WaitFor(fd, POLLIN, deadline)) return false;
     } else {
-      return false;
+      return false;  // the peer closed the connection mid-frame, or an error
     }
   }
   return true;

@@ -30,6 +30,10 @@ std::string Text(sqlite3_stmt* handle, int column) {
                      static_cast<size_t>(sqlite3_column_bytes(handle, column)));
 }
 
+// An answer pair sits at depth 1 and its texts at depth 2; a little more is
+// kept so that odd but shallow values still show.
+constexpr int kMaxAnswerDepth = 8;
+
 std::string JsonText(const nlohmann::json& value) {
   if (value.is_string()) {
     return value.get_ref<const std::string&>();
@@ -40,7 +44,14 @@ std::string JsonText(const nlohmann::json& value) {
 // The answers column holds a JSON array of [question, answer] pairs. Anything
 // else (NULL, '', '[]', text that is not JSON) means no answers.
 void LoadAnswers(const std::string& text, StreamMgrApi::VectorEventAnswerItem& answers) {
-  const nlohmann::json document = nlohmann::json::parse(text, nullptr, false);
+  // Values nested deeper than an answer can be are dropped while parsing, so
+  // hostile text cannot make the document deep enough to exhaust the stack
+  // when a value is written back out as text.
+  const nlohmann::json::parser_callback_t shallow =
+      [](int depth, nlohmann::json::parse_event_t, nlohmann::json&) {
+        return depth <= kMaxAnswerDepth;
+      };
+  const nlohmann::json document = nlohmann::json::parse(text, shallow, false);
   if (!document.is_array()) {
     return;
   }

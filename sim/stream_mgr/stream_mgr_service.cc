@@ -41,7 +41,8 @@ bool LoadAll(sqlite3* database, const std::string& sql, std::vector<Record>& rec
 
 // An answer too big for one frame cannot be sent; it is answered as failed.
 std::string Bounded(std::string answer, Kind kind) {
-  return answer.size() > HostIpc::kMaxFrameBytes ? HostIpc::FailedAnswer(kind) : answer;
+  if (answer.size() > HostIpc::kMaxFrameBytes) return HostIpc::FailedAnswer(kind);
+  return answer;
 }
 
 }  // namespace

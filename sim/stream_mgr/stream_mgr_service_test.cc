@@ -219,6 +219,24 @@ TEST(StreamMgrService, StepErrorIsAFailedRequestNotAPartialList) {
   EXPECT_EQ(99u, count);
 }
 
+TEST(StreamMgrService, AnswerTooBigForOneFrameIsAFailedRequest) {
+  RecorderDisk disk;
+  // 34 events with a description of 1 MiB each: more than one frame may hold.
+  disk.Exec(
+      "with recursive n(i) as (select 1 union all select i + 1 from n where i < 34) "
+      "insert into events (reid, description) "
+      "select 'r' || i, replace(hex(zeroblob(524288)), '0', 'x') from n;");
+  Served served(disk);
+  EventRecordListMessage list;
+  EXPECT_FALSE(
+      StreamMgrApi::GetEventsFromSqlStatement(served.ipc, "select * from events", list, 30000));
+  EXPECT_TRUE(list.items.empty());
+  // 31 of them fit, and the connection is still good.
+  EXPECT_TRUE(StreamMgrApi::GetEventsFromSqlStatement(
+      served.ipc, "select * from events where reid not in ('r1', 'r2', 'r3')", list, 30000));
+  EXPECT_EQ(31u, list.items.size());
+}
+
 TEST(StreamMgrService, DeleteRemovesOneEventRow) {
   RecorderDisk disk;
   FillStore(disk);
