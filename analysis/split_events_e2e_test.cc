@@ -275,6 +275,32 @@ TEST(SplitEventsDirect, StoreWithoutEventsTable) {
   EXPECT_EQ(0, r.status);
 }
 
+// The events of a store whose second row fails while it is read: abs() of
+// the smallest 64-bit integer is an error at that step.
+const char kFailingSecondRow[] =
+    "drop table events;"
+    "create table raw (reid text, x integer);"
+    "insert into raw values ('r1', 1), ('r2', -9223372036854775808);"
+    "create view events as select reid, 'G' as groupId, abs(x) as part, 1 as totalparts,"
+    " 0 as starttick, 100 as stoptick from raw;";
+
+TEST(SplitEventsDirect, StepErrorKeepsTheEventsReadSoFar) {
+  RecorderDisk disk;
+  disk.Exec(kFailingSecondRow);
+  const RunResult r = RunDb(disk, {"-a", "s"});
+  EXPECT_EQ(Passing("G") + "\n", r.out);
+  EXPECT_EQ("could not free statement, leaking memory\n", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+TEST(SplitEventsDaemon, StepErrorInTheDaemonGivesAnEmptyReport) {
+  RecorderDisk disk;
+  disk.Exec(kFailingSecondRow);
+  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-a", "s"});
+  EXPECT_EQ("\n", r.out);
+  EXPECT_EQ("", r.err);
+}
+
 TEST(SplitEventsDaemon, FailedRequestGivesAnEmptyReport) {
   RecorderDisk disk;
   disk.Exec(SplitPart("r1", "G", 1, 1, 0, 100).Insert());

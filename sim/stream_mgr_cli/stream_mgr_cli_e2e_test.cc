@@ -1,0 +1,54 @@
+// The StreamMgrCli program as db runs it: its command line, output and status.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "sim/stream_mgr_cli/stream_mgr_cli.h"
+#include "testing/recorder_disk.h"
+#include "testing/run_in_sandbox.h"
+
+namespace {
+
+TEST(StreamMgrCliProgram, ExtractsIntoTheDiskRoot) {
+  RecorderDisk disk;
+  disk.WriteFile("streams/3.ts", "contents");
+  const RunResult r = RunInSandbox(disk, {"StreamMgrCli", "-x", "3"});
+  EXPECT_EQ("copied: /mnt/hd/3.ts\n", r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+  EXPECT_EQ("contents", disk.ReadFile("3.ts"));
+}
+
+TEST(StreamMgrCliProgram, StreamFileWithoutContents) {
+  RecorderDisk disk;
+  const RunResult r = RunInSandbox(disk, {"StreamMgrCli", "-x", "3"});
+  EXPECT_EQ("", r.out);
+  EXPECT_EQ(
+      "StreamMgrCli: cannot extract stream file 3: /mnt/hd/streams/3.ts: No such file or "
+      "directory\n",
+      r.err);
+  EXPECT_EQ(1, r.status);
+  EXPECT_FALSE(disk.Exists("3.ts"));
+}
+
+TEST(StreamMgrCliProgram, Help) {
+  RecorderDisk disk;
+  const RunResult r = RunInSandbox(disk, {"StreamMgrCli", "--help"});
+  EXPECT_EQ(kStreamMgrCliHelp, r.out);
+  EXPECT_EQ(0, r.status);
+}
+
+TEST(StreamMgrCliProgram, BadCommandLines) {
+  RecorderDisk disk;
+  for (const std::vector<std::string>& command : {std::vector<std::string>{"StreamMgrCli"},
+                                                  {"StreamMgrCli", "-x"},
+                                                  {"StreamMgrCli", "-a", "1"},
+                                                  {"StreamMgrCli", "-x", "1", "2"}}) {
+    const RunResult r = RunInSandbox(disk, command);
+    EXPECT_EQ("", r.out);
+    EXPECT_EQ(std::string("StreamMgrCli: expected -x N\n") + kStreamMgrCliHelp, r.err);
+    EXPECT_EQ(2, r.status);
+  }
+}
+
+}  // namespace
