@@ -10,18 +10,20 @@
 
 namespace {
 
-// Starts StreamMgr with `args` in the background, waits for its endpoint, runs
-// `then` (which may use $pid), and lists what is left in /run/linx.
+// Shell lines that start StreamMgr with `args` in the background ($pid) and
+// wait up to 20 s for its endpoint.
+std::string StartStreamMgr(const std::string& args) {
+  return "StreamMgr " + args +
+         " & pid=$!\n"
+         "n=0; while [ ! -S /run/linx/StreamMgr ] && [ $n -lt 2000 ]; do sleep 0.01; n=$((n+1)); "
+         "done\n";
+}
+
+// Starts StreamMgr, runs `then` (which may use $pid), and lists what is left
+// in /run/linx.
 RunResult Lifecycle(const RecorderDisk& disk, const std::string& args, const std::string& then) {
-  const std::string script =
-      "StreamMgr " + args +
-      " & pid=$!\n"
-      "n=0; while [ ! -S /run/linx/StreamMgr ] && [ $n -lt 2000 ]; do sleep 0.01; n=$((n+1)); "
-      "done\n" +
-      then +
-      "\n"
-      "echo \"left: $(ls -A /run/linx)\"\n";
-  return RunInSandbox(disk, {"sh", "-c", script});
+  return RunInSandbox(
+      disk, {"sh", "-c", StartStreamMgr(args) + then + "\necho \"left: $(ls -A /run/linx)\"\n"});
 }
 
 TEST(StreamMgrProgram, EndsWithStatusZeroOnSigtermAndRemovesItsEndpoint) {
@@ -86,10 +88,7 @@ TEST(StreamMgrProgram, WithoutIpcRunsUnderItsNameWithNoEndpoint) {
 TEST(StreamMgrProgram, ReplacesAStaleEndpointFile) {
   RecorderDisk disk;
   const std::string script =
-      "touch /run/linx/StreamMgr\n"
-      "StreamMgr & pid=$!\n"
-      "n=0; while [ ! -S /run/linx/StreamMgr ] && [ $n -lt 2000 ]; do sleep 0.01; n=$((n+1)); "
-      "done\n"
+      "touch /run/linx/StreamMgr\n" + StartStreamMgr("") +
       "db -t > /dev/null; echo \"db $?\"; kill $pid; wait $pid; echo \"status $?\"\n";
   const RunResult r = RunInSandbox(disk, {"sh", "-c", script});
   EXPECT_EQ("db 0\nstatus 0\n", r.out);
@@ -99,10 +98,8 @@ TEST(StreamMgrProgram, CreatesTheEndpointFolderWhenMissing) {
   RecorderDisk disk;
   const RunResult missing =
       RunInSandbox(disk, {"sh", "-c",
-                          "rmdir /run/linx; StreamMgr & pid=$!\n"
-                          "n=0; while [ ! -S /run/linx/StreamMgr ] && [ $n -lt 2000 ]; do "
-                          "sleep 0.01; n=$((n+1)); done\n"
-                          "[ -S /run/linx/StreamMgr ] && echo up; kill $pid; wait $pid\n"});
+                          "rmdir /run/linx\n" + StartStreamMgr("") +
+                              "[ -S /run/linx/StreamMgr ] && echo up; kill $pid; wait $pid\n"});
   EXPECT_EQ("up\n", missing.out);
 }
 

@@ -110,6 +110,22 @@ void FillStore(const RecorderDisk& disk) {
             "insert into status values ('version', '1');");
 }
 
+// Every kind of request fails: empty lists, the count left as it was, no delete.
+void ExpectEveryRequestFails(LinxIpc& ipc) {
+  EventRecordListMessage events;
+  EXPECT_FALSE(StreamMgrApi::GetEventsFromSqlStatement(ipc, "select * from events", events, 5000));
+  EXPECT_TRUE(events.items.empty());
+  StreamfileRecordListMessage files;
+  EXPECT_FALSE(
+      StreamMgrApi::GetFilesFromSqlStatement(ipc, "select * from streamfiles", files, 5000));
+  EXPECT_TRUE(files.items.empty());
+  unsigned int count = 5;
+  EXPECT_FALSE(
+      StreamMgrApi::GetCountFromSqlStatement(ipc, "select count(*) from events", count, 5000));
+  EXPECT_EQ(5u, count);
+  EXPECT_FALSE(StreamMgrApi::DeleteEvent("a", ipc));
+}
+
 TEST(StreamMgrService, EventsAreTheRecordsOfTheDirectPath) {
   RecorderDisk disk;
   FillStore(disk);
@@ -279,19 +295,7 @@ TEST(StreamMgrService, FailingRequestsAnswerNothingAndChangeNothing) {
   StreamMgrOptions options;
   options.failRequests = true;
   Served served(disk, options);
-  EventRecordListMessage events;
-  EXPECT_FALSE(
-      StreamMgrApi::GetEventsFromSqlStatement(served.ipc, "select * from events", events, 5000));
-  EXPECT_TRUE(events.items.empty());
-  StreamfileRecordListMessage files;
-  EXPECT_FALSE(
-      StreamMgrApi::GetFilesFromSqlStatement(served.ipc, "select * from streamfiles", files, 5000));
-  EXPECT_TRUE(files.items.empty());
-  unsigned int count = 0;
-  EXPECT_FALSE(StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select count(*) from events",
-                                                      count, 5000));
-  EXPECT_EQ(0u, count);
-  EXPECT_FALSE(StreamMgrApi::DeleteEvent("a", served.ipc));
+  ExpectEveryRequestFails(served.ipc);
   EXPECT_EQ(before, disk.Dump());
 }
 
@@ -302,15 +306,7 @@ TEST(StreamMgrService, GarbageAnswersFailEveryRequest) {
   StreamMgrOptions options;
   options.garbage = true;
   Served served(disk, options);
-  EventRecordListMessage events;
-  EXPECT_FALSE(
-      StreamMgrApi::GetEventsFromSqlStatement(served.ipc, "select * from events", events, 5000));
-  EXPECT_TRUE(events.items.empty());
-  unsigned int count = 5;
-  EXPECT_FALSE(StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select count(*) from events",
-                                                      count, 5000));
-  EXPECT_EQ(5u, count);
-  EXPECT_FALSE(StreamMgrApi::DeleteEvent("a", served.ipc));
+  ExpectEveryRequestFails(served.ipc);
   uint32_t size = 0;
   EXPECT_FALSE(served.LiveSize(1, size));
   EXPECT_EQ(before, disk.Dump());
@@ -428,14 +424,7 @@ TEST(StreamMgrService, SettingsAreNotItsBusiness) {
 TEST(StreamMgrService, MissingStoreFailsEveryQueryAndIsNotCreated) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
   Served served(disk);
-  EventRecordListMessage events;
-  EXPECT_FALSE(
-      StreamMgrApi::GetEventsFromSqlStatement(served.ipc, "select * from events", events, 5000));
-  unsigned int count = 3;
-  EXPECT_FALSE(StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select count(*) from events",
-                                                      count, 5000));
-  EXPECT_EQ(3u, count);
-  EXPECT_FALSE(StreamMgrApi::DeleteEvent("a", served.ipc));
+  ExpectEveryRequestFails(served.ipc);
   uint32_t size = 0;
   EXPECT_FALSE(served.LiveSize(1, size));
   EXPECT_FALSE(disk.Exists("streammgr/stream.db"));
