@@ -1,0 +1,36 @@
+#include "ship/installed_db.h"
+
+#include <gtest/gtest.h>
+
+#include "testing/expected_usage.h"
+#include "testing/run_in_sandbox.h"
+
+const char kFilledDiskTables[] =
+    "\n"
+    "Table Name    Entries\n"
+    "============  =======\n"
+    "events             2\n"
+    "streamfiles        1\n"
+    "status             0\n"
+    "\n";
+
+void FillRecorderDisk(const RecorderDisk& disk) {
+  disk.Exec(EventRow("R-1").Insert() + EventRow("R-2").Insert() + FileRow().Insert());
+}
+
+void ExpectDbRunsOnARecorderDisk(const std::string& db) {
+  RecorderDisk disk;
+  FillRecorderDisk(disk);
+  const std::string before = disk.Dump();
+
+  RunResult r = RunInSandbox(disk, {db, "-h"});
+  EXPECT_EQ(ExpectedUsage(db, false), r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+
+  r = RunInSandbox(disk, {db, "-t"});
+  EXPECT_EQ(kFilledDiskTables, r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+  EXPECT_EQ(before, disk.Dump());
+}

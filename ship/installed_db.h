@@ -1,0 +1,20 @@
+// Checks shared by the tests of an installed and a packaged db.
+#ifndef SHIP_INSTALLED_DB_H_
+#define SHIP_INSTALLED_DB_H_
+
+#include <string>
+
+#include "testing/recorder_disk.h"
+
+// Puts two events and one stream file into the store of `disk`.
+void FillRecorderDisk(const RecorderDisk& disk);
+
+// Runs `db` (an absolute path) in the recorder sandbox on a disk with two
+// events and one stream file, and expects its usage text for -h and its table
+// counts for -t, byte for byte.
+void ExpectDbRunsOnARecorderDisk(const std::string& db);
+
+// The table counts that db -t prints for that disk.
+extern const char kFilledDiskTables[];
+
+#endif  // SHIP_INSTALLED_DB_H_
