@@ -49,7 +49,7 @@ TEST_P(HostileRows, AHugeReidIsPrintedWhole) {
 // both paths (the simulator uses the same loader, and dies). Kept disabled
 // until the loader bounds the nesting; run it with
 // --gtest_also_run_disabled_tests.
-TEST_P(HostileRows, DISABLED_DeeplyNestedAnswersAreRead) {
+TEST_P(HostileRows, DeeplyNestedAnswersAreRead) {
   const int depth = 300000;
   const RunResult r =
       ListEvents(EventRow("r1").Insert() + "update events set answers = '[" +

@@ -85,6 +85,8 @@ RunResult RunInSandbox(const RecorderDisk& disk, const std::vector<std::string>&
   }
   const pid_t child = fork();
   if (child == 0) {
+    // The test process ignores SIGPIPE; the command gets the default a shell gives it.
+    signal(SIGPIPE, SIG_DFL);
     setpgid(0, 0);
     dup2(in[0], 0);
     dup2(out[1], 1);
@@ -141,8 +143,8 @@ RunResult RunInSandbox(const RecorderDisk& disk, const std::vector<std::string>&
   waitpid(child, &status, 0);
   result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   if (timedOut) {
-    ADD_FAILURE_AT(__FILE__, __LINE__) << "command timed out after " << options.timeoutSeconds
-                                       << " s";
+    ADD_FAILURE_AT(__FILE__, __LINE__)
+        << "command timed out after " << options.timeoutSeconds << " s";
   }
   return result;
 }

@@ -47,10 +47,10 @@ void LoadAnswers(const std::string& text, StreamMgrApi::VectorEventAnswerItem& a
   // Values nested deeper than an answer can be are dropped while parsing, so
   // hostile text cannot make the document deep enough to exhaust the stack
   // when a value is written back out as text.
-  const nlohmann::json::parser_callback_t shallow =
-      [](int depth, nlohmann::json::parse_event_t, nlohmann::json&) {
-        return depth <= kMaxAnswerDepth;
-      };
+  const nlohmann::json::parser_callback_t shallow = [](int depth, nlohmann::json::parse_event_t,
+                                                       nlohmann::json&) {
+    return depth <= kMaxAnswerDepth;
+  };
   const nlohmann::json document = nlohmann::json::parse(text, shallow, false);
   if (!document.is_array()) {
     return;
