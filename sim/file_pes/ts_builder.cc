@@ -12,15 +12,15 @@ void AppendPts(std::string& out, uint64_t pts) {
   out += static_cast<char>(0x01 | ((pts << 1) & 0xFE));
 }
 
-std::string AdaptationField(const PacketSpec& spec) {
+std::string AdaptationField(const PacketSpec& fields) {
   std::string field;
-  uint8_t flags = spec.randomAccess ? 0x40 : 0x00;
-  if (spec.pcrBase) {
+  uint8_t flags = fields.randomAccess ? 0x40 : 0x00;
+  if (fields.pcrBase) {
     flags |= 0x10;
   }
   field += static_cast<char>(flags);
-  if (spec.pcrBase) {
-    const uint64_t base = *spec.pcrBase & kClockMask;
+  if (fields.pcrBase) {
+    const uint64_t base = *fields.pcrBase & kClockMask;
     field += static_cast<char>((base >> 25) & 0xFF);
     field += static_cast<char>((base >> 17) & 0xFF);
     field += static_cast<char>((base >> 9) & 0xFF);
@@ -33,27 +33,27 @@ std::string AdaptationField(const PacketSpec& spec) {
 
 }  // namespace
 
-std::string MakePacket(const PacketSpec& spec) {
+std::string MakePacket(const PacketSpec& fields) {
   std::string payload;
-  if (spec.streamId) {
+  if (fields.streamId) {
     payload += std::string("\0\0\1", 3);
-    payload += static_cast<char>(*spec.streamId);
+    payload += static_cast<char>(*fields.streamId);
     payload += std::string("\0\0", 2);  // unbounded length, as video uses
     payload += static_cast<char>(0x80);
-    payload += static_cast<char>(spec.pts ? 0x80 : 0x00);
-    payload += static_cast<char>(spec.pts ? 5 : 0);
-    if (spec.pts) {
-      AppendPts(payload, *spec.pts);
+    payload += static_cast<char>(fields.pts ? 0x80 : 0x00);
+    payload += static_cast<char>(fields.pts ? 5 : 0);
+    if (fields.pts) {
+      AppendPts(payload, *fields.pts);
     }
   }
-  const bool adaptation = spec.randomAccess || spec.pcrBase.has_value();
+  const bool adaptation = fields.randomAccess || fields.pcrBase.has_value();
   std::string packet;
   packet += static_cast<char>(kSyncByte);
-  packet += static_cast<char>((spec.unitStart ? 0x40 : 0x00) | ((spec.pid >> 8) & 0x1F));
-  packet += static_cast<char>(spec.pid & 0xFF);
-  packet += static_cast<char>((adaptation ? 0x30 : 0x10) | (spec.continuity & 0x0F));
+  packet += static_cast<char>((fields.unitStart ? 0x40 : 0x00) | ((fields.pid >> 8) & 0x1F));
+  packet += static_cast<char>(fields.pid & 0xFF);
+  packet += static_cast<char>((adaptation ? 0x30 : 0x10) | (fields.continuity & 0x0F));
   if (adaptation) {
-    std::string field = AdaptationField(spec);
+    std::string field = AdaptationField(fields);
     // Stuffing in the adaptation field fills the packet.
     const size_t room = kPacketSize - packet.size() - 1 - payload.size();
     field.resize(room, static_cast<char>(0xFF));
@@ -74,19 +74,19 @@ std::string MakeStream(const StreamShape& shape) {
     const uint64_t clock = shape.firstPcr + static_cast<uint64_t>(frame) * frameTicks;
     const bool splitPoint = shape.pcrEvery > 0 && frame % shape.pcrEvery == 0;
     for (int i = 0; i < shape.packetsPerFrame; ++i) {
-      PacketSpec spec;
-      spec.continuity = videoCounter++;
+      PacketSpec fields;
+      fields.continuity = videoCounter++;
       if (i == 0) {
-        spec.unitStart = true;
-        spec.randomAccess = shape.keyFrameEvery > 0 && frame % shape.keyFrameEvery == 0;
-        spec.streamId = 0xE0;
-        spec.pts = clock + shape.ptsLead;
+        fields.unitStart = true;
+        fields.randomAccess = shape.keyFrameEvery > 0 && frame % shape.keyFrameEvery == 0;
+        fields.streamId = 0xE0;
+        fields.pts = clock + shape.ptsLead;
       }
       const int pcrPacket = shape.pcrInsideFrame && shape.packetsPerFrame > 1 ? 1 : 0;
       if (splitPoint && i == pcrPacket) {
-        spec.pcrBase = clock;
+        fields.pcrBase = clock;
       }
-      stream += MakePacket(spec);
+      stream += MakePacket(fields);
     }
     if (shape.audio) {
       PacketSpec audio;

@@ -19,7 +19,7 @@ struct PacketSpec {
 };
 
 // One 188-byte packet.
-std::string MakePacket(const PacketSpec& spec);
+std::string MakePacket(const PacketSpec& fields);
 
 struct StreamShape {
   int frames = 50;

@@ -15,9 +15,9 @@ TsPacket Parse(const std::string& bytes) {
 }
 
 TEST(TsPacket, PlainPayloadPacket) {
-  PacketSpec spec;
-  spec.pid = 0x1ABC;
-  const TsPacket p = Parse(MakePacket(spec));
+  PacketSpec fields;
+  fields.pid = 0x1ABC;
+  const TsPacket p = Parse(MakePacket(fields));
   EXPECT_TRUE(p.synced);
   EXPECT_EQ(0x1ABC, p.pid);
   EXPECT_FALSE(p.unitStart);
@@ -28,14 +28,14 @@ TEST(TsPacket, PlainPayloadPacket) {
 }
 
 TEST(TsPacket, VideoFrameStartWithPcrAndRandomAccess) {
-  PacketSpec spec;
-  spec.pid = 0x100;
-  spec.unitStart = true;
-  spec.randomAccess = true;
-  spec.pcrBase = (uint64_t{1} << 32) | 0x12345677;  // uses all 33 bits
-  spec.streamId = 0xE3;
-  spec.pts = (uint64_t{1} << 32) | 0x89ABCDEF;
-  const TsPacket p = Parse(MakePacket(spec));
+  PacketSpec fields;
+  fields.pid = 0x100;
+  fields.unitStart = true;
+  fields.randomAccess = true;
+  fields.pcrBase = (uint64_t{1} << 32) | 0x12345677;  // uses all 33 bits
+  fields.streamId = 0xE3;
+  fields.pts = (uint64_t{1} << 32) | 0x89ABCDEF;
+  const TsPacket p = Parse(MakePacket(fields));
   EXPECT_TRUE(p.unitStart);
   EXPECT_TRUE(p.randomAccess);
   ASSERT_TRUE(p.hasPcr);
@@ -48,20 +48,20 @@ TEST(TsPacket, VideoFrameStartWithPcrAndRandomAccess) {
 }
 
 TEST(TsPacket, PesWithoutPts) {
-  PacketSpec spec;
-  spec.unitStart = true;
-  spec.streamId = 0xC0;
-  const TsPacket p = Parse(MakePacket(spec));
+  PacketSpec fields;
+  fields.unitStart = true;
+  fields.streamId = 0xC0;
+  const TsPacket p = Parse(MakePacket(fields));
   EXPECT_TRUE(p.pesStart);
   EXPECT_FALSE(IsVideoStream(p.streamId));
   EXPECT_FALSE(p.hasPts);
 }
 
 TEST(TsPacket, PesStartCodeWithoutUnitStartIsNotAPes) {
-  PacketSpec spec;
-  spec.streamId = 0xE0;
-  spec.pts = 1000;
-  EXPECT_FALSE(Parse(MakePacket(spec)).pesStart);
+  PacketSpec fields;
+  fields.streamId = 0xE0;
+  fields.pts = 1000;
+  EXPECT_FALSE(Parse(MakePacket(fields)).pesStart);
 }
 
 TEST(TsPacket, MissingSyncByte) {
