@@ -12,6 +12,11 @@ include(GNUInstallDirs)
 
 option(DB_INSTALL_SIMULATORS "Install the recorder stand-ins and the recorder sandbox too" OFF)
 
+# Installing and packaging take what the build made and never build
+# themselves: cpack (which the tests run while other tests use the build)
+# then never touches the build tree.
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
+
 install(TARGETS db RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT db)
 
 # Debian installs man pages compressed; man reads them either way.
