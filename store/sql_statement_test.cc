@@ -11,9 +11,8 @@ class SQLStatementTest : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_EQ(SQLITE_OK, sqlite3_open(":memory:", &db_));
-    ASSERT_EQ(SQLITE_OK,
-              sqlite3_exec(db_, "create table t(a); insert into t values(1),(2);", nullptr,
-                           nullptr, nullptr));
+    ASSERT_EQ(SQLITE_OK, sqlite3_exec(db_, "create table t(a); insert into t values(1),(2);",
+                                      nullptr, nullptr, nullptr));
     saved_ = std::cerr.rdbuf(err_.rdbuf());
   }
   void TearDown() override {
@@ -65,6 +64,18 @@ TEST_F(SQLStatementTest, FinalizingAfterFailedStepReportsLeak) {
     EXPECT_NE(kStepDone, statement.Step());
   }
   EXPECT_EQ("could not free statement, leaking memory\n", err_.str());
+}
+
+TEST_F(SQLStatementTest, EveryStatementHasASerialOfItsOwn) {
+  uint64_t previous = 0;
+  for (int i = 0; i < 3; ++i) {
+    // Each statement may well reuse the memory of the one before it.
+    SQLStatement statement(db_, "select a from t");
+    EXPECT_GT(statement.serial, previous);
+    previous = statement.serial;
+  }
+  SQLStatement failed(db_, "select nothing from nowhere");
+  EXPECT_GT(failed.serial, previous);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 #include "store/sql_statement.h"
 
@@ -44,6 +45,10 @@ std::string JsonText(const nlohmann::json& value) {
 // The answers column holds a JSON array of [question, answer] pairs. Anything
 // else (NULL, '', '[]', text that is not JSON) means no answers.
 void LoadAnswers(const std::string& text, StreamMgrApi::VectorEventAnswerItem& answers) {
+  // Most events have no answers (NULL or ''); that is not JSON, so it needs no parser.
+  if (text.empty()) {
+    return;
+  }
   // Values nested deeper than an answer can be are dropped while parsing, so
   // hostile text cannot make the document deep enough to exhaust the stack
   // when a value is written back out as text.
@@ -70,83 +75,247 @@ void LoadAnswers(const std::string& text, StreamMgrApi::VectorEventAnswerItem& a
 
 bool Is(const char* column, const char* name) { return strcasecmp(column, name) == 0; }
 
-void LoadEventColumn(sqlite3_stmt* h, int i, const char* name, EventRecordItem& e) {
-  if (Is(name, "reid")) {
-    e.reid.SetValue(Text(h, i));
-  } else if (Is(name, "state")) {
-    e.state = static_cast<StreamMgrApi::EventState>(Bits32(h, i));
-  } else if (Is(name, "splitstate")) {
-    e.splitState = static_cast<StreamMgrApi::SplitEventState>(Bits32(h, i));
-  } else if (Is(name, "streamstate")) {
-    e.streamState.SetValue(Bits32(h, i) != 0);
-  } else if (Is(name, "locked")) {
-    e.locked.SetValue(Bits32(h, i) != 0);
-  } else if (Is(name, "confirmed")) {
-    e.confirmed.SetValue(Bits32(h, i) != 0);
-  } else if (Is(name, "crcode1")) {
-    e.crCode1 = static_cast<StreamMgrApi::CrCode>(Bits32(h, i));
-  } else if (Is(name, "crcode2")) {
-    e.crCode2 = static_cast<StreamMgrApi::CrCode>(Bits32(h, i));
-  } else if (Is(name, "starttick")) {
-    e.startTick.SetValue(Bits32(h, i));
-  } else if (Is(name, "starttime")) {
-    e.startTime.SetValue(static_cast<int32_t>(Bits32(h, i)));
-  } else if (Is(name, "exporttime")) {
-    e.exportTime.SetValue(static_cast<int32_t>(Bits32(h, i)));
-  } else if (Is(name, "stoptick")) {
-    e.stopTick.SetValue(Bits32(h, i));
-  } else if (Is(name, "stoptime")) {
-    e.stopTime.SetValue(static_cast<int32_t>(Bits32(h, i)));
-  } else if (Is(name, "description")) {
-    e.description.SetValue(Text(h, i));
-  } else if (Is(name, "officerid")) {
-    e.officer.id.SetValue(Bits32(h, i));
-  } else if (Is(name, "officername")) {
-    e.officer.name.SetValue(Text(h, i));
-  } else if (Is(name, "category")) {
-    e.category.SetValue(Text(h, i));
-  } else if (Is(name, "vehicle")) {
-    e.vehicle.name.SetValue(Text(h, i));
-  } else if (Is(name, "flagged")) {
-    e.flagged.SetValue(Bits32(h, i) != 0);
-  } else if (Is(name, "background")) {
-    e.background.SetValue(Bits32(h, i) != 0);
-  } else if (Is(name, "totalfiles")) {
-    e.totalFiles.SetValue(Bits32(h, i));
-  } else if (Is(name, "groupid")) {
-    e.groupId.SetValue(Text(h, i));
-  } else if (Is(name, "part")) {
-    e.part.SetValue(Bits32(h, i));
-  } else if (Is(name, "totalparts")) {
-    e.totalParts.SetValue(Bits32(h, i));
-  } else if (Is(name, "answers")) {
-    LoadAnswers(Text(h, i), e.answers);
+// The record member a column fills; kNone for a column that is ignored.
+enum Member : uint8_t {
+  kNone,
+  kReid,
+  kState,
+  kSplitState,
+  kStreamState,
+  kLocked,
+  kConfirmed,
+  kCrCode1,
+  kCrCode2,
+  kStartTick,
+  kStartTime,
+  kExportTime,
+  kStopTick,
+  kStopTime,
+  kDescription,
+  kOfficerId,
+  kOfficerName,
+  kCategory,
+  kVehicle,
+  kFlagged,
+  kBackground,
+  kTotalFiles,
+  kGroupId,
+  kPart,
+  kTotalParts,
+  kAnswers,
+  kNumber,
+  kStream,
+  kPrevious,
+  kNext,
+  kSize,
+  kType,
+};
+
+struct Column {
+  const char* name;
+  Member member;
+};
+
+const Column kEventColumns[] = {
+    {"reid", kReid},
+    {"state", kState},
+    {"splitstate", kSplitState},
+    {"streamstate", kStreamState},
+    {"locked", kLocked},
+    {"confirmed", kConfirmed},
+    {"crcode1", kCrCode1},
+    {"crcode2", kCrCode2},
+    {"starttick", kStartTick},
+    {"starttime", kStartTime},
+    {"exporttime", kExportTime},
+    {"stoptick", kStopTick},
+    {"stoptime", kStopTime},
+    {"description", kDescription},
+    {"officerid", kOfficerId},
+    {"officername", kOfficerName},
+    {"category", kCategory},
+    {"vehicle", kVehicle},
+    {"flagged", kFlagged},
+    {"background", kBackground},
+    {"totalfiles", kTotalFiles},
+    {"groupid", kGroupId},
+    {"part", kPart},
+    {"totalparts", kTotalParts},
+    {"answers", kAnswers},
+};
+
+const Column kFileColumns[] = {
+    {"number", kNumber},       {"stream", kStream},     {"state", kState},
+    {"starttick", kStartTick}, {"stoptick", kStopTick}, {"starttime", kStartTime},
+    {"stoptime", kStopTime},   {"previous", kPrevious}, {"next", kNext},
+    {"size", kSize},           {"type", kType},
+};
+
+template <size_t N>
+Member MemberOf(const char* name, const Column (&columns)[N]) {
+  for (const Column& column : columns) {
+    if (Is(name, column.name)) return column.member;
+  }
+  return kNone;
+}
+
+// Which member each column of a statement fills. Matching names
+// case-insensitively costs more than loading the row, so it is done once per
+// statement and kept for its following rows. A statement is known by its
+// serial, which no other statement of the process shares, and by the number
+// of times SQLite compiled it afresh (after a change of schema its columns
+// may differ).
+class ColumnMap {
+ public:
+  template <size_t N>
+  const std::vector<Member>& For(const SQLStatement& statement, const Column (&columns)[N]) {
+    const int compilations =
+        statement.handle == nullptr
+            ? 0
+            : sqlite3_stmt_status(statement.handle, SQLITE_STMTSTATUS_REPREPARE, 0);
+    if (statement.serial != serial_ || compilations != compilations_) {
+      Rebuild(statement.handle, columns);
+      serial_ = statement.serial;
+      compilations_ = compilations;
+    }
+    return members_;
+  }
+
+ private:
+  template <size_t N>
+  void Rebuild(sqlite3_stmt* handle, const Column (&columns)[N]) {
+    members_.clear();
+    const int count = sqlite3_column_count(handle);
+    for (int i = 0; i < count; ++i) {
+      const char* name = sqlite3_column_name(handle, i);
+      members_.push_back(name == nullptr ? kNone : MemberOf(name, columns));
+    }
+  }
+
+  uint64_t serial_ = 0;  // no statement has serial 0
+  int compilations_ = 0;
+  std::vector<Member> members_;
+};
+
+void LoadEventColumn(sqlite3_stmt* h, int i, Member member, EventRecordItem& e) {
+  switch (member) {
+    case kReid:
+      e.reid.SetValue(Text(h, i));
+      break;
+    case kState:
+      e.state = static_cast<StreamMgrApi::EventState>(Bits32(h, i));
+      break;
+    case kSplitState:
+      e.splitState = static_cast<StreamMgrApi::SplitEventState>(Bits32(h, i));
+      break;
+    case kStreamState:
+      e.streamState.SetValue(Bits32(h, i) != 0);
+      break;
+    case kLocked:
+      e.locked.SetValue(Bits32(h, i) != 0);
+      break;
+    case kConfirmed:
+      e.confirmed.SetValue(Bits32(h, i) != 0);
+      break;
+    case kCrCode1:
+      e.crCode1 = static_cast<StreamMgrApi::CrCode>(Bits32(h, i));
+      break;
+    case kCrCode2:
+      e.crCode2 = static_cast<StreamMgrApi::CrCode>(Bits32(h, i));
+      break;
+    case kStartTick:
+      e.startTick.SetValue(Bits32(h, i));
+      break;
+    case kStartTime:
+      e.startTime.SetValue(static_cast<int32_t>(Bits32(h, i)));
+      break;
+    case kExportTime:
+      e.exportTime.SetValue(static_cast<int32_t>(Bits32(h, i)));
+      break;
+    case kStopTick:
+      e.stopTick.SetValue(Bits32(h, i));
+      break;
+    case kStopTime:
+      e.stopTime.SetValue(static_cast<int32_t>(Bits32(h, i)));
+      break;
+    case kDescription:
+      e.description.SetValue(Text(h, i));
+      break;
+    case kOfficerId:
+      e.officer.id.SetValue(Bits32(h, i));
+      break;
+    case kOfficerName:
+      e.officer.name.SetValue(Text(h, i));
+      break;
+    case kCategory:
+      e.category.SetValue(Text(h, i));
+      break;
+    case kVehicle:
+      e.vehicle.name.SetValue(Text(h, i));
+      break;
+    case kFlagged:
+      e.flagged.SetValue(Bits32(h, i) != 0);
+      break;
+    case kBackground:
+      e.background.SetValue(Bits32(h, i) != 0);
+      break;
+    case kTotalFiles:
+      e.totalFiles.SetValue(Bits32(h, i));
+      break;
+    case kGroupId:
+      e.groupId.SetValue(Text(h, i));
+      break;
+    case kPart:
+      e.part.SetValue(Bits32(h, i));
+      break;
+    case kTotalParts:
+      e.totalParts.SetValue(Bits32(h, i));
+      break;
+    case kAnswers:
+      LoadAnswers(Text(h, i), e.answers);
+      break;
+    default:
+      break;
   }
 }
 
-void LoadFileColumn(sqlite3_stmt* h, int i, const char* name, StreamfileRecordItem& f) {
-  if (Is(name, "number")) {
-    f.number.SetValue(Bits32(h, i));
-  } else if (Is(name, "stream")) {
-    f.stream.SetValue(Bits32(h, i));
-  } else if (Is(name, "state")) {
-    f.state = static_cast<StreamMgrApi::StreamFileState>(Bits32(h, i));
-  } else if (Is(name, "starttick")) {
-    f.startTick.SetValue(Bits32(h, i));
-  } else if (Is(name, "stoptick")) {
-    f.stopTick.SetValue(Bits32(h, i));
-  } else if (Is(name, "starttime")) {
-    f.startTime.SetValue(Bits32(h, i));
-  } else if (Is(name, "stoptime")) {
-    f.stopTime.SetValue(Bits32(h, i));
-  } else if (Is(name, "previous")) {
-    f.previous.SetValue(Bits32(h, i));
-  } else if (Is(name, "next")) {
-    f.next.SetValue(Bits32(h, i));
-  } else if (Is(name, "size")) {
-    f.size.SetValue(Bits32(h, i));
-  } else if (Is(name, "type")) {
-    f.type = static_cast<StreamMgrApi::StreamFileType>(Bits32(h, i));
+void LoadFileColumn(sqlite3_stmt* h, int i, Member member, StreamfileRecordItem& f) {
+  switch (member) {
+    case kNumber:
+      f.number.SetValue(Bits32(h, i));
+      break;
+    case kStream:
+      f.stream.SetValue(Bits32(h, i));
+      break;
+    case kState:
+      f.state = static_cast<StreamMgrApi::StreamFileState>(Bits32(h, i));
+      break;
+    case kStartTick:
+      f.startTick.SetValue(Bits32(h, i));
+      break;
+    case kStopTick:
+      f.stopTick.SetValue(Bits32(h, i));
+      break;
+    case kStartTime:
+      f.startTime.SetValue(Bits32(h, i));
+      break;
+    case kStopTime:
+      f.stopTime.SetValue(Bits32(h, i));
+      break;
+    case kPrevious:
+      f.previous.SetValue(Bits32(h, i));
+      break;
+    case kNext:
+      f.next.SetValue(Bits32(h, i));
+      break;
+    case kSize:
+      f.size.SetValue(Bits32(h, i));
+      break;
+    case kType:
+      f.type = static_cast<StreamMgrApi::StreamFileType>(Bits32(h, i));
+      break;
+    default:
+      break;
   }
 }
 
@@ -155,25 +324,21 @@ void LoadFileColumn(sqlite3_stmt* h, int i, const char* name, StreamfileRecordIt
 namespace StreamDB {
 
 StreamMgrApi::EventRecordItem LoadEventInfoFromStatement(SQLStatement& statement) {
+  thread_local ColumnMap columns;
   EventRecordItem event;
-  const int columns = sqlite3_column_count(statement.handle);
-  for (int i = 0; i < columns; ++i) {
-    const char* name = sqlite3_column_name(statement.handle, i);
-    if (name != nullptr) {
-      LoadEventColumn(statement.handle, i, name, event);
-    }
+  const std::vector<Member>& members = columns.For(statement, kEventColumns);
+  for (size_t i = 0; i < members.size(); ++i) {
+    LoadEventColumn(statement.handle, static_cast<int>(i), members[i], event);
   }
   return event;
 }
 
 StreamMgrApi::StreamfileRecordItem LoadFileInfoFromStatement(SQLStatement& statement) {
+  thread_local ColumnMap columns;
   StreamfileRecordItem file;
-  const int columns = sqlite3_column_count(statement.handle);
-  for (int i = 0; i < columns; ++i) {
-    const char* name = sqlite3_column_name(statement.handle, i);
-    if (name != nullptr) {
-      LoadFileColumn(statement.handle, i, name, file);
-    }
+  const std::vector<Member>& members = columns.For(statement, kFileColumns);
+  for (size_t i = 0; i < members.size(); ++i) {
+    LoadFileColumn(statement.handle, static_cast<int>(i), members[i], file);
   }
   return file;
 }
