@@ -7,8 +7,8 @@
 #include <unistd.h>
 
 #include <string>
-#include <unordered_map>
 
+#include "recorder/host/file_size_table.h"
 #include "recorder/host/ipc_channel.h"
 #include "recorder/host/ipc_codec.h"
 #include "recorder/host/linx_ipc_impl.h"
@@ -20,7 +20,7 @@ struct StreamFileAccess::Impl {
     daemon = -1;
   }
 
-  std::unordered_map<int, StreamMgrFileMgmnt::FileMgmnt_t> files;
+  FileSizeTable sizes;
   int daemon = -1;  // connection to StreamMgr, -1 when there is none
 };
 
@@ -31,9 +31,7 @@ StreamFileAccess::~StreamFileAccess() = default;
 bool StreamFileAccess::InitializeFileAccess(bool, bool) { return true; }
 
 void StreamFileAccess::InitializeFileSize(int number, int size) {
-  StreamMgrFileMgmnt::FileMgmnt_t& file = impl_->files[number];
-  file.number = static_cast<uint32_t>(number);
-  file.size = static_cast<uint32_t>(size);
+  impl_->sizes.Set(number, static_cast<uint32_t>(size));
 }
 
 bool StreamFileAccess::GetFileInfo(int number, StreamMgrFileMgmnt::FileMgmnt_t& info) {
@@ -53,10 +51,10 @@ bool StreamFileAccess::GetFileInfo(int number, StreamMgrFileMgmnt::FileMgmnt_t& 
     info = StreamMgrFileMgmnt::FileMgmnt_t{static_cast<uint32_t>(number), 0, 0, size};
     return true;
   }
-  const auto found = impl_->files.find(number);
-  if (found == impl_->files.end()) {
+  uint32_t size = 0;
+  if (!impl_->sizes.Find(number, size)) {
     return false;
   }
-  info = found->second;
+  info = StreamMgrFileMgmnt::FileMgmnt_t{static_cast<uint32_t>(number), 0, 0, size};
   return true;
 }
