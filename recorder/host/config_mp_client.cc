@@ -1,9 +1,9 @@
-// Host configuration client. ConfigMP is a process of its own, reached by a
-// short connection per request to its endpoint, whether or not the caller's
-// endpoint was initialised for StreamMgr.
+// Host configuration client. ConfigMP is a process of its own, reached over a
+// connection to its endpoint that the caller's endpoint keeps, whether or not
+// it was initialised for StreamMgr. A listing asks once per row: setting up
+// a connection for every request cost twice as much as the request itself.
 #include "recorder/config_mp_client.h"
 
-#include "recorder/host/ipc_channel.h"
 #include "recorder/host/ipc_codec.h"
 #include "recorder/host/linx_ipc_impl.h"
 
@@ -18,9 +18,7 @@ int ConfigMPClient::GetVideoRecordingSettings(VideoRecordingSettings& settings) 
                             ? timeoutSeconds_ * 1000
                             : HostIpc::kDefaultTimeoutMs;
   std::string answer;
-  const std::string path =
-      HostIpc::EndpointPath(ipc_.GetImpl().endpointDir, HostIpc::kConfigMpName);
-  if (!HostIpc::ExchangeOnce(path, HostIpc::SettingsRequest(), answer, timeoutMs) ||
+  if (!HostIpc::ConfigMpRequest(ipc_, HostIpc::SettingsRequest(), answer, timeoutMs) ||
       !HostIpc::DecodeSettingsAnswer(answer, settings)) {
     return -1;
   }

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 
 #include "recorder/host/fake_daemon.h"
+#include "recorder/host/ipc_channel.h"
 #include "recorder/host/ipc_codec.h"
 #include "recorder/host/linx_ipc_impl.h"
 
@@ -49,17 +51,79 @@ TEST(ConfigMPClient, ReadsTheSettingsWithoutAnInitialisedEndpoint) {
   EXPECT_EQ(SettingsRequest(), daemon.Requests()[0]);
 }
 
-TEST(ConfigMPClient, EachRequestUsesAConnectionOfItsOwn) {
-  FakeDaemon daemon(kConfigMpName, Answering(SettingsAnswer(Settings(1))));
+// Asks the fake `times` times through one endpoint, with a client of its own
+// for every request as the event table builds one per row, and expects `hours`.
+void ExpectHours(const FakeDaemon& daemon, uint32_t hours, int times) {
   LinxIpc ipc("db");
   ipc.GetImpl().endpointDir = daemon.Dir();
-  ConfigMPClient client(ipc, 5);
-  for (int i = 0; i < 3; ++i) {
+  for (int i = 0; i < times; ++i) {
+    ConfigMPClient client(ipc, 5);
     VideoRecordingSettings settings;
-    ASSERT_EQ(0, client.GetVideoRecordingSettings(settings));
-    EXPECT_EQ(1u, settings.reExportHours);
+    ASSERT_EQ(0, client.GetVideoRecordingSettings(settings)) << i;
+    EXPECT_EQ(hours, settings.reExportHours) << i;
   }
+}
+
+TEST(ConfigMPClient, RequestsShareTheConnectionTheEndpointKeeps) {
+  FakeDaemon daemon(kConfigMpName, Answering(SettingsAnswer(Settings(1))));
+  ExpectHours(daemon, 1, 3);
+  EXPECT_EQ(3u, daemon.Requests().size());
+  EXPECT_EQ(1, daemon.Connections());
+}
+
+TEST(ConfigMPClient, ServiceThatHungUpIsReachedAfresh) {
+  FakeDaemon daemon(kConfigMpName, [](int fd, const std::string&) {
+    FD::Frame(fd, SettingsAnswer(Settings(2)));
+    return FD::Then::kClose;
+  });
+  ExpectHours(daemon, 2, 3);
   EXPECT_EQ(3, daemon.Connections());
+}
+
+// Anything the service sent beyond its answer is never taken for the answer
+// to a later request.
+TEST(ConfigMPClient, ServiceSayingMoreThanItWasAskedIsNotBelievedLater) {
+  FakeDaemon daemon(kConfigMpName, [](int fd, const std::string&) {
+    // In one write, so the second is there by the time the first is read.
+    const std::string first = SettingsAnswer(Settings(3));
+    const std::string second = SettingsAnswer(Settings(99));
+    FD::Raw(fd, FrameHeader(first.size()) + first + FrameHeader(second.size()) + second);
+    return FD::Then::kNext;
+  });
+  ExpectHours(daemon, 3, 2);
+  EXPECT_EQ(2, daemon.Connections());
+}
+
+TEST(ConfigMPClient, ConnectionThatTimedOutIsNotUsedAgain) {
+  std::atomic<int> requests{0};
+  FakeDaemon daemon(kConfigMpName, [&requests](int fd, const std::string&) {
+    if (++requests == 1) return FD::Then::kHold;
+    FD::Frame(fd, SettingsAnswer(Settings(4)));
+    return FD::Then::kNext;
+  });
+  LinxIpc ipc("db");
+  ipc.GetImpl().endpointDir = daemon.Dir();
+  ConfigMPClient client(ipc, 1);
+  VideoRecordingSettings settings;
+  EXPECT_NE(0, client.GetVideoRecordingSettings(settings));
+  ASSERT_EQ(0, client.GetVideoRecordingSettings(settings));
+  EXPECT_EQ(4u, settings.reExportHours);
+  EXPECT_EQ(2, daemon.Connections());
+}
+
+TEST(ConfigMPClient, ServiceStartedAfterAFailedRequestIsReached) {
+  char pattern[] = "/tmp/late-config-XXXXXX";
+  ASSERT_NE(nullptr, mkdtemp(pattern));
+  LinxIpc ipc("db");
+  ipc.GetImpl().endpointDir = pattern;
+  ConfigMPClient client(ipc, 5);
+  VideoRecordingSettings settings;
+  EXPECT_NE(0, client.GetVideoRecordingSettings(settings));
+  rmdir(pattern);
+  FakeDaemon daemon(kConfigMpName, Answering(SettingsAnswer(Settings(6))));
+  ipc.GetImpl().endpointDir = daemon.Dir();
+  ASSERT_EQ(0, client.GetVideoRecordingSettings(settings));
+  EXPECT_EQ(6u, settings.reExportHours);
 }
 
 TEST(ConfigMPClient, FailsWhenTheServiceDoesNotRun) {

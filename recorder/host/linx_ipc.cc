@@ -2,12 +2,23 @@
 // socket, used by every request of the process.
 #include "recorder/linx_ipc.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include "recorder/host/ipc_channel.h"
 #include "recorder/host/linx_ipc_impl.h"
 
-LinxIpc::Impl::~Impl() { Disconnect(); }
+LinxIpc::Impl::~Impl() {
+  Disconnect();
+  DisconnectConfig();
+}
+
+void LinxIpc::Impl::DisconnectConfig() {
+  if (configFd >= 0) {
+    close(configFd);
+    configFd = -1;
+  }
+}
 
 void LinxIpc::Impl::Disconnect() {
   if (fd >= 0) {
@@ -42,6 +53,40 @@ bool StreamMgrRequest(LinxIpc& ipc, const std::string& request, std::string& ans
   }
   if (Exchange(impl.fd, request, answer, timeoutMs)) return true;
   impl.Disconnect();
+  return false;
+}
+
+namespace {
+
+// True when nothing waits to be read on `fd` and the peer has not hung up.
+bool Quiet(int fd) {
+  pollfd entry = {fd, POLLIN, 0};
+  return poll(&entry, 1, 0) == 0;
+}
+
+}  // namespace
+
+bool ConfigMpRequest(LinxIpc& ipc, const std::string& request, std::string& answer, int timeoutMs) {
+  LinxIpc::Impl& impl = ipc.GetImpl();
+  const std::string path = EndpointPath(impl.endpointDir, kConfigMpName);
+  if (impl.configFd >= 0 && (path != impl.configPath || !Quiet(impl.configFd))) {
+    impl.DisconnectConfig();
+  }
+  const bool kept = impl.configFd >= 0;
+  if (!kept) {
+    impl.configFd = Connect(path);
+    impl.configPath = path;
+  }
+  const Clock::time_point deadline = DeadlineIn(timeoutMs);
+  if (Exchange(impl.configFd, request, answer, timeoutMs)) return true;
+  impl.DisconnectConfig();
+  // The service may have closed a kept connection just as the request went
+  // out (it was restarting). Unless it ran out of time, the request is asked
+  // once more on a new connection, as it would have been without the kept one.
+  if (!kept || Clock::now() >= deadline) return false;
+  impl.configFd = Connect(path);
+  if (Exchange(impl.configFd, request, answer, timeoutMs)) return true;
+  impl.DisconnectConfig();
   return false;
 }
 

@@ -13,10 +13,14 @@ struct LinxIpc::Impl {
   ~Impl();
   void Disconnect();
 
+  void DisconnectConfig();
+
   std::string name;
   std::string endpointDir = HostIpc::kEndpointDir;
   int fd = -1;               // the connection to StreamMgr, -1 when there is none
   bool initialised = false;  // Init() succeeded once
+  int configFd = -1;         // the connection to ConfigMP, -1 when there is none
+  std::string configPath;    // the endpoint configFd is connected to
 };
 
 namespace HostIpc {
@@ -27,6 +31,14 @@ std::string EndpointPath(const std::string& dir, const char* name);
 // connection is dropped, so a late answer can never pass for the answer to a
 // later request; the next request connects afresh.
 bool StreamMgrRequest(LinxIpc& ipc, const std::string& request, std::string& answer, int timeoutMs);
+
+// One request to ConfigMP, whether or not Init() ran, on a connection the
+// endpoint keeps for the requests after it. A kept connection with anything
+// to read before the request goes out (the service hung up or restarted, or
+// said more than it was asked) is replaced by a new one, and one that fails
+// other than by a time-out is tried again on a new one; after a failure the
+// connection is dropped, as for StreamMgr.
+bool ConfigMpRequest(LinxIpc& ipc, const std::string& request, std::string& answer, int timeoutMs);
 
 }  // namespace HostIpc
 
