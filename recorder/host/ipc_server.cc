@@ -129,7 +129,8 @@ int CreateEndpoint(const std::string& path) {
   return fd;
 }
 
-ServeEnd Serve(int listenFd, int stopFd, int delayMs, const RequestHandler& handler) {
+ServeEnd Serve(int listenFd, int stopFd, int delayMs, const RequestHandler& handler,
+               const HangUpHandler& hungUp) {
   std::vector<Connection> connections;
   ServeEnd end = ServeEnd::kStopped;
   bool serving = true;
@@ -155,6 +156,7 @@ ServeEnd Serve(int listenFd, int stopFd, int delayMs, const RequestHandler& hand
       } else {
         close(it->fd);
         it = connections.erase(it);
+        if (hungUp) hungUp();
       }
     }
   }
@@ -163,7 +165,7 @@ ServeEnd Serve(int listenFd, int stopFd, int delayMs, const RequestHandler& hand
 }
 
 int RunDaemon(const std::string& dir, const char* name, bool offerEndpoint, int delayMs,
-              const RequestHandler& handler) {
+              const RequestHandler& handler, const HangUpHandler& hungUp) {
   // The signals are taken through a descriptor, so the loop sees them in
   // poll(). A shell starts background jobs with SIGINT ignored; undo that.
   signal(SIGTERM, SIG_DFL);
@@ -187,7 +189,7 @@ int RunDaemon(const std::string& dir, const char* name, bool offerEndpoint, int 
       return 1;
     }
   }
-  const ServeEnd end = Serve(listenFd, stopFd, delayMs, handler);
+  const ServeEnd end = Serve(listenFd, stopFd, delayMs, handler, hungUp);
   if (offerEndpoint) {
     close(listenFd);
     unlink(path.c_str());

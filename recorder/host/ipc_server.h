@@ -22,6 +22,10 @@ struct Reply {
 
 using RequestHandler = std::function<Reply(const std::string& request)>;
 
+// Told that a client connection has closed (or been dropped), so that a
+// daemon can let go of what it held for that client.
+using HangUpHandler = std::function<void()>;
+
 // Creates the listening socket at `path`. It is bound under a temporary name
 // and renamed into place once it listens, so whoever sees the socket file can
 // connect. Returns the descriptor, or -1.
@@ -30,15 +34,17 @@ int CreateEndpoint(const std::string& path);
 enum class ServeEnd { kStopped, kDied };
 
 // Serves connections on `listenFd` (none when -1) until `stopFd` becomes
-// readable or a handler asks to die. Each answer waits `delayMs` first.
-ServeEnd Serve(int listenFd, int stopFd, int delayMs, const RequestHandler& handler);
+// readable or a handler asks to die. Each answer waits `delayMs` first;
+// `hungUp`, when given, is called for every connection that closes.
+ServeEnd Serve(int listenFd, int stopFd, int delayMs, const RequestHandler& handler,
+               const HangUpHandler& hungUp = nullptr);
 
 // A daemon's whole life: offers the endpoint `dir`/`name` (unless
 // `offerEndpoint` is false), serves until SIGTERM or SIGINT and removes the
 // endpoint again. Returns the exit status; a handler that asks to die ends
 // the process here with status 3, after removing the endpoint.
 int RunDaemon(const std::string& dir, const char* name, bool offerEndpoint, int delayMs,
-              const RequestHandler& handler);
+              const RequestHandler& handler, const HangUpHandler& hungUp = nullptr);
 
 }  // namespace HostIpc
 

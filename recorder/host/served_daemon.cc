@@ -9,14 +9,16 @@
 
 namespace HostIpc {
 
-ServedDaemon::ServedDaemon(const char* name, RequestHandler handler, int delayMs) : name_(name) {
+ServedDaemon::ServedDaemon(const char* name, RequestHandler handler, int delayMs,
+                           HangUpHandler hungUp)
+    : name_(name) {
   char pattern[] = "/tmp/served-daemon-XXXXXX";
   const char* made = mkdtemp(pattern);
   dir_ = made == nullptr ? "" : made;
   listenFd_ = CreateEndpoint(Path());
   if (pipe2(stop_, O_CLOEXEC) != 0) stop_[0] = stop_[1] = -1;
-  thread_ = std::thread([this, handler, delayMs] {
-    end_ = Serve(listenFd_, stop_[0], delayMs, handler);
+  thread_ = std::thread([this, handler, delayMs, hungUp] {
+    end_ = Serve(listenFd_, stop_[0], delayMs, handler, hungUp);
     ended_ = true;
   });
 }

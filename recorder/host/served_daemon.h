@@ -15,7 +15,8 @@ namespace HostIpc {
 
 class ServedDaemon {
  public:
-  ServedDaemon(const char* name, RequestHandler handler, int delayMs = 0);
+  ServedDaemon(const char* name, RequestHandler handler, int delayMs = 0,
+               HangUpHandler hungUp = nullptr);
   ~ServedDaemon();  // stops the loop if it still runs
   ServedDaemon(const ServedDaemon&) = delete;
   ServedDaemon& operator=(const ServedDaemon&) = delete;

@@ -25,7 +25,8 @@ int main(int argc, char** argv) {
   StreamMgrService service(database, options);
   const int status = HostIpc::RunDaemon(
       HostIpc::kEndpointDir, HostIpc::kStreamMgrName, !options.noIpc, options.delayMs,
-      [&service](const std::string& request) { return service.Handle(request); });
+      [&service](const std::string& request) { return service.Handle(request); },
+      [&service] { service.HungUp(); });
   sqlite3_close(database);
   return status;
 }

@@ -49,7 +49,8 @@ std::string Bounded(std::string answer, Kind kind) {
 
 sqlite3* OpenOwnedStore(const std::string& path) {
   sqlite3* database = nullptr;
-  sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr);
+  // One thread serves every request, so the connection needs no locking.
+  sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
   return database;
 }
 
@@ -79,6 +80,9 @@ Reply StreamMgrService::Handle(const std::string& request) {
   }
   if (options_.garbage) return Answer(HostIpc::MalformedAnswer(kind));
   if (options_.failRequests) return Answer(HostIpc::FailedAnswer(kind));
+  if (kind != HostIpc::kEvents && kind != HostIpc::kFiles) {
+    cursor_.Drop();  // a delete must not change rows under it
+  }
   switch (kind) {
     case HostIpc::kEvents:
       return Answer(Events(text));
@@ -91,9 +95,18 @@ Reply StreamMgrService::Handle(const std::string& request) {
   }
 }
 
+template <typename Record, typename Load>
+bool StreamMgrService::Rows(HostIpc::Kind kind, const std::string& sql,
+                            std::vector<Record>& records, Load load) {
+  if (!cursor_.Continues(kind, sql) && !cursor_.Open(database_, kind, sql)) {
+    return LoadAll(database_, sql, records, load);
+  }
+  return cursor_.NextPage(records, load);
+}
+
 std::string StreamMgrService::Events(const std::string& sql) {
   std::vector<StreamMgrApi::EventRecordItem> events;
-  if (!LoadAll(database_, sql, events, StreamDB::LoadEventInfoFromStatement)) {
+  if (!Rows(HostIpc::kEvents, sql, events, StreamDB::LoadEventInfoFromStatement)) {
     return HostIpc::FailedAnswer(HostIpc::kEvents);
   }
   return Bounded(HostIpc::EventsAnswer(events), HostIpc::kEvents);
@@ -101,7 +114,7 @@ std::string StreamMgrService::Events(const std::string& sql) {
 
 std::string StreamMgrService::Files(const std::string& sql) {
   std::vector<StreamMgrApi::StreamfileRecordItem> files;
-  if (!LoadAll(database_, sql, files, StreamDB::LoadFileInfoFromStatement)) {
+  if (!Rows(HostIpc::kFiles, sql, files, StreamDB::LoadFileInfoFromStatement)) {
     return HostIpc::FailedAnswer(HostIpc::kFiles);
   }
   return Bounded(HostIpc::FilesAnswer(files), HostIpc::kFiles);
