@@ -6,6 +6,7 @@
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/tool_context.h"
@@ -13,6 +14,8 @@
 #include "recorder/config_mp_client.h"
 #include "recorder/log_client.h"
 #include "store/event_state_names.h"
+#include "store/table_row.h"
+#include "store/time_text.h"
 
 namespace {
 
@@ -63,16 +66,27 @@ SizeMode SizeModeOf(unsigned flag) {
   return {{" GiB ", 5}, 1073741824.0, 3};
 }
 
-// Formats a stored time with the process's own (POSIX) locale.
-std::string FormatTime(int32_t seconds, const char* format) {
-  const time_t time = seconds;
-  char text[20] = "";
-  const struct tm* local = std::localtime(&time);
-  if (local != nullptr) {
-    std::strftime(text, sizeof text, format, local);
+// Start, stop and export times of a row, formatted with the process's own
+// (POSIX) locale. An export time that is 0 or negative shows as "0".
+struct RowTimes {
+  explicit RowTimes(const StreamMgrApi::EventRecordItem& event) {
+    start = std::string_view(startText, DateTimeText(event.startTime.GetValue(), startText));
+    stop = std::string_view(stopText, ClockText(event.stopTime.GetValue(), stopText));
+    export_ =
+        event.exportTime.GetValue() <= 0
+            ? std::string_view("0")
+            : std::string_view(exportText, ClockText(event.exportTime.GetValue(), exportText));
   }
-  return text;
-}
+  RowTimes(const RowTimes&) = delete;
+  RowTimes& operator=(const RowTimes&) = delete;
+
+  char startText[kTimeTextBytes];
+  char stopText[kTimeTextBytes];
+  char exportText[kTimeTextBytes];
+  std::string_view start;
+  std::string_view stop;
+  std::string_view export_;
+};
 
 // Stored times are signed 32-bit seconds and their differences wrap likewise.
 int32_t Difference32(int64_t later, int64_t earlier) {
@@ -130,10 +144,7 @@ void PrintEventHeader(unsigned flag) {
 
 void DisplayEvent(const StreamMgrApi::EventRecordItem& event, unsigned flag) {
   const SizeMode size = SizeModeOf(flag);
-  const std::string startText = FormatTime(event.startTime.GetValue(), "%x %X");
-  const std::string stopText = FormatTime(event.stopTime.GetValue(), "%X");
-  const std::string exportText =
-      event.exportTime.GetValue() <= 0 ? "0" : FormatTime(event.exportTime.GetValue(), "%X");
+  const RowTimes times(event);
   const std::string& reid = event.reid.GetValue();
   const std::string path = kMetadataDirectory + reid;
   int32_t seconds = Difference32(event.stopTime.GetValue(), event.startTime.GetValue());
@@ -156,30 +167,41 @@ void DisplayEvent(const StreamMgrApi::EventRecordItem& event, unsigned flag) {
   }
   const std::string hours = HoursText(hoursLeft);
 
-  std::cout << std::left << std::setw(28) << reid << kSeparator << std::right;
-  std::cout << std::setw(10) << EventStateToStr(event.state) << kSeparator;
-  std::cout << std::setw(10) << EventSplitStateToStr(event.splitState) << kSeparator;
-  std::cout << std::setw(5) << seconds << kSeparator;
-  std::cout << std::setw(17) << startText << kSeparator;
-  std::cout << std::setw(8) << stopText << kSeparator;
-  std::cout << std::setw(10) << exportText << kSeparator;
-  std::cout << std::setw(10) << event.startTick.GetValue() << kSeparator;
-  std::cout << std::setw(10) << event.stopTick.GetValue() << kSeparator;
-  std::cout << CodeLetter(event.crCode1) << ' ' << CodeLetter(event.crCode2) << kSeparator;
-  std::cout << std::setw(2) << (event.background.GetValue() ? " Y" : " N") << kSeparator;
-  std::cout << std::setw(5) << event.totalFiles.GetValue() << kSeparator;
-  std::cout << std::left << std::setw(28) << event.groupId.GetValue() << kSeparator << std::right;
-  std::cout << std::setw(3) << event.part.GetValue() << kSeparator;
-  std::cout << std::setw(3) << event.totalParts.GetValue() << kSeparator;
-  std::cout << std::setw(3) << (IsStaged(path) ? "  Y" : "  N") << kSeparator;
-  const double bytes =
-      IsStaged(path) ? static_cast<double>(static_cast<uint64_t>(EventSize(reid))) : 0.0;
-  std::cout << std::fixed << std::setprecision(size.decimals) << std::setw(size.column.rule)
-            << bytes / size.divisor << kSeparator;
-  std::cout << std::setw(20) << hours << kSeparator;
+  const char codes[] = {CodeLetter(event.crCode1), ' ', CodeLetter(event.crCode2)};
+  TableRow row;
+  row.Left(reid, 28).Add(kSeparator);
+  row.Right(EventStateToStr(event.state), 10).Add(kSeparator);
+  row.Right(EventSplitStateToStr(event.splitState), 10).Add(kSeparator);
+  row.Signed(seconds, 5).Add(kSeparator);
+  row.Right(times.start, 17).Add(kSeparator);
+  row.Right(times.stop, 8).Add(kSeparator);
+  row.Right(times.export_, 10).Add(kSeparator);
+  row.Unsigned(event.startTick.GetValue(), 10).Add(kSeparator);
+  row.Unsigned(event.stopTick.GetValue(), 10).Add(kSeparator);
+  row.Add(std::string_view(codes, sizeof codes)).Add(kSeparator);
+  row.Right(event.background.GetValue() ? " Y" : " N", 2).Add(kSeparator);
+  row.Unsigned(event.totalFiles.GetValue(), 5).Add(kSeparator);
+  row.Left(event.groupId.GetValue(), 28).Add(kSeparator);
+  row.Unsigned(event.part.GetValue(), 3).Add(kSeparator);
+  row.Unsigned(event.totalParts.GetValue(), 3).Add(kSeparator);
+  row.Right(IsStaged(path) ? "  Y" : "  N", 3).Add(kSeparator);
+  double bytes = 0.0;
+  if (IsStaged(path)) {
+    // EventSize may complain on standard error, which is tied to standard
+    // output: the columns so far go into the stream first, so that they come
+    // out ahead of the complaint as they would written field by field.
+    std::cout << row.Line();
+    row.Clear();
+    bytes = static_cast<double>(static_cast<uint64_t>(EventSize(reid)));
+  }
+  row.Fixed(bytes / size.divisor, size.decimals, size.column.rule).Add(kSeparator);
+  row.Right(hours, 20).Add(kSeparator);
   const std::vector<StreamMgrApi::EventAnswerItem>& answers = event.answers.entries;
   if (!answers.empty()) {
-    std::cout << std::setw(20) << answers.front().answer.GetValue() << kSeparator;
+    row.Right(answers.front().answer.GetValue(), 20).Add(kSeparator);
   }
-  std::cout << std::endl;
+  // The stream is left right-aligned and in the size column's notation, as
+  // field by field insertion would leave it.
+  std::cout << std::right << std::fixed << std::setprecision(size.decimals) << row.Line()
+            << std::endl;
 }

@@ -234,6 +234,30 @@ TEST_P(EventTable, UnusableMetadataStillGivesARowAndTheMessages) {
   EXPECT_EQ(std::string(2048, 'm'), disk_.ReadFile("connectionmgr/locked.mtd"));
 }
 
+TEST_P(EventTable, AComplaintAboutMetadataComesAfterTheColumnsBeforeTheSize) {
+  // Standard error is tied to standard output: with both on one file, a
+  // complaint about a description file lands inside its row, after the
+  // staged column, as the row's columns are written one after another.
+  disk_.Exec(EventRow{"malformed"}.Insert() + EventRow{"plain"}.Insert());
+  disk_.WriteFile("connectionmgr/malformed.xml", "<recording-event>");
+  disk_.WriteFile("connectionmgr/malformed.mtd", std::string(10, 'm'));
+  SandboxOptions options;
+  options.streamMgr = GetParam() == AccessPath::kDaemon;
+  const RunResult r = RunInSandbox(disk_, {"sh", "-c", "db -E 2>&1"}, options);
+  EXPECT_EQ(std::string(kBytesHeading) +
+                "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    Y  "
+                "Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml"
+                "         10                    NA  \n"
+                "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
+                "03:05:45           0        1000        1200  r r   N      1                   "
+                "               0    0    N            0                    NA  \n",
+            r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
 TEST_P(EventTable, DataFileThatIsAFolderIsStagedWithTheFolderSize) {
   disk_.Exec(EventRow{"mtddir"}.Insert());
   disk_.WriteFile("connectionmgr/mtddir.xml", "<nothing/>");

@@ -1,14 +1,15 @@
 #include "files/file_row.h"
 
-#include <ctime>
-#include <iomanip>
 #include <iostream>
 #include <string>
+#include <string_view>
 
 #include "cli/tool_context.h"
 #include "recorder/stream_file_access.h"
 #include "store/access_path.h"
 #include "store/file_state_names.h"
+#include "store/table_row.h"
+#include "store/time_text.h"
 
 namespace {
 
@@ -47,19 +48,6 @@ const Column kColumns[] = {
     {"Type", kTypeWidth},
 };
 
-// Local time of `seconds` in `format`; strftime fills at most the 20 bytes the
-// recorder has always given it.
-std::string TimeText(uint32_t seconds, const char* format) {
-  const time_t when = static_cast<time_t>(seconds);
-  const struct tm* local = std::localtime(&when);
-  char buffer[20] = "";
-  if (local == nullptr) {
-    return std::string();
-  }
-  const size_t length = std::strftime(buffer, sizeof buffer, format, local);
-  return std::string(buffer, length);
-}
-
 // The file being written grows while the table's size stands still.
 void UseLiveSize(StreamMgrApi::StreamfileRecordItem& file) {
   if (file.next.GetValue() != 0 || !OverIpc()) {
@@ -87,15 +75,22 @@ void PrintFileHeading() {
 
 void DisplayFile(StreamMgrApi::StreamfileRecordItem& file) {
   UseLiveSize(file);
-  std::cout << std::right << std::setw(kNumberWidth) << file.number.GetValue() << kSeparator
-            << std::setw(kStreamWidth) << file.stream.GetValue() << kSeparator
-            << std::setw(kStateWidth) << FileStateToStr(file.state) << kSeparator
-            << std::setw(kSizeWidth) << file.size.GetValue() << kSeparator
-            << std::setw(kStartTimeWidth) << TimeText(file.startTime.GetValue(), "%x %X")
-            << kSeparator << std::setw(kStopTimeWidth) << TimeText(file.stopTime.GetValue(), "%X")
-            << kSeparator << std::setw(kTickWidth) << file.startTick.GetValue() << kSeparator
-            << std::setw(kTickWidth) << file.stopTick.GetValue() << kSeparator
-            << std::setw(kChainWidth) << file.previous.GetValue() << kSeparator
-            << std::setw(kChainWidth) << file.next.GetValue() << kSeparator << std::setw(kTypeWidth)
-            << FileTypeToStr(file.type) << kSeparator << std::endl;
+  char startText[kTimeTextBytes];
+  char stopText[kTimeTextBytes];
+  const size_t startLength = DateTimeText(file.startTime.GetValue(), startText);
+  const size_t stopLength = ClockText(file.stopTime.GetValue(), stopText);
+  TableRow row;
+  row.Unsigned(file.number.GetValue(), kNumberWidth).Add(kSeparator);
+  row.Unsigned(file.stream.GetValue(), kStreamWidth).Add(kSeparator);
+  row.Right(FileStateToStr(file.state), kStateWidth).Add(kSeparator);
+  row.Unsigned(file.size.GetValue(), kSizeWidth).Add(kSeparator);
+  row.Right(std::string_view(startText, startLength), kStartTimeWidth).Add(kSeparator);
+  row.Right(std::string_view(stopText, stopLength), kStopTimeWidth).Add(kSeparator);
+  row.Unsigned(file.startTick.GetValue(), kTickWidth).Add(kSeparator);
+  row.Unsigned(file.stopTick.GetValue(), kTickWidth).Add(kSeparator);
+  row.Unsigned(file.previous.GetValue(), kChainWidth).Add(kSeparator);
+  row.Unsigned(file.next.GetValue(), kChainWidth).Add(kSeparator);
+  row.Right(FileTypeToStr(file.type), kTypeWidth).Add(kSeparator);
+  // The stream is left right-aligned, as field by field insertion would leave it.
+  std::cout << std::right << row.Line() << std::endl;
 }

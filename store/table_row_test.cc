@@ -1,0 +1,67 @@
+#include "store/table_row.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <iomanip>
+#include <sstream>
+#include <string>
+
+namespace {
+
+// What field by field insertion into a stream gives, the yardstick of a row.
+template <typename Value>
+std::string Streamed(const Value& value, int width, bool left = false) {
+  std::ostringstream out;
+  out << (left ? std::left : std::right) << std::setw(width) << value;
+  return out.str();
+}
+
+std::string StreamedFixed(double value, int decimals, int width) {
+  std::ostringstream out;
+  out << std::fixed << std::setprecision(decimals) << std::setw(width) << value;
+  return out.str();
+}
+
+TEST(TableRow, TextIsPaddedByBytesAndNeverCut) {
+  for (const char* text : {"", "a", "Free", "Recording", "R\xc3\xa9id", "abcdefghijkl"}) {
+    for (int width : {0, 1, 4, 8, 10}) {
+      EXPECT_EQ(TableRow().Right(text, width).Line(), Streamed(text, width)) << text << width;
+      EXPECT_EQ(TableRow().Left(text, width).Line(), Streamed(text, width, true)) << text << width;
+    }
+  }
+}
+
+TEST(TableRow, NumbersAsTheStreamWritesThem) {
+  for (uint64_t value : {0ull, 7ull, 65535ull, 4294967295ull, 18446744073709551615ull}) {
+    for (int width : {0, 3, 6, 10, 25}) {
+      EXPECT_EQ(TableRow().Unsigned(value, width).Line(), Streamed(value, width));
+    }
+  }
+  for (int64_t value : {int64_t{0}, int64_t{-1}, int64_t{42}, int64_t{-2147483648}, INT64_MIN}) {
+    for (int width : {0, 2, 5, 12}) {
+      EXPECT_EQ(TableRow().Signed(value, width).Line(), Streamed(value, width));
+    }
+  }
+}
+
+TEST(TableRow, FixedPointAsTheStreamWritesIt) {
+  for (double value : {0.0, 1.5, 0.0625, 0.0005, 0.9995, 2.675, 1610612736.0 / 1073741824.0,
+                       17179869184.0 / 1073741824.0, 18446744073709551615.0, 123456789.0}) {
+    for (int decimals : {0, 2, 3}) {
+      for (int width : {0, 5, 11}) {
+        EXPECT_EQ(TableRow().Fixed(value, decimals, width).Line(),
+                  StreamedFixed(value, decimals, width))
+            << value << " " << decimals << " " << width;
+      }
+    }
+  }
+}
+
+TEST(TableRow, FieldsFollowEachOther) {
+  TableRow row;
+  row.Unsigned(12, 6).Add("  ").Left("G1", 4).Add("  ").Right("Free", 8).Add("  ");
+  EXPECT_EQ(row.Line(), "    12  G1        Free  ");
+}
+
+}  // namespace
