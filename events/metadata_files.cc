@@ -1,8 +1,13 @@
 #include "events/metadata_files.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <tinyxml2.h>
+#include <unistd.h>
 
+#include <cctype>
+#include <cerrno>
+#include <cstdlib>
 #include <iostream>
 
 const char* const kMetadataDirectory = "/mnt/hd/connectionmgr/";
@@ -29,6 +34,29 @@ int32_t SegmentBytes(int32_t start, int32_t stop) {
   return stop > 0 ? Difference(stop, start) : 0;
 }
 
+// The integer attribute `name` of `segment`, read as the library reads it
+// (the result tells a missing attribute from one that is not an integer).
+// The library converts with sscanf, as wide as the C library's long: a
+// 64-bit host reads a value beyond 32 bits whole and cuts it to 32 bits, a
+// 32-bit recorder would stop at the limit. Where long is that narrow, an
+// accepted value is read again at 64 bits and cut the same way, so that
+// event sizes do not depend on the machine.
+tinyxml2::XMLError QueryInt(const tinyxml2::XMLElement& segment, const char* name, int& value) {
+  const tinyxml2::XMLError result = segment.QueryIntAttribute(name, &value);
+  if (sizeof(long) >= sizeof(int64_t) || result != tinyxml2::XML_SUCCESS) {
+    return result;
+  }
+  // The library read hexadecimal after a "0x" (blanks before it allowed),
+  // decimal otherwise; its text is known to convert.
+  const char* digits = segment.Attribute(name);
+  while (static_cast<unsigned char>(*digits) < 128 && std::isspace(*digits)) ++digits;
+  const bool hexadecimal = digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X');
+  const uint64_t wide = hexadecimal ? std::strtoull(digits, nullptr, 16)
+                                    : static_cast<uint64_t>(std::strtoll(digits, nullptr, 10));
+  value = static_cast<int>(static_cast<uint32_t>(wide));
+  return result;
+}
+
 // Adds the segments of one stream element to `total`. False when a segment is
 // unusable: the message is written and nothing after it may be counted.
 bool AddStreamSegments(const tinyxml2::XMLElement& stream, int64_t& total) {
@@ -46,22 +74,53 @@ bool AddStreamSegments(const tinyxml2::XMLElement& stream, int64_t& total) {
     int start = 0;
     int stop = 0;
     int source = 0;
-    if (segment->QueryIntAttribute("start-offset", &start) == tinyxml2::XML_WRONG_ATTRIBUTE_TYPE) {
+    if (QueryInt(*segment, "start-offset", start) == tinyxml2::XML_WRONG_ATTRIBUTE_TYPE) {
       std::cerr << "Start offset invalid";
       return false;
     }
-    if (segment->QueryIntAttribute("stop-offset", &stop) == tinyxml2::XML_WRONG_ATTRIBUTE_TYPE) {
+    if (QueryInt(*segment, "stop-offset", stop) == tinyxml2::XML_WRONG_ATTRIBUTE_TYPE) {
       std::cerr << "Stop offset invalid";
       return false;
     }
     // The source file number is not summed, but a segment without one is corrupt.
-    if (segment->QueryIntAttribute("src", &source) != tinyxml2::XML_SUCCESS) {
+    if (QueryInt(*segment, "src", source) != tinyxml2::XML_SUCCESS) {
       std::cerr << "Source file number missing";
       return false;
     }
     total += SegmentBytes(start, stop);
   }
   return true;
+}
+
+// Loads the description file into `document`. The library's own loader
+// opens it as a C stream and seeks three times to learn its length; a
+// regular file is read here with one open, one status call and one read, and
+// the library parses exactly the bytes it would have read itself. Anything
+// else (a folder, a pipe) goes through the library's loader as ever.
+tinyxml2::XMLError LoadDescription(tinyxml2::XMLDocument& document, const std::string& path) {
+  const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) {
+    return document.LoadFile(path.c_str());
+  }
+  struct stat info;
+  if (fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) || info.st_size <= 0) {
+    close(fd);
+    return document.LoadFile(path.c_str());
+  }
+  std::string text(static_cast<size_t>(info.st_size), '\0');
+  size_t done = 0;
+  while (done < text.size()) {
+    const ssize_t got = read(fd, &text[done], text.size() - done);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) break;
+    done += static_cast<size_t>(got);
+  }
+  close(fd);
+  if (done != text.size()) {
+    // It changed while it was read: the library's loader reads it afresh.
+    return document.LoadFile(path.c_str());
+  }
+  return document.Parse(text.data(), text.size());
 }
 
 }  // namespace
@@ -90,7 +149,7 @@ int64_t EventSizeIn(const std::string& directory, const std::string& reid) {
   int64_t total = static_cast<int32_t>(static_cast<uint32_t>(data.st_size));
 
   tinyxml2::XMLDocument description;
-  if (description.LoadFile(descriptionPath.c_str()) != tinyxml2::XML_SUCCESS) {
+  if (LoadDescription(description, descriptionPath) != tinyxml2::XML_SUCCESS) {
     std::cerr << "Failed to load XML file: " << descriptionPath;
     return total;
   }
