@@ -15,11 +15,16 @@ set(CMAKE_CXX_COMPILER ${DB_TARGET_TRIPLET}-g++)
 
 # Metadata files on the recorder's disk can pass 2 GiB: 64-bit file offsets
 # let stat() report their size (which the tool then cuts to 32 bits) instead
-# of failing with EOVERFLOW, exactly as on a 64-bit host. -Wno-psabi quiets
-# the notes on an ARM calling convention change of GCC 7.1, which matters only
-# when linking with code built by an older compiler.
-set(CMAKE_C_FLAGS_INIT "-D_FILE_OFFSET_BITS=64 -Wno-psabi")
-set(CMAKE_CXX_FLAGS_INIT "-D_FILE_OFFSET_BITS=64 -Wno-psabi")
+# of failing with EOVERFLOW, exactly as on a 64-bit host. A 64-bit time_t
+# likewise shows a stored unsigned time past 2038 (up to 4294967295, in 2106)
+# as the date it is, not as a date before 1970, and the target's tables are
+# then the host's byte for byte; none of the libraries the tool links passes
+# a time_t across its interface. -Wno-psabi quiets the notes on an ARM calling
+# convention change of GCC 7.1, which matters only when linking with code
+# built by an older compiler.
+set(DB_TARGET_FLAGS "-D_FILE_OFFSET_BITS=64 -D_TIME_BITS=64 -Wno-psabi")
+set(CMAKE_C_FLAGS_INIT "${DB_TARGET_FLAGS}")
+set(CMAKE_CXX_FLAGS_INIT "${DB_TARGET_FLAGS}")
 
 # Multiarch: the armhf libraries live in /usr/lib/arm-linux-gnueabihf, their
 # headers in /usr/include; the cross compiler's own runtime in
