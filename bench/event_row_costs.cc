@@ -92,7 +92,7 @@ int main() {
   std::printf("events %zu, staged %zu, settings answered %d\n", rows, staged, answered);
   std::printf("load all rows (select * and the row loader): %8.1f us per row\n",
               loading / static_cast<double>(rows == 0 ? 1 : rows));
-  std::printf("configuration request (connect, ask, close):  %8.1f us per row\n", config);
+  std::printf("configuration request (kept connection):       %8.1f us per row\n", config);
   std::printf("two staged probes (IsStaged twice):            %8.1f us per row\n", probes);
   std::printf("size of staged events (probe, stat, XML):      %8.1f us per row\n", sizes);
   std::printf("whole row (DisplayEvent, flushed to /dev/null): %7.1f us per row\n", rowsPrinted);
