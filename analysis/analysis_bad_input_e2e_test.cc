@@ -204,8 +204,6 @@ TEST_P(AnalysisBadInput, ExtractorNamesAreShownAsTheyAre) {
   EXPECT_TRUE(disk_.Exists("streammgr/stream.db"));
 }
 
-INSTANTIATE_TEST_SUITE_P(BothPaths, AnalysisBadInput,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
-                         analysis_e2e::PathName);
+INSTANTIATE_TEST_SUITE_P(BothPaths, AnalysisBadInput, BothAccessPaths(), PathName);
 
 }  // namespace

@@ -67,10 +67,6 @@ inline RunResult RunWithFakes(const RecorderDisk& disk, AccessPath path,
 
 class BothPaths : public ::testing::TestWithParam<AccessPath> {};
 
-inline std::string PathName(const ::testing::TestParamInfo<AccessPath>& info) {
-  return AccessPathName(info.param);
-}
-
 }  // namespace analysis_e2e
 
 #endif  // ANALYSIS_ANALYSIS_E2E_FIXTURE_H_

@@ -114,8 +114,6 @@ TEST_P(AnalysisOptionsE2e, MissingArgumentIsAnUnknownOption) {
   EXPECT_EQ(0, r.status);
 }
 
-INSTANTIATE_TEST_SUITE_P(BothPaths, AnalysisOptionsE2e,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
-                         analysis_e2e::PathName);
+INSTANTIATE_TEST_SUITE_P(BothPaths, AnalysisOptionsE2e, BothAccessPaths(), PathName);
 
 }  // namespace

@@ -219,9 +219,7 @@ TEST_P(DiskAnalysis, AnalysisChangesNoRow) {
   EXPECT_EQ(before, disk.Dump());
 }
 
-INSTANTIATE_TEST_SUITE_P(BothPaths, DiskAnalysis,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
-                         analysis_e2e::PathName);
+INSTANTIATE_TEST_SUITE_P(BothPaths, DiskAnalysis, BothAccessPaths(), PathName);
 
 TEST(DiskAnalysisDirect, CountThatCannotBePreparedChecksNothing) {
   RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);

@@ -156,12 +156,8 @@ TEST(SampleDiskStreams, ScriptWritesTheStreamsTheBuilderWrites) {
   EXPECT_TRUE(disk.ReadFile("streams/7.ts") == MakeStream(inside));
 }
 
-INSTANTIATE_TEST_SUITE_P(BothPaths, SampleDisk,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
-                         analysis_e2e::PathName);
+INSTANTIATE_TEST_SUITE_P(BothPaths, SampleDisk, BothAccessPaths(), PathName);
 
-INSTANTIATE_TEST_SUITE_P(BothPaths, DiskAnalysisTools,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
-                         analysis_e2e::PathName);
+INSTANTIATE_TEST_SUITE_P(BothPaths, DiskAnalysisTools, BothAccessPaths(), PathName);
 
 }  // namespace

@@ -249,9 +249,7 @@ TEST_P(SplitEvents, GroupIdsWithQuotesAndOtherBytes) {
   EXPECT_EQ(Passing(odd) + "\n", r.out);
 }
 
-INSTANTIATE_TEST_SUITE_P(BothPaths, SplitEvents,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
-                         analysis_e2e::PathName);
+INSTANTIATE_TEST_SUITE_P(BothPaths, SplitEvents, BothAccessPaths(), PathName);
 
 TEST(SplitEventsDirect, StoreThatCannotBeOpenedReportsAndPrintsTheEmptyReport) {
   RecorderDisk disk(RecorderDisk::Store::kNone);

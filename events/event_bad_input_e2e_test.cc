@@ -18,8 +18,7 @@ class EventBadInput : public ::testing::TestWithParam<AccessPath> {
   RecorderDisk disk_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Paths, EventBadInput,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon), PathName);
+INSTANTIATE_TEST_SUITE_P(Paths, EventBadInput, BothAccessPaths(), PathName);
 
 TEST_P(EventBadInput, NullInEveryColumnReadsAsZeroAndIsWarnedOf) {
   disk_.Exec("insert into events (reid) values ('nulls');");

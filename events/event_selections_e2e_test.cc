@@ -19,8 +19,7 @@ class EventSelections : public ::testing::TestWithParam<AccessPath> {
   RecorderDisk disk_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Paths, EventSelections,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon), PathName);
+INSTANTIATE_TEST_SUITE_P(Paths, EventSelections, BothAccessPaths(), PathName);
 
 TEST_P(EventSelections, EmptyTablePrintsOnlyTheHeadings) {
   const RunResult r = Run({"-e", "-E", "-p", "-P", "-u"});

@@ -21,8 +21,7 @@ class EventTable : public ::testing::TestWithParam<AccessPath> {
   RecorderDisk disk_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Paths, EventTable,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon), PathName);
+INSTANTIATE_TEST_SUITE_P(Paths, EventTable, BothAccessPaths(), PathName);
 
 TEST_P(EventTable, EveryColumnOfARow) {
   EventRow plain{"plain"};
@@ -319,8 +318,7 @@ class ReExportHours : public EventTable {
   std::string thirtyText_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Paths, ReExportHours,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon), PathName);
+INSTANTIATE_TEST_SUITE_P(Paths, ReExportHours, BothAccessPaths(), PathName);
 
 TEST_P(ReExportHours, IntervalOfZeroIsDisabledForEveryEvent) {
   const RunResult r = Run({"-e"}, Config("--reexport-hours 0"));

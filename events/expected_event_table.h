@@ -45,9 +45,4 @@ inline std::string DefaultRow(const std::string& reid, bool bytes = false) {
          (bytes ? "          0" : "0.000") + "                    NA  \n";
 }
 
-// Names the instances of a test run on both access paths.
-inline std::string PathName(const ::testing::TestParamInfo<AccessPath>& info) {
-  return AccessPathName(info.param);
-}
-
 #endif  // EVENTS_EXPECTED_EVENT_TABLE_H_

@@ -82,8 +82,6 @@ TEST_P(ClosedOutput, ReaderStoppingEarlyWithSigpipeIgnoredRunsTheLaterOptions) {
   EXPECT_EQ(afterDeletingR1_, disk_.Dump());
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, ClosedOutput,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
-                         faults::PathName);
+INSTANTIATE_TEST_SUITE_P(Faults, ClosedOutput, BothAccessPaths(), PathName);
 
 }  // namespace

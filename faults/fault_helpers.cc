@@ -67,8 +67,4 @@ std::string SystemProgram(const std::string& name) {
   return "/usr/bin/" + name;
 }
 
-std::string PathName(const ::testing::TestParamInfo<AccessPath>& info) {
-  return AccessPathName(info.param);
-}
-
 }  // namespace faults

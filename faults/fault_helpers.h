@@ -53,9 +53,6 @@ std::string LinkFolder(const RecorderDisk& disk, const std::string& name,
 // Absolute path of a system program, looked up on the test's own PATH.
 std::string SystemProgram(const std::string& name);
 
-// Names the instances of a test run on both access paths.
-std::string PathName(const ::testing::TestParamInfo<AccessPath>& info);
-
 }  // namespace faults
 
 #endif  // FAULTS_FAULT_HELPERS_H_

@@ -62,8 +62,6 @@ TEST_P(HostileRows, DeeplyNestedAnswersAreRead) {
   EXPECT_EQ(0, r.status);
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, HostileRows,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
-                         faults::PathName);
+INSTANTIATE_TEST_SUITE_P(Faults, HostileRows, BothAccessPaths(), PathName);
 
 }  // namespace

@@ -127,8 +127,6 @@ TEST_P(LockedStore, TheStoreIsUsableAgainOnceTheWriterIsDone) {
   EXPECT_EQ(0, r.status);
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, LockedStore,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
-                         faults::PathName);
+INSTANTIATE_TEST_SUITE_P(Faults, LockedStore, BothAccessPaths(), PathName);
 
 }  // namespace

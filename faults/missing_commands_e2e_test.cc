@@ -103,8 +103,6 @@ TEST_P(MissingCommands, WithoutRmTheExtractedFilesStay) {
   EXPECT_EQ(before_, disk_.Dump());
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, MissingCommands,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
-                         faults::PathName);
+INSTANTIATE_TEST_SUITE_P(Faults, MissingCommands, BothAccessPaths(), PathName);
 
 }  // namespace

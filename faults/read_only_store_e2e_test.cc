@@ -82,8 +82,6 @@ TEST_P(ReadOnlyStore, StoreTheUserMayNotWriteIsListedButNotDeletedFrom) {
   EXPECT_EQ(before_, disk_.Dump());
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, ReadOnlyStore,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
-                         faults::PathName);
+INSTANTIATE_TEST_SUITE_P(Faults, ReadOnlyStore, BothAccessPaths(), PathName);
 
 }  // namespace

@@ -74,8 +74,6 @@ TEST_P(ReplacedStore, DeletionAfterTheStoreWasReplaced) {
   EXPECT_EQ(Garbage(), disk_.ReadFile("streammgr/stream.db"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, ReplacedStore,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
-                         faults::PathName);
+INSTANTIATE_TEST_SUITE_P(Faults, ReplacedStore, BothAccessPaths(), PathName);
 
 }  // namespace

@@ -45,9 +45,7 @@ TEST_P(SlowConfig, GarbledAnswersShowNotAvailable) {
   EXPECT_EQ(0, r.status);
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, SlowConfig,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
-                         faults::PathName);
+INSTANTIATE_TEST_SUITE_P(Faults, SlowConfig, BothAccessPaths(), PathName);
 
 // The client waits 30 s for the settings; an answer later than that counts as
 // none. One event keeps the wait to one time-out.

@@ -289,10 +289,6 @@ TEST_P(FilesBadInput, RowThatFailsWhileStepping) {
   EXPECT_EQ(0, r.status);
 }
 
-INSTANTIATE_TEST_SUITE_P(BothPaths, FilesBadInput,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
-                         [](const ::testing::TestParamInfo<AccessPath>& info) {
-                           return AccessPathName(info.param);
-                         });
+INSTANTIATE_TEST_SUITE_P(BothPaths, FilesBadInput, BothAccessPaths(), PathName);
 
 }  // namespace

@@ -207,10 +207,6 @@ TEST_P(FilesTable, LimitWithFewerRowsShowsThemAll) {
   ExpectListing({"-f", "kl"}, Listing({kRow1, kRow2, kRow200}));
 }
 
-INSTANTIATE_TEST_SUITE_P(BothPaths, FilesTable,
-                         ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
-                         [](const ::testing::TestParamInfo<AccessPath>& info) {
-                           return AccessPathName(info.param);
-                         });
+INSTANTIATE_TEST_SUITE_P(BothPaths, FilesTable, BothAccessPaths(), PathName);
 
 }  // namespace

@@ -545,11 +545,7 @@ TEST_P(EventDeletionOfThree, AllEvents) {
   ExpectRequests(kAllEventsRequest + DeleteRequests({"1", "2", "3"}));
 }
 
-std::string PathName(const ::testing::TestParamInfo<AccessPath>& info) {
-  return AccessPathName(info.param);
-}
-
-const auto kBothPaths = ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon);
+const auto kBothPaths = BothAccessPaths();
 INSTANTIATE_TEST_SUITE_P(BothPaths, EventDeletion, kBothPaths, PathName);
 INSTANTIATE_TEST_SUITE_P(BothPaths, EventDeletionOfNothing, kBothPaths, PathName);
 INSTANTIATE_TEST_SUITE_P(BothPaths, EventDeletionOfOne, kBothPaths, PathName);

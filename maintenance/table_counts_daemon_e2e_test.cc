@@ -73,8 +73,7 @@ TEST_P(TableCountsBothPaths, TwiceOnOneCommandLine) {
             Log(disk));
 }
 
-INSTANTIATE_TEST_SUITE_P(Paths, TableCountsBothPaths,
-                         testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
+INSTANTIATE_TEST_SUITE_P(Paths, TableCountsBothPaths, BothAccessPaths(),
                          testing::PrintToStringParamName());
 
 TEST(TableCountsDaemon, OneCountRequestPerTableInTheFilesOrder) {

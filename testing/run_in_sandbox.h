@@ -3,6 +3,8 @@
 #ifndef TESTING_RUN_IN_SANDBOX_H_
 #define TESTING_RUN_IN_SANDBOX_H_
 
+#include <gtest/gtest.h>
+
 #include <ostream>
 #include <string>
 #include <vector>
@@ -13,7 +15,7 @@ struct SandboxOptions {
   bool streamMgr = false;
   std::string streamMgrArgs;  // e.g. "--log /mnt/hd/requests.log"
   bool configMp = false;
-  std::string configMpArgs;  // e.g. "--reexport-hours 24"
+  std::string configMpArgs;              // e.g. "--reexport-hours 24"
   std::vector<std::string> environment;  // extra NAME=VALUE entries
   std::string input;                     // fed to standard input
   bool unprivileged = false;             // run the sandbox as user nobody
@@ -31,6 +33,14 @@ enum class AccessPath { kDirect, kDaemon };
 const char* AccessPathName(AccessPath path);
 // Lets GoogleTest name parameterised cases by their access path.
 inline void PrintTo(AccessPath path, std::ostream* out) { *out << AccessPathName(path); }
+// Both access paths, and the names of their instances, for tests that run
+// on each: INSTANTIATE_TEST_SUITE_P(Prefix, Suite, BothAccessPaths(), PathName).
+inline auto BothAccessPaths() {
+  return ::testing::Values(AccessPath::kDirect, AccessPath::kDaemon);
+}
+inline std::string PathName(const ::testing::TestParamInfo<AccessPath>& info) {
+  return AccessPathName(info.param);
+}
 
 // Runs `command` (first word looked up on the sandbox's PATH) with TZ=UTC.
 RunResult RunInSandbox(const RecorderDisk& disk, const std::vector<std::string>& command,

@@ -89,11 +89,7 @@ TEST_P(ConfigMpReached, SameListingWhetherTheServiceAnswersSlowlyOrAtOnce) {
   EXPECT_EQ(quick.err, slow.err);
 }
 
-INSTANTIATE_TEST_SUITE_P(BothPaths, ConfigMpReached,
-                         testing::Values(AccessPath::kDirect, AccessPath::kDaemon),
-                         [](const testing::TestParamInfo<AccessPath>& info) {
-                           return std::string(AccessPathName(info.param));
-                         });
+INSTANTIATE_TEST_SUITE_P(BothPaths, ConfigMpReached, BothAccessPaths(), PathName);
 
 TEST(ConfigMpProgram, EndsWithStatusZeroOnSigtermAndRemovesItsEndpoint) {
   RecorderDisk disk;
