@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include "events/expected_event_table.h"
 #include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
@@ -136,6 +137,20 @@ TEST(StartUp, HelpAfterFailedOpenMakesExitStatusZero) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
   const RunResult r = RunDb(disk, {"-t", "-h"});
   EXPECT_EQ(std::string(kEmptyTablesReport) + ExpectedUsage("db", false), r.out);
+  EXPECT_EQ(0, r.status);
+}
+
+TEST(StartUp, HelpThenEventsAfterAFailedOpenListsAndExitsZero) {
+  RecorderDisk disk(RecorderDisk::Store::kNone);
+  const RunResult r = RunDb(disk, {"-h", "-e"});
+  EXPECT_EQ(ExpectedUsage("db", false) + kGibHeading, r.out);
+  EXPECT_EQ(
+      "error opening sqlite3\n"
+      "unable to prepare: select number, size from streamfilesmainunable to access database\n"
+      "unable to prepare: select * from events"
+      "unable to prepare: select count(*) from events where streamstate is NULL or totalfiles is "
+      "NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file stats\n",
+      r.err);
   EXPECT_EQ(0, r.status);
 }
 

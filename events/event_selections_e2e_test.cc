@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "events/expected_event_table.h"
+#include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -37,6 +38,23 @@ TEST_P(EventSelections, EventsListsEveryRowInStoreOrder) {
   const RunResult bytes = Run({"-E"});
   EXPECT_EQ(kBytesHeading + DefaultRow("b", true) + DefaultRow("a", true) + DefaultRow("c", true),
             bytes.out);
+}
+
+TEST_P(EventSelections, HelpThenEventsPrintsTheUsageThenTheListing) {
+  disk_.Exec(EventRow{"a"}.Insert());
+  const RunResult r = Run({"-h", "-e"});
+  EXPECT_EQ(ExpectedUsage("db", !Direct()) + kGibHeading + DefaultRow("a"), r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+TEST_P(EventSelections, EventsTwiceListsTwice) {
+  disk_.Exec(EventRow{"a"}.Insert() + EventRow{"b"}.Insert());
+  const RunResult r = Run({"-e", "-e"});
+  const std::string listing = kGibHeading + DefaultRow("a") + DefaultRow("b");
+  EXPECT_EQ(listing + listing, r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
 }
 
 TEST_P(EventSelections, NullCriticalFieldIsWarnedOfAfterTheRows) {

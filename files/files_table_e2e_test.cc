@@ -116,6 +116,8 @@ TEST_P(FilesTable, EmptyArgumentListsWithTheRecordAsItIs) {
 // A second -f starts from what the first left.
 TEST_P(FilesTable, SecondOptionKeepsStreamAndFilterAndChangesTheSort) {
   ExpectListing({"-f", "s0f", "-f", "n"}, Listing({kRow5, kRow4}) + Listing({kRow4, kRow5}));
+  // A limit added later still lists stream 0's free files by start tick.
+  ExpectListing({"-f", "s0f", "-f", "l"}, Listing({kRow5, kRow4}) + Listing({kRow5, kRow4}));
 }
 
 TEST_P(FilesTable, CurrentIgnoresAnEarlierPattern) {
