@@ -1,12 +1,9 @@
 #include "events/metadata_files.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <tinyxml2.h>
-#include <unistd.h>
 
 #include <cctype>
-#include <cerrno>
 #include <cstdlib>
 #include <iostream>
 
@@ -92,37 +89,6 @@ bool AddStreamSegments(const tinyxml2::XMLElement& stream, int64_t& total) {
   return true;
 }
 
-// Loads the description file into `document`. The library's own loader
-// opens it as a C stream and seeks three times to learn its length; a
-// regular file is read here with one open, one status call and one read, and
-// the library parses exactly the bytes it would have read itself. Anything
-// else (a folder, a pipe) goes through the library's loader as ever.
-tinyxml2::XMLError LoadDescription(tinyxml2::XMLDocument& document, const std::string& path) {
-  const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (fd < 0) {
-    return document.LoadFile(path.c_str());
-  }
-  struct stat info;
-  if (fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) || info.st_size <= 0) {
-    close(fd);
-    return document.LoadFile(path.c_str());
-  }
-  std::string text(static_cast<size_t>(info.st_size), '\0');
-  size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t got = read(fd, &text[done], text.size() - done);
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) break;
-    done += static_cast<size_t>(got);
-  }
-  close(fd);
-  if (done != text.size()) {
-    // It changed while it was read: the library's loader reads it afresh.
-    return document.LoadFile(path.c_str());
-  }
-  return document.Parse(text.data(), text.size());
-}
-
 }  // namespace
 
 bool IsStaged(const std::string& path) { return IsStagedWith(path, Exists); }
@@ -149,7 +115,7 @@ int64_t EventSizeIn(const std::string& directory, const std::string& reid) {
   int64_t total = static_cast<int32_t>(static_cast<uint32_t>(data.st_size));
 
   tinyxml2::XMLDocument description;
-  if (LoadDescription(description, descriptionPath) != tinyxml2::XML_SUCCESS) {
+  if (description.LoadFile(descriptionPath.c_str()) != tinyxml2::XML_SUCCESS) {
     std::cerr << "Failed to load XML file: " << descriptionPath;
     return total;
   }
