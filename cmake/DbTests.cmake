@@ -24,6 +24,13 @@ function(db_add_test name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   target_link_libraries(${name} PRIVATE db_tool db_testing GTest::gtest GTest::gtest_main)
   if(registered)
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120 ENVIRONMENT "TZ=UTC")
+    # The label lets a run take the end-to-end tests alone: tools/ci/armhf
+    # runs them against the ARM build of db.
+    set(labels unit)
+    if(name MATCHES "_e2e_test")
+      set(labels e2e)
+    endif()
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
+                         PROPERTIES TIMEOUT 120 ENVIRONMENT "TZ=UTC" LABELS ${labels})
   endif()
 endfunction()

@@ -41,17 +41,25 @@ std::string Quote(const std::string& text) {
   return quoted + "'";
 }
 
-RecorderDisk::RecorderDisk(Store store) {
+std::string MakeTemporaryFolder(const std::string& name) {
   const char* tmp = std::getenv("TMPDIR");
-  std::string pattern = std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") + "/disk.XXXXXX";
+  std::string pattern =
+      std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") + "/" + name + ".XXXXXX";
   std::vector<char> buffer(pattern.begin(), pattern.end());
   buffer.push_back('\0');
   if (mkdtemp(buffer.data()) == nullptr) {
-    ADD_FAILURE() << "cannot make a temporary disk folder";
+    ADD_FAILURE() << "cannot make a temporary folder " << pattern;
+    return "";
+  }
+  chmod(buffer.data(), 0755);
+  return buffer.data();
+}
+
+RecorderDisk::RecorderDisk(Store store) {
+  path_ = MakeTemporaryFolder("disk");
+  if (path_.empty()) {
     return;
   }
-  path_ = buffer.data();
-  chmod(path_.c_str(), 0755);
   if (store == Store::kNone) {
     return;
   }
@@ -150,10 +158,10 @@ std::string EventRow::Insert() const {
          "officername, category, vehicle, flagged, background, totalfiles, groupId, part, "
          "totalparts, answers) values ("
       << Quote(reid) << ", " << state << ", " << splitState << ", 0, 0, 0, " << crCode1 << ", "
-      << crCode2 << ", " << startTick << ", " << startTime << ", " << exportTime << ", "
-      << stopTick << ", " << stopTime << ", '', 7, 'Officer', '', 'Unit 7', 0, " << background
-      << ", " << totalFiles << ", " << Quote(groupId) << ", " << part << ", " << totalParts
-      << ", " << (answers.empty() ? "NULL" : Quote(answers)) << ");\n";
+      << crCode2 << ", " << startTick << ", " << startTime << ", " << exportTime << ", " << stopTick
+      << ", " << stopTime << ", '', 7, 'Officer', '', 'Unit 7', 0, " << background << ", "
+      << totalFiles << ", " << Quote(groupId) << ", " << part << ", " << totalParts << ", "
+      << (answers.empty() ? "NULL" : Quote(answers)) << ");\n";
   return sql.str();
 }
 
@@ -161,8 +169,8 @@ std::string FileRow::Insert() const {
   std::ostringstream sql;
   sql << "insert into streamfiles (number, stream, state, starttick, stoptick, starttime, "
          "stoptime, previous, next, size, type) values ("
-      << number << ", " << stream << ", " << state << ", " << startTick << ", " << stopTick
-      << ", " << startTime << ", " << stopTime << ", " << previous << ", " << next << ", "
-      << size << ", " << type << ");\n";
+      << number << ", " << stream << ", " << state << ", " << startTick << ", " << stopTick << ", "
+      << startTime << ", " << stopTime << ", " << previous << ", " << next << ", " << size << ", "
+      << type << ");\n";
   return sql.str();
 }

@@ -8,7 +8,9 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
+#include <fstream>
 
 extern char** environ;
 
@@ -19,13 +21,55 @@ extern char** environ;
 #error "DB_SANDBOX must name tools/recorder-sandbox"
 #endif
 
-std::string BinDir() { return DB_BIN_DIR; }
+std::string BinDir() {
+  // A run of the end-to-end suite against another build of db (the ARM
+  // build under an emulator) names a folder that holds that db beside the
+  // host's stand-ins.
+  const char* other = std::getenv("DB_TEST_BIN_DIR");
+  return other != nullptr && *other != '\0' ? other : DB_BIN_DIR;
+}
 
 const char* AccessPathName(AccessPath path) {
   return path == AccessPath::kDirect ? "Direct" : "Daemon";
 }
 
 namespace {
+
+// The sandbox script and the programs, where the unprivileged user can reach
+// them: a checkout may lie in a folder that only its owner may enter (root's
+// home is 0700), so they are copied once per test program into a folder of
+// their own that everyone may read. Removed when the test program ends.
+class WorldReadableTools {
+ public:
+  WorldReadableTools() : folder_(MakeTemporaryFolder("db-tools")) {
+    if (folder_.empty()) return;
+    // cp keeps the programs' modes; -L copies what links point at.
+    const std::string copy = "cp -RL '" + BinDir() + "' '" + folder_ + "/bin' && cp '" +
+                             DB_SANDBOX + "' '" + folder_ +
+                             "/recorder-sandbox' && chmod -R a+rX '" + folder_ + "'";
+    if (std::system(copy.c_str()) != 0) {
+      ADD_FAILURE() << "cannot copy the programs for the unprivileged user: " << copy;
+    }
+  }
+  ~WorldReadableTools() {
+    if (!folder_.empty()) {
+      const std::string remove = "rm -rf '" + folder_ + "'";
+      if (std::system(remove.c_str()) != 0) {
+        // Nothing to do about it but leave the folder behind.
+      }
+    }
+  }
+  std::string Sandbox() const { return folder_ + "/recorder-sandbox"; }
+  std::string Bin() const { return folder_ + "/bin"; }
+
+ private:
+  std::string folder_;
+};
+
+const WorldReadableTools& UnprivilegedTools() {
+  static const WorldReadableTools tools;
+  return tools;
+}
 
 std::vector<std::string> SandboxCommand(const RecorderDisk& disk,
                                         const std::vector<std::string>& command,
@@ -34,9 +78,11 @@ std::vector<std::string> SandboxCommand(const RecorderDisk& disk,
   if (options.unprivileged) {
     // Without root the sandbox maps the caller to root in a user namespace of
     // its own, which grants nothing over files of other users.
-    argv = {"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
+    argv = {"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups",
+            UnprivilegedTools().Sandbox()};
+  } else {
+    argv.push_back(DB_SANDBOX);
   }
-  argv.push_back(DB_SANDBOX);
   if (options.streamMgr) {
     argv.push_back("--streammgr=" + options.streamMgrArgs);
   }
@@ -57,7 +103,8 @@ std::vector<std::string> Environment(const SandboxOptions& options) {
     }
   }
   env.push_back("TZ=UTC");
-  env.push_back(std::string("RECORDER_BIN_DIR=") + DB_BIN_DIR);
+  env.push_back("RECORDER_BIN_DIR=" +
+                (options.unprivileged ? UnprivilegedTools().Bin() : BinDir()));
   env.insert(env.end(), options.environment.begin(), options.environment.end());
   return env;
 }
