@@ -258,6 +258,53 @@ TEST_P(HostileDisk, OddDescriptionFileCannotBeLoaded) {
   }
 }
 
+// The store itself is a FIFO, a dangling link, or a link to a store outside
+// the disk (which the sandbox hides): it cannot be opened, nothing is created
+// through the link, and the outside store keeps its rows.
+TEST_P(HostileDisk, OddStoreCannotBeOpened) {
+  const bool direct = std::get<0>(GetParam()) == AccessPath::kDirect;
+  const std::string outside = tmpCanary_.File() + ".db";
+  ASSERT_EQ(0, std::system(("cp '" + disk_.StorePath() + "' '" + outside + "'").c_str()));
+  const std::string kept = disk_.Dump();
+  struct Case {
+    const char* name;
+    int status;
+  };
+  for (const Case& odd : {Case{"fifo", 1}, Case{"dangling", 14}, Case{"outside", 14}}) {
+    SCOPED_TRACE(odd.name);
+    unlink(disk_.StorePath().c_str());
+    if (std::string(odd.name) == "fifo") {
+      mkfifo(disk_.StorePath().c_str(), 0666);
+    } else {
+      symlink(odd.name == std::string("dangling") ? "no-such-store" : outside.c_str(),
+              disk_.StorePath().c_str());
+    }
+    const std::string files = DiskFiles(disk_);
+    const RunResult r = Db({"-t", "-d", "r1"});
+    EXPECT_EQ(
+        "\n"
+        "Table Name    Entries\n"
+        "============  =======\n"
+        "\n",
+        r.out);
+    EXPECT_EQ(std::string("error opening sqlite3\n") +
+                  (direct ? "unable to prepare: select number, size from streamfiles"
+                            "mainunable to access database\n"
+                          : "") +
+                  "unable to prepare: select tbl_name from sqlite_master where type='table'" +
+                  (direct ? "unable to prepare: select count(*) from events where reid='r1' or "
+                            "groupId='r1'stmt Error: 21  sql='select count(*) from events where "
+                            "reid='r1' or groupId='r1''\n"
+                          : "  Event or groupId not found: r1\n"),
+              r.err);
+    EXPECT_EQ(odd.status, r.status);
+    EXPECT_EQ(files, DiskFiles(disk_));
+  }
+  unlink(disk_.StorePath().c_str());
+  ASSERT_EQ(0, std::system(("cp '" + outside + "' '" + disk_.StorePath() + "'").c_str()));
+  EXPECT_EQ(kept, disk_.Dump());
+}
+
 INSTANTIATE_TEST_SUITE_P(Hostile, HostileDisk,
                          ::testing::Combine(BothAccessPaths(), ::testing::Bool()),
                          [](const ::testing::TestParamInfo<Param>& info) {
