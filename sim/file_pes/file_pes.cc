@@ -90,9 +90,10 @@ bool Scan(std::FILE* file, SplitPointScanner& scanner, std::ostream& out) {
 }  // namespace
 
 int AnalyzeStreamFile(const char* path, std::ostream& out) {
-  // Only a regular file is read: opening a FIFO would wait for ever.
+  // A FIFO, socket or device is refused before the open, which could wait for
+  // ever; a folder fails the open by itself.
   struct stat info;
-  if (stat(path, &info) == 0 && !S_ISREG(info.st_mode)) {
+  if (stat(path, &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) {
     out << "FAIL cannot read " << path << ": not a regular file\n";
     return 1;
   }
