@@ -1,9 +1,12 @@
 #include "events/metadata_files.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <tinyxml2.h>
+#include <unistd.h>
 
 #include <cctype>
+#include <cstdio>
 #include <cstdlib>
 #include <iostream>
 
@@ -14,6 +17,30 @@ namespace {
 bool Exists(const std::string& path) {
   struct stat info;
   return stat(path.c_str(), &info) == 0;
+}
+
+// Opens a description file for the XML loader, or gives null when it cannot
+// be read as one. Only a regular file (or a link to one) will do: opening a
+// FIFO would wait for a writer for ever, and a socket, device or folder holds
+// no description.
+std::FILE* OpenDescription(const std::string& path) {
+  struct stat info;
+  if (stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
+    return nullptr;
+  }
+  // Non-blocking, in case a FIFO took the file's place since the stat.
+  const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (descriptor < 0) {
+    return nullptr;
+  }
+  std::FILE* file = nullptr;
+  if (fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode)) {
+    file = fdopen(descriptor, "rb");
+  }
+  if (file == nullptr) {
+    close(descriptor);
+  }
+  return file;
 }
 
 // Differences wrap in 32 bits as the recorder computes them, so a stop before
@@ -115,7 +142,12 @@ int64_t EventSizeIn(const std::string& directory, const std::string& reid) {
   int64_t total = static_cast<int32_t>(static_cast<uint32_t>(data.st_size));
 
   tinyxml2::XMLDocument description;
-  if (description.LoadFile(descriptionPath.c_str()) != tinyxml2::XML_SUCCESS) {
+  std::FILE* file = OpenDescription(descriptionPath);
+  const bool loaded = file != nullptr && description.LoadFile(file) == tinyxml2::XML_SUCCESS;
+  if (file != nullptr) {
+    std::fclose(file);
+  }
+  if (!loaded) {
     std::cerr << "Failed to load XML file: " << descriptionPath;
     return total;
   }

@@ -1,5 +1,7 @@
 #include "sim/file_pes/file_pes.h"
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
@@ -88,6 +90,13 @@ bool Scan(std::FILE* file, SplitPointScanner& scanner, std::ostream& out) {
 }  // namespace
 
 int AnalyzeStreamFile(const char* path, std::ostream& out) {
+  // A FIFO, socket or device is refused before the open, which could wait for
+  // ever; a folder fails the open by itself.
+  struct stat info;
+  if (stat(path, &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) {
+    out << "FAIL cannot read " << path << ": not a regular file\n";
+    return 1;
+  }
   std::FILE* file = std::fopen(path, "rb");
   if (file == nullptr) {
     out << "FAIL cannot read " << path << ": " << std::strerror(errno) << "\n";

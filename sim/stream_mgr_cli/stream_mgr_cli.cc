@@ -1,7 +1,10 @@
 #include "sim/stream_mgr_cli/stream_mgr_cli.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <vector>
 
@@ -28,39 +31,120 @@ bool IsNumber(const std::string& text) {
   return true;
 }
 
-// Copies `from` to `to`; false with `error` set when either cannot be used.
-bool Copy(const std::string& from, const std::string& to, std::string& error) {
-  std::FILE* in = std::fopen(from.c_str(), "rb");
-  if (in == nullptr) {
-    error = from + ": " + std::strerror(errno);
+// Opens stream file `path` for reading. Only a regular file (a link to one
+// included) will do: opening a FIFO would wait for a writer for ever, and a
+// device or a folder holds no recording.
+int OpenStream(const std::string& path, std::string& error) {
+  struct stat info;
+  if (stat(path.c_str(), &info) != 0) {
+    error = path + ": " + std::strerror(errno);
+    return -1;
+  }
+  if (!S_ISREG(info.st_mode)) {
+    error = path + ": not a regular file";
+    return -1;
+  }
+  // Non-blocking, in case a FIFO took the file's place since the stat.
+  const int in = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (in < 0) {
+    error = path + ": " + std::strerror(errno);
+    return -1;
+  }
+  if (fstat(in, &info) != 0 || !S_ISREG(info.st_mode)) {
+    error = path + ": not a regular file";
+    close(in);
+    return -1;
+  }
+  return in;
+}
+
+const char* KindOf(mode_t mode) {
+  if (S_ISLNK(mode)) return "link";
+  if (S_ISFIFO(mode)) return "FIFO";
+  if (S_ISSOCK(mode)) return "socket";
+  if (S_ISCHR(mode) || S_ISBLK(mode)) return "device node";
+  return "file";
+}
+
+// Makes way for the copy at `to`. Whatever is there goes: a file (even one
+// hard-linked to another name on the disk) loses this name only, and a link
+// is removed, never followed, so what it points to stays as it was. A folder
+// is left alone and stops the extraction.
+bool MakeWay(const std::string& to, std::ostream& err, std::string& error) {
+  struct stat info;
+  if (lstat(to.c_str(), &info) != 0) {
+    if (errno == ENOENT) return true;
+    error = to + ": " + std::strerror(errno);
     return false;
   }
-  std::FILE* out = std::fopen(to.c_str(), "wb");
-  if (out == nullptr) {
-    error = to + ": " + std::strerror(errno);
-    std::fclose(in);
+  if (S_ISDIR(info.st_mode)) {
+    error = to + ": " + std::strerror(EISDIR);
     return false;
+  }
+  if (!S_ISREG(info.st_mode)) {
+    err << "StreamMgrCli: " << to << " is a " << KindOf(info.st_mode)
+        << "; replacing it, not what it points to\n";
+  }
+  if (unlink(to.c_str()) != 0) {
+    error = to + ": " + std::strerror(errno);
+    return false;
+  }
+  return true;
+}
+
+// Copies all of `in` to `out`, in the kernel where it can.
+bool CopyData(int in, int out) {
+  for (;;) {
+    const ssize_t n = copy_file_range(in, nullptr, out, nullptr, size_t{1} << 30, 0);
+    if (n == 0) return true;
+    if (n > 0) continue;
+    if (errno == EINTR) continue;
+    if (errno != EXDEV && errno != ENOSYS && errno != EINVAL && errno != EOPNOTSUPP) {
+      return false;
+    }
+    break;  // not between these two files: copy through a buffer
   }
   std::vector<char> buffer(1 << 16);
-  bool ok = true;
-  for (size_t n; (n = std::fread(buffer.data(), 1, buffer.size(), in)) > 0;) {
-    if (std::fwrite(buffer.data(), 1, n, out) != n) {
-      error = to + ": " + std::strerror(errno);
-      ok = false;
-      break;
+  for (;;) {
+    const ssize_t n = read(in, buffer.data(), buffer.size());
+    if (n == 0) return true;
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    for (ssize_t done = 0; done < n;) {
+      const ssize_t w = write(out, buffer.data() + done, static_cast<size_t>(n - done));
+      if (w < 0 && errno != EINTR) return false;
+      if (w > 0) done += w;
     }
   }
-  if (ok && std::ferror(in)) {
-    error = from + ": " + std::strerror(errno);
-    ok = false;
+}
+
+// Copies `from` to a new file `to`; false with `error` set when either cannot
+// be used. The copy is created, never opened through a link.
+bool Copy(const std::string& from, const std::string& to, std::ostream& err, std::string& error) {
+  const int in = OpenStream(from, error);
+  if (in < 0) return false;
+  if (!MakeWay(to, err, error)) {
+    close(in);
+    return false;
   }
-  std::fclose(in);
-  if (std::fclose(out) != 0 && ok) {
+  const int out =
+      open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC, 0666);
+  if (out < 0) {
+    error = to + ": " + std::strerror(errno);
+    close(in);
+    return false;
+  }
+  bool ok = CopyData(in, out);
+  if (!ok) error = to + ": " + std::strerror(errno);
+  close(in);
+  if (close(out) != 0 && ok) {
     error = to + ": " + std::strerror(errno);
     ok = false;
   }
   if (!ok) {
-    std::remove(to.c_str());  // leave no half copy behind
+    unlink(to.c_str());  // leave no half copy behind
   }
   return ok;
 }
@@ -75,7 +159,7 @@ int ExtractStreamFile(const std::string& disk, const std::string& number, std::o
   }
   const std::string target = disk + "/" + number + ".ts";
   std::string error;
-  if (!Copy(disk + "/streams/" + number + ".ts", target, error)) {
+  if (!Copy(disk + "/streams/" + number + ".ts", target, err, error)) {
     err << "StreamMgrCli: cannot extract stream file " << number << ": " << error << "\n";
     return 1;
   }

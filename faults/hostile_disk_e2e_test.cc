@@ -1,0 +1,315 @@
+// A disk from the field is untrusted: links, FIFOs, sockets and folders where
+// the tool and the recorder's commands expect files. Every run ends in time
+// with the tool's messages, nothing outside the disk changes, and the disk
+// keeps all it held but what the command was asked to change.
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <string>
+#include <tuple>
+
+#include "events/expected_event_table.h"
+#include "sim/file_pes/ts_builder.h"
+#include "testing/recorder_disk.h"
+#include "testing/run_in_sandbox.h"
+
+namespace {
+
+constexpr int kBoundSeconds = 20;
+const char kCanaryText[] = "canary: left alone\n";
+
+// A host folder outside the disk with one file in it, removed at the end.
+class Canary {
+ public:
+  explicit Canary(const std::string& parent) {
+    std::string pattern = parent + "/hostile-canary.XXXXXX";
+    if (mkdtemp(&pattern[0]) == nullptr) {
+      ADD_FAILURE() << "cannot make a canary folder below " << parent;
+      return;
+    }
+    folder_ = pattern;
+    chmod(folder_.c_str(), 0777);
+    FILE* file = std::fopen(File().c_str(), "w");
+    if (file != nullptr) {
+      std::fputs(kCanaryText, file);
+      std::fclose(file);
+    }
+    chmod(File().c_str(), 0666);
+  }
+  ~Canary() {
+    if (!folder_.empty()) std::system(("rm -rf '" + folder_ + "'").c_str());
+  }
+  std::string File() const { return folder_ + "/victim"; }
+  // What the folder holds: only the file, as it was.
+  std::string State() const {
+    std::string listing;
+    const std::string command = "cd '" + folder_ + "' && ls -A && cat victim";
+    FILE* pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr) return "<unreadable>";
+    char buffer[256];
+    for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) listing.append(buffer, n);
+    pclose(pipe);
+    return listing;
+  }
+
+ private:
+  std::string folder_;
+};
+
+std::string StagedRow(const std::string& reid) {
+  std::string row = DefaultRow(reid);
+  row.replace(row.rfind("N  0.000"), 1, "Y");
+  return row;
+}
+
+// A socket file at `path` (nothing listens on it once made).
+void MakeSocket(const std::string& path) {
+  const int s = socket(AF_UNIX, SOCK_STREAM, 0);
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  if (bind(s, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    ADD_FAILURE() << "cannot make a socket at " << path;
+  }
+  close(s);
+}
+
+// What is put in the way of a file: `target` names a link's target, or a
+// canary for the absolute links (filled in by the test).
+enum class Odd { kFifo, kSocket, kFolder, kDangling, kLooping, kLinkToFolder };
+
+void MakeOdd(Odd odd, const std::string& path) {
+  unlink(path.c_str());
+  switch (odd) {
+    case Odd::kFifo:
+      mkfifo(path.c_str(), 0666);
+      break;
+    case Odd::kSocket:
+      MakeSocket(path);
+      break;
+    case Odd::kFolder:
+      mkdir(path.c_str(), 0777);
+      break;
+    case Odd::kDangling:
+      symlink("no-such-file", path.c_str());
+      break;
+    case Odd::kLooping:
+      symlink(path.substr(path.rfind('/') + 1).c_str(), path.c_str());
+      break;
+    case Odd::kLinkToFolder:
+      symlink("/usr", path.c_str());
+      break;
+  }
+}
+
+// Everything on the disk below the store: names, kinds and file contents.
+std::string DiskFiles(const RecorderDisk& disk) {
+  std::string listing;
+  const std::string command = "cd '" + disk.Path() +
+                              "' && find . -path ./streammgr -prune -o -printf '%p %y %l\\n' | "
+                              "sort && find . -type f ! -path './streammgr/*' -exec md5sum {} + | "
+                              "sort";
+  FILE* pipe = popen(command.c_str(), "r");
+  if (pipe == nullptr) return "<unreadable>";
+  char buffer[4096];
+  for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) listing.append(buffer, n);
+  pclose(pipe);
+  return listing;
+}
+
+using Param = std::tuple<AccessPath, bool>;
+
+class HostileDisk : public ::testing::TestWithParam<Param> {
+ protected:
+  void SetUp() override {
+    disk_.Exec(EventRow("r1").Insert() + FileRow().Insert());
+    disk_.WriteFile("streams/1.ts", MakeStream(StreamShape()));
+    disk_.WriteFile("connectionmgr/r1.xml", "<recording-event/>");
+    disk_.WriteFile("connectionmgr/r1.mtd", "");
+    // The unprivileged user maps to root in a namespace of its own, which
+    // owns nothing of the disk; it writes where anyone may.
+    std::system(("chmod -R a+rwX '" + disk_.Path() + "'").c_str());
+  }
+  SandboxOptions Options() const {
+    SandboxOptions options;
+    options.unprivileged = std::get<1>(GetParam());
+    options.timeoutSeconds = kBoundSeconds + 10;
+    return options;
+  }
+  std::string At(const std::string& relative) const { return disk_.Path() + "/" + relative; }
+  // Runs db and checks that it ended within the bound.
+  RunResult Db(const std::vector<std::string>& args) {
+    const auto start = std::chrono::steady_clock::now();
+    RunResult r = RunDb(disk_, std::get<0>(GetParam()), args, Options());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(kBoundSeconds));
+    return r;
+  }
+  // Checks that neither canary nor the disk changed beyond `files`.
+  void ExpectUnchanged(const std::string& store, const std::string& files) {
+    EXPECT_EQ(std::string("victim\n") + kCanaryText, tmpCanary_.State());
+    EXPECT_EQ(std::string("victim\n") + kCanaryText, visibleCanary_.State());
+    EXPECT_EQ(store, disk_.Dump());
+    EXPECT_EQ(files, DiskFiles(disk_));
+  }
+
+  RecorderDisk disk_;
+  // One canary below the host's /tmp, which the sandbox hides, one beside the
+  // built programs, which it shows read-only.
+  Canary tmpCanary_{"/tmp"};
+  Canary visibleCanary_{BinDir() + "/.."};
+};
+
+const char kAnalysisPassed[] =
+    "File count = 1\n"
+    " Checking 1.ts:  extracting.../mnt/hd/1.ts  checking...PASS\n"
+    "\n";
+
+// Links at /mnt/hd/1.ts, where the extraction writes: the link is replaced,
+// never written through, and db's clean-up removes the copy.
+TEST_P(HostileDisk, ExtractionReplacesALinkInsteadOfWritingThroughIt) {
+  const std::string store = disk_.Dump();
+  const std::string files = DiskFiles(disk_);
+  const std::string targets[] = {tmpCanary_.File(),
+                                 visibleCanary_.File(),
+                                 "streammgr/stream.db",
+                                 "streams/1.ts",
+                                 "/usr",
+                                 "connectionmgr",
+                                 "no-such-file",
+                                 "1.ts"};
+  for (const std::string& target : targets) {
+    SCOPED_TRACE(target);
+    ASSERT_EQ(0, symlink(target.c_str(), At("1.ts").c_str()));
+    const RunResult r = Db({"-a", "d"});
+    EXPECT_EQ(kAnalysisPassed, r.out);
+    EXPECT_EQ("StreamMgrCli: /mnt/hd/1.ts is a link; replacing it, not what it points to\n", r.err);
+    EXPECT_EQ(0, r.status);
+    ExpectUnchanged(store, files);
+  }
+}
+
+// A hard link to the store or to the stream file itself at /mnt/hd/1.ts:
+// the extraction takes the name, not the file behind it.
+TEST_P(HostileDisk, ExtractionDoesNotWriteIntoAHardLinkedFile) {
+  const std::string store = disk_.Dump();
+  const std::string files = DiskFiles(disk_);
+  for (const char* target : {"streammgr/stream.db", "streams/1.ts"}) {
+    SCOPED_TRACE(target);
+    ASSERT_EQ(0, link(At(target).c_str(), At("1.ts").c_str()));
+    const RunResult r = Db({"-a", "d"});
+    EXPECT_EQ(kAnalysisPassed, r.out);
+    EXPECT_EQ("", r.err);
+    EXPECT_EQ(0, r.status);
+    ExpectUnchanged(store, files);
+  }
+}
+
+// Odd things where the stream file to extract should be: StreamMgrCli
+// cannot read it, names no copy, and db prints nothing after the heading.
+TEST_P(HostileDisk, OddStreamFileIsNotExtracted) {
+  const Odd odds[] = {Odd::kFifo,     Odd::kSocket,  Odd::kFolder,
+                      Odd::kDangling, Odd::kLooping, Odd::kLinkToFolder};
+  const char* reasons[] = {"not a regular file",
+                           "not a regular file",
+                           "not a regular file",
+                           "No such file or directory",
+                           "Too many levels of symbolic links",
+                           "not a regular file"};
+  for (size_t i = 0; i < sizeof odds / sizeof odds[0]; ++i) {
+    SCOPED_TRACE(i);
+    std::system(("rm -rf '" + At("streams/1.ts") + "'").c_str());
+    MakeOdd(odds[i], At("streams/1.ts"));
+    const std::string store = disk_.Dump();
+    const std::string files = DiskFiles(disk_);
+    const RunResult r = Db({"-a", "d"});
+    EXPECT_EQ("File count = 1\n Checking 1.ts:  extracting...", r.out);
+    EXPECT_EQ(std::string("StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: ") +
+                  reasons[i] + "\n",
+              r.err);
+    EXPECT_EQ(0, r.status);
+    ExpectUnchanged(store, files);
+  }
+}
+
+// Odd things where the event's description file should be: the row shows
+// the staged event with the message for a file that cannot be loaded.
+TEST_P(HostileDisk, OddDescriptionFileCannotBeLoaded) {
+  const Odd odds[] = {Odd::kFifo,     Odd::kSocket,  Odd::kFolder,
+                      Odd::kDangling, Odd::kLooping, Odd::kLinkToFolder};
+  for (Odd odd : odds) {
+    SCOPED_TRACE(static_cast<int>(odd));
+    std::system(("rm -rf '" + At("connectionmgr/r1.xml") + "'").c_str());
+    MakeOdd(odd, At("connectionmgr/r1.xml"));
+    const bool dangles = odd == Odd::kDangling || odd == Odd::kLooping;
+    const std::string store = disk_.Dump();
+    const std::string files = DiskFiles(disk_);
+    const RunResult r = Db({"-e"});
+    // A link that leads nowhere does not exist as far as stat knows: the
+    // event is not staged and the file is never opened.
+    EXPECT_EQ(kGibHeading + (dangles ? DefaultRow("r1") : StagedRow("r1")), r.out);
+    EXPECT_EQ(dangles ? "" : "Failed to load XML file: /mnt/hd/connectionmgr/r1.xml", r.err);
+    EXPECT_EQ(0, r.status);
+    ExpectUnchanged(store, files);
+  }
+}
+
+// The store itself is a FIFO, a dangling link, or a link to a store outside
+// the disk (which the sandbox hides): it cannot be opened, nothing is created
+// through the link, and the outside store keeps its rows.
+TEST_P(HostileDisk, OddStoreCannotBeOpened) {
+  const bool direct = std::get<0>(GetParam()) == AccessPath::kDirect;
+  const std::string outside = tmpCanary_.File() + ".db";
+  ASSERT_EQ(0, std::system(("cp '" + disk_.StorePath() + "' '" + outside + "'").c_str()));
+  const std::string kept = disk_.Dump();
+  struct Case {
+    const char* name;
+    int status;
+  };
+  for (const Case& odd : {Case{"fifo", 1}, Case{"dangling", 14}, Case{"outside", 14}}) {
+    SCOPED_TRACE(odd.name);
+    unlink(disk_.StorePath().c_str());
+    if (std::string(odd.name) == "fifo") {
+      mkfifo(disk_.StorePath().c_str(), 0666);
+    } else {
+      symlink(odd.name == std::string("dangling") ? "no-such-store" : outside.c_str(),
+              disk_.StorePath().c_str());
+    }
+    const std::string files = DiskFiles(disk_);
+    const RunResult r = Db({"-t", "-d", "r1"});
+    EXPECT_EQ(
+        "\n"
+        "Table Name    Entries\n"
+        "============  =======\n"
+        "\n",
+        r.out);
+    EXPECT_EQ(std::string("error opening sqlite3\n") +
+                  (direct ? "unable to prepare: select number, size from streamfiles"
+                            "mainunable to access database\n"
+                          : "") +
+                  "unable to prepare: select tbl_name from sqlite_master where type='table'" +
+                  (direct ? "unable to prepare: select count(*) from events where reid='r1' or "
+                            "groupId='r1'stmt Error: 21  sql='select count(*) from events where "
+                            "reid='r1' or groupId='r1''\n"
+                          : "  Event or groupId not found: r1\n"),
+              r.err);
+    EXPECT_EQ(odd.status, r.status);
+    EXPECT_EQ(files, DiskFiles(disk_));
+  }
+  unlink(disk_.StorePath().c_str());
+  ASSERT_EQ(0, std::system(("cp '" + outside + "' '" + disk_.StorePath() + "'").c_str()));
+  EXPECT_EQ(kept, disk_.Dump());
+}
+
+INSTANTIATE_TEST_SUITE_P(Hostile, HostileDisk,
+                         ::testing::Combine(BothAccessPaths(), ::testing::Bool()),
+                         [](const ::testing::TestParamInfo<Param>& info) {
+                           return std::string(AccessPathName(std::get<0>(info.param))) +
+                                  (std::get<1>(info.param) ? "Unprivileged" : "Root");
+                         });
+
+}  // namespace
