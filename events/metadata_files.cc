@@ -1,4 +1,5 @@
 #include "events/metadata_files.h"
+#include "recorder/recorder_places.h"
 
 #include <sys/stat.h>
 #include <tinyxml2.h>
@@ -7,7 +8,7 @@
 #include <cstdlib>
 #include <iostream>
 
-const char* const kMetadataDirectory = "/mnt/hd/connectionmgr/";
+const char* const kMetadataDirectory = Recorder::kMetadataFolder;
 
 namespace {
 

@@ -66,16 +66,4 @@ TEST_F(SQLStatementTest, FinalizingAfterFailedStepReportsLeak) {
   EXPECT_EQ("could not free statement, leaking memory\n", err_.str());
 }
 
-TEST_F(SQLStatementTest, EveryStatementHasASerialOfItsOwn) {
-  uint64_t previous = 0;
-  for (int i = 0; i < 3; ++i) {
-    // Each statement may well reuse the memory of the one before it.
-    SQLStatement statement(db_, "select a from t");
-    EXPECT_GT(statement.serial, previous);
-    previous = statement.serial;
-  }
-  SQLStatement failed(db_, "select nothing from nowhere");
-  EXPECT_GT(failed.serial, previous);
-}
-
 }  // namespace
