@@ -23,6 +23,9 @@ constexpr const char* kExtractCommand = "StreamMgrCli -x ";
 // Checks one stream file's packets and prints a line per finding.
 constexpr const char* kPacketCheckCommand = "filePes -a ";
 
+// The time-out, in milliseconds, of a request to the recorder's daemons.
+constexpr int kRequestTimeoutMs = 60000;
+
 }  // namespace Recorder
 
 #endif  // RECORDER_RECORDER_PLACES_H_
