@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "testing/recorder_disk.h"
+#include "testing/run_result.h"
 
 struct SandboxOptions {
   bool streamMgr = false;
