@@ -60,17 +60,18 @@ TEST_P(ReplacedStore, ListingAfterTheStoreWasReplaced) {
 
 TEST_P(ReplacedStore, DeletionAfterTheStoreWasReplaced) {
   const RunResult r = Run({"-s", "-d", "r1", "--deleteall"});
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ(Direct() ? ": error getting count of events to delete using "
-                       "'select count(*) from events where reid='r1' or groupId='r1''\n"
-                       "could not free statement, leaking memory\n"
-                       ": error getting count of events to delete using "
-                       "'select count(*) from events'\n"
-                       "could not free statement, leaking memory\n"
-                     : "  Event or groupId not found: r1\n"
-                       "  No events found...no action taken.\n",
-            r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"",
+                        Direct() ? ": error getting count of events to delete using "
+                                   // clang-format off
+                                   "'select count(*) from events where reid='r1' or groupId='r1''\n"
+                                   "could not free statement, leaking memory\n"
+                                   ": error getting count of events to delete using 'select count(*) from events'\n"
+                                   "could not free statement, leaking memory\n"
+                                   // clang-format on
+                                 : "  Event or groupId not found: r1\n"
+                                   "  No events found...no action taken.\n",
+                        0}),
+             r);
   EXPECT_EQ(Garbage(), disk_.ReadFile("streammgr/stream.db"));
 }
 

@@ -155,18 +155,14 @@ class EventDeletion : public DeletionTest, public ::testing::WithParamInterface<
 
 TEST_P(EventDeletion, OneEventById) {
   const RunResult r = Run({"-d", "42"});
-  EXPECT_EQ("  Successfully deleted 1 event:  id = 42\n", r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"  Successfully deleted 1 event:  id = 42\n", "", 0}), r);
   ExpectStoreWithout({"42"});
   ExpectRequests(EventsRequest("42") + DeleteRequests({"42"}));
 }
 
 TEST_P(EventDeletion, WholeGroupById) {
   const RunResult r = Run({"--delete", "G1"});
-  EXPECT_EQ("  Successfully deleted 3 events:  id = G1\n", r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"  Successfully deleted 3 events:  id = G1\n", "", 0}), r);
   ExpectStoreWithout({"G1-a", "G1-b", "G1-c"});
   ExpectRequests(EventsRequest("G1") + DeleteRequests({"G1-a", "G1-b", "G1-c"}));
 }
@@ -181,36 +177,34 @@ TEST_P(EventDeletion, OnePartOfAGroupByItsReid) {
 
 TEST_P(EventDeletion, NoMatchKeepsEverything) {
   const RunResult r = Run({"-d", "99"});
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ(
-      ByPath("  Event or groupId not found:  id = 99\n", "  Event or groupId not found: 99\n"),
-      r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"",
+                        ByPath("  Event or groupId not found:  id = 99\n",
+                               "  Event or groupId not found: 99\n"),
+                        0}),
+             r);
   ExpectStoreUnchanged();
   ExpectRequests(EventsRequest("99"));
 }
 
 TEST_P(EventDeletion, AllEvents) {
   const RunResult r = Run({"--deleteall"});
-  EXPECT_EQ(ByPath("  Successfully deleted all 5 events\n", "  Successfully deleted 5 events\n"),
-            r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{ByPath("  Successfully deleted all 5 events\n",
+                               "  Successfully deleted 5 events\n"),
+                        "", 0}),
+             r);
   ExpectStoreWithout({"42", "G1-a", "G1-b", "G1-c", "7"});
   ExpectRequests(kAllEventsRequest + DeleteRequests({"42", "G1-a", "G1-b", "G1-c", "7"}));
 }
 
 TEST_P(EventDeletion, HandlersGoOnWithTheNextOption) {
   const RunResult r = Run({"-d", "42", "-d", "42", "-d", "G1", "-t"});
-  EXPECT_EQ(
-      "  Successfully deleted 1 event:  id = 42\n"
-      "  Successfully deleted 3 events:  id = G1\n" +
-          TableCounts("   1"),
-      r.out);
-  EXPECT_EQ(
-      ByPath("  Event or groupId not found:  id = 42\n", "  Event or groupId not found: 42\n"),
-      r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"  Successfully deleted 1 event:  id = 42\n"
+                        "  Successfully deleted 3 events:  id = G1\n" +
+                            TableCounts("   1"),
+                        ByPath("  Event or groupId not found:  id = 42\n",
+                               "  Event or groupId not found: 42\n"),
+                        0}),
+             r);
   ExpectStoreWithout({"42", "G1-a", "G1-b", "G1-c"});
 }
 
@@ -242,9 +236,7 @@ TEST_P(EventDeletion, EmptyIdSelectsTheEventsOutsideAnyGroup) {
   // The id goes into the condition as typed, and an unsplit event has the
   // empty group id, so an empty id picks every unsplit event and no part.
   const RunResult r = Run({"-d", ""});
-  EXPECT_EQ("  Successfully deleted 2 events:  id = \n", r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"  Successfully deleted 2 events:  id = \n", "", 0}), r);
   ExpectStoreWithout({"42", "7"});
   ExpectRequests(EventsRequest("") + DeleteRequests({"42", "7"}));
 }
@@ -264,12 +256,12 @@ TEST_P(EventDeletion, VeryLongId) {
   disk_.Exec(Event(id).Insert());
   events_.push_back(Event(id));
   const RunResult r = Run({"-d", id, "-d", id + "X"});
-  EXPECT_EQ("  Successfully deleted 1 event:  id = " + id + "\n", r.out);
-  EXPECT_EQ(std::string(
-                ByPath("  Event or groupId not found:  id = ", "  Event or groupId not found: ")) +
-                id + "X\n",
-            r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"  Successfully deleted 1 event:  id = " + id + "\n",
+                        std::string(ByPath("  Event or groupId not found:  id = ",
+                                           "  Event or groupId not found: ")) +
+                            id + "X\n",
+                        0}),
+             r);
   ExpectStoreWithout({id});
   ExpectRequests(EventsRequest(id) + DeleteRequests({id}) + EventsRequest(id + "X"));
 }
@@ -421,9 +413,10 @@ TEST_P(EventDeletion, StoreLockedByAnotherWriterKeepsEveryRowAndStaysUsable) {
         "unable to prepare: select number, size from streamfilesmainunable to access database\n"
         "unable to prepare: " +
             count + "stmt Error: 5  sql='" + count +
+            // clang-format off
             "'\n"
-            "unable to prepare: select count(*) from eventsstmt Error: 5  sql='select count(*) "
-            "from events'\n",
+            "unable to prepare: select count(*) from eventsstmt Error: 5  sql='select count(*) from events'\n",
+            // clang-format on
         locked.err);
   }
   EXPECT_EQ(0, locked.status);
@@ -445,9 +438,10 @@ TEST_P(EventDeletion, StoreWithoutAnEventsTable) {
   EXPECT_EQ(Daemon() ? std::string("  Event or groupId not found: 42\n"
                                    "  No events found...no action taken.\n")
                      : "unable to prepare: " + count + "stmt Error: 1  sql='" + count +
+                           // clang-format off
                            "'\n"
-                           "unable to prepare: select count(*) from eventsstmt Error: 1  "
-                           "sql='select count(*) from events'\n",
+                           "unable to prepare: select count(*) from eventsstmt Error: 1  sql='select count(*) from events'\n",
+                           // clang-format on
             r.err);
   EXPECT_EQ(0, r.status);
   ExpectStoreUnchanged();
@@ -478,17 +472,20 @@ TEST_P(EventDeletion, EventsThatFailWhileCounted) {
       "create view events as select * from kept where abs(-9223372036854775807 - 1)");
   before_ = disk_.Dump();
   const RunResult r = Run({"-d", "42", "--deleteall"});
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ(ByPath(": error getting count of events to delete using 'select count(*) from events "
-                   "where reid='42' or groupId='42''\n"
-                   "could not free statement, leaking memory\n"
-                   ": error getting count of events to delete using 'select count(*) from "
-                   "events'\n"
-                   "could not free statement, leaking memory\n",
-                   "  Event or groupId not found: 42\n"
-                   "  No events found...no action taken.\n"),
-            r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(
+      (RunResult{
+          "",
+          ByPath(": error getting count of events to delete using 'select count(*) from events "
+                 // clang-format off
+                 "where reid='42' or groupId='42''\n"
+                 "could not free statement, leaking memory\n"
+                 ": error getting count of events to delete using 'select count(*) from events'\n"
+                 "could not free statement, leaking memory\n",
+                 // clang-format on
+                 "  Event or groupId not found: 42\n"
+                 "  No events found...no action taken.\n"),
+          0}),
+      r);
   ExpectStoreUnchanged();
 }
 
@@ -500,9 +497,7 @@ class EventDeletionOfNothing : public DeletionTest,
 
 TEST_P(EventDeletionOfNothing, AllOnAnEmptyTable) {
   const RunResult r = Run({"--deleteall"});
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ("  No events found...no action taken.\n", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"", "  No events found...no action taken.\n", 0}), r);
   ExpectStoreUnchanged();
   ExpectRequests(kAllEventsRequest);
 }
@@ -563,9 +558,7 @@ TEST_F(EventDeletionOverIpc, RefusedEventIsReportedAndKept) {
   SandboxOptions options;
   options.streamMgrArgs = "--refuse-delete G1-b";
   const RunResult r = Run({"-d", "G1"}, options);
-  EXPECT_EQ("  Successfully deleted 2 events:  id = G1\n", r.out);
-  EXPECT_EQ(Refused({"G1-b"}), r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"  Successfully deleted 2 events:  id = G1\n", Refused({"G1-b"}), 0}), r);
   ExpectStoreWithout({"G1-a", "G1-c"});
   ExpectRequests(EventsRequest("G1") + DeleteRequests({"G1-a", "G1-b", "G1-c"}));
 }
@@ -616,13 +609,12 @@ TEST_F(EventDeletionOverIpc, DaemonFailingEveryRequestDeletesNothing) {
   SandboxOptions options;
   options.streamMgrArgs = "--fail-requests";
   const RunResult r = Run({"-d", "G1", "--deleteall", "-d", "42"}, options);
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ(
-      "  Event or groupId not found: G1\n"
-      "  No events found...no action taken.\n"
-      "  Event or groupId not found: 42\n",
-      r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"",
+                        "  Event or groupId not found: G1\n"
+                        "  No events found...no action taken.\n"
+                        "  Event or groupId not found: 42\n",
+                        0}),
+             r);
   ExpectStoreUnchanged();
   // The store is still whole for a daemon that works.
   const RunResult after = RunDb(disk_, AccessPath::kDaemon, {"-d", "42"});

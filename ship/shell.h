@@ -5,11 +5,10 @@
 
 #include <string>
 
-struct ShellResult {
-  std::string out;  // standard output
-  std::string err;  // standard error
-  int status = -1;  // exit status, or 128 + signal
-};
+#include "testing/run_result.h"
+
+// The same record as a run in the sandbox, so that both compare alike.
+using ShellResult = RunResult;
 
 // Runs `command` with /bin/sh and waits for it.
 ShellResult RunShell(const std::string& command);

@@ -150,10 +150,10 @@ std::string EventRow::Insert() const {
          "officername, category, vehicle, flagged, background, totalfiles, groupId, part, "
          "totalparts, answers) values ("
       << Quote(reid) << ", " << state << ", " << splitState << ", 0, 0, 0, " << crCode1 << ", "
-      << crCode2 << ", " << startTick << ", " << startTime << ", " << exportTime << ", "
-      << stopTick << ", " << stopTime << ", '', 7, 'Officer', '', 'Unit 7', 0, " << background
-      << ", " << totalFiles << ", " << Quote(groupId) << ", " << part << ", " << totalParts
-      << ", " << (answers.empty() ? "NULL" : Quote(answers)) << ");\n";
+      << crCode2 << ", " << startTick << ", " << startTime << ", " << exportTime << ", " << stopTick
+      << ", " << stopTime << ", '', 7, 'Officer', '', 'Unit 7', 0, " << background << ", "
+      << totalFiles << ", " << Quote(groupId) << ", " << part << ", " << totalParts << ", "
+      << (answers.empty() ? "NULL" : Quote(answers)) << ");\n";
   return sql.str();
 }
 
@@ -161,8 +161,8 @@ std::string FileRow::Insert() const {
   std::ostringstream sql;
   sql << "insert into streamfiles (number, stream, state, starttick, stoptick, starttime, "
          "stoptime, previous, next, size, type) values ("
-      << number << ", " << stream << ", " << state << ", " << startTick << ", " << stopTick
-      << ", " << startTime << ", " << stopTime << ", " << previous << ", " << next << ", "
-      << size << ", " << type << ");\n";
+      << number << ", " << stream << ", " << state << ", " << startTick << ", " << stopTick << ", "
+      << startTime << ", " << stopTime << ", " << previous << ", " << next << ", " << size << ", "
+      << type << ");\n";
   return sql.str();
 }

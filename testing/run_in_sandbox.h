@@ -23,12 +23,6 @@ struct SandboxOptions {
   int timeoutSeconds = 90;
 };
 
-struct RunResult {
-  std::string out;
-  std::string err;
-  int status = -1;  // exit status, or 128 + signal
-};
-
 // The two ways the tool reaches the store.
 enum class AccessPath { kDirect, kDaemon };
 const char* AccessPathName(AccessPath path);

@@ -4,8 +4,6 @@
 #include <sstream>
 #include <vector>
 
-#include "testing/run_in_sandbox.h"
-
 namespace {
 
 // Lines with their ends; a last line without one is marked as such.

@@ -10,7 +10,12 @@
 #include <ostream>
 #include <string>
 
-struct RunResult;
+// What a command printed and how it ended.
+struct RunResult {
+  std::string out;
+  std::string err;
+  int status = -1;  // exit status, or 128 + signal
+};
 
 bool operator==(const RunResult& a, const RunResult& b);
 inline bool operator!=(const RunResult& a, const RunResult& b) { return !(a == b); }

@@ -5,8 +5,6 @@
 
 #include <sstream>
 
-#include "testing/run_in_sandbox.h"
-
 namespace {
 
 TEST(RunResult, EqualOnlyWhenAllThreePartsAre) {
