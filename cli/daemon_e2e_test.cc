@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "testing/expected_start_up.h"
 #include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
@@ -89,9 +90,7 @@ TEST(DaemonStartUp, StartUpReadsNoFileSizesWhileTheDaemonRuns) {
   // start-up; with it, the sizes are the daemon's business.
   RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
   const RunResult direct = RunDb(disk, AccessPath::kDirect, {"-h"});
-  EXPECT_EQ(
-      "unable to prepare: select number, size from streamfilesmainunable to access database\n",
-      direct.err);
+  EXPECT_EQ(kNoFileSizesLine, direct.err);
   const RunResult daemon = RunDb(disk, AccessPath::kDaemon, {"-h"});
   EXPECT_RUN((RunResult{ExpectedUsage("db", true), "", 0}), daemon);
 }

@@ -6,6 +6,7 @@
 
 #include "events/expected_event_table.h"
 #include "faults/fault_helpers.h"
+#include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -13,8 +14,7 @@ namespace {
 
 using faults::StoreLock;
 
-const char kStartUpRefused[] =
-    "unable to prepare: select number, size from streamfilesmainunable to access database\n";
+const char* const kStartUpRefused = kNoFileSizesLine;
 
 class LockedStore : public ::testing::TestWithParam<AccessPath> {
  protected:
@@ -37,11 +37,12 @@ TEST_P(LockedStore, ListingWhileAnotherWriterCommitsShowsNoRows) {
   EXPECT_EQ(kGibHeading, r.out);
   // The daemon's query fails in the same way, and a failed request is an
   // empty list: nothing is reported on that path.
-  EXPECT_EQ(Direct() ? std::string(kStartUpRefused) +
-                           // clang-format off
+  EXPECT_EQ(Direct()
+                ? std::string(kStartUpRefused) +
+                      // clang-format off
                            "unable to prepare: select * from eventsunable to prepare: select count(*) from events where streamstate is NULL or totalfiles is NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file stats\n"
-                           // clang-format on
-                     : "",
+                // clang-format on
+                : "",
             r.err);
   EXPECT_EQ(0, r.status);
   EXPECT_EQ(before_, disk_.Dump());
@@ -72,7 +73,7 @@ TEST_P(LockedStore, DeletionWhileAnotherWriterCommitsDeletesNothing) {
                            // clang-format off
                            "'\n"
                            "unable to prepare: select count(*) from eventsstmt Error: 5  sql='select count(*) from events'\n"
-                           // clang-format on
+                     // clang-format on
                      : "  Event or groupId not found: r1\n"
                        "  No events found...no action taken.\n",
             r.err);

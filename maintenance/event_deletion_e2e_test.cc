@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -134,11 +135,7 @@ const char kGroupDeleteFailed[] =
 
 // The -t report of the test stores, with the events count as printed.
 std::string TableCounts(const std::string& events) {
-  return "\n"
-         "Table Name    Entries\n"
-         "============  =======\n"
-         "events          " +
-         events +
+  return std::string(kTablesHeading) + "events          " + events +
          "\n"
          "streamfiles        2\n"
          "status             2\n"
@@ -409,15 +406,13 @@ TEST_P(EventDeletion, StoreLockedByAnotherWriterKeepsEveryRowAndStaysUsable) {
               locked.err);
   } else {
     const std::string count = "select count(*) from events where reid='42' or groupId='42'";
-    EXPECT_EQ(
-        "unable to prepare: select number, size from streamfilesmainunable to access database\n"
-        "unable to prepare: " +
-            count + "stmt Error: 5  sql='" + count +
-            // clang-format off
+    EXPECT_EQ(std::string(kNoFileSizesLine) + "unable to prepare: " + count +
+                  "stmt Error: 5  sql='" + count +
+                  // clang-format off
             "'\n"
             "unable to prepare: select count(*) from eventsstmt Error: 5  sql='select count(*) from events'\n",
-            // clang-format on
-        locked.err);
+              // clang-format on
+              locked.err);
   }
   EXPECT_EQ(0, locked.status);
   ExpectStoreUnchanged();
@@ -441,7 +436,7 @@ TEST_P(EventDeletion, StoreWithoutAnEventsTable) {
                            // clang-format off
                            "'\n"
                            "unable to prepare: select count(*) from eventsstmt Error: 1  sql='select count(*) from events'\n",
-                           // clang-format on
+            // clang-format on
             r.err);
   EXPECT_EQ(0, r.status);
   ExpectStoreUnchanged();

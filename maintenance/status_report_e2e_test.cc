@@ -3,15 +3,13 @@
 
 #include <string>
 
+#include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
 namespace {
 
-const char kHeading[] =
-    "\n"
-    "Table Name    Entries\n"
-    "============  =======\n";
+const char* const kHeading = kTablesHeading;
 
 TEST(TableCounts, ListsEveryTableWithItsRows) {
   RecorderDisk disk;
@@ -31,9 +29,7 @@ TEST(TableCounts, StoreWithNoTablesPrintsHeadingOnly) {
   const RunResult r = RunDb(disk, {"-t"});
   EXPECT_EQ(std::string(kHeading) + "\n", r.out);
   // Start-up could not read the stream file sizes of a store without tables.
-  EXPECT_EQ(
-      "unable to prepare: select number, size from streamfilesmainunable to access database\n",
-      r.err);
+  EXPECT_EQ(kNoFileSizesLine, r.err);
   EXPECT_EQ(0, r.status);
 }
 
@@ -121,7 +117,7 @@ TEST(Status, EachOccurrenceRunsSqlAgainInOrder) {
                 "\n"
                 "name|value\n"
                 "version|4.2\n",
-                // clang-format on
+            // clang-format on
             r.out);
 }
 

@@ -5,15 +5,13 @@
 
 #include <string>
 
+#include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
 namespace {
 
-const char kHeading[] =
-    "\n"
-    "Table Name    Entries\n"
-    "============  =======\n";
+const char* const kHeading = kTablesHeading;
 
 const char kCountRequests[] =
     "count\tselect count(*) from events\n"
