@@ -6,6 +6,7 @@
 #include <string>
 
 #include "testing/run_result.h"
+#include "testing/scratch_dir.h"
 
 // The same record as a run in the sandbox, so that both compare alike.
 using ShellResult = RunResult;
@@ -15,21 +16,6 @@ ShellResult RunShell(const std::string& command);
 
 // `text` as one word of a shell command line.
 std::string ShellQuote(const std::string& text);
-
-// A folder below /tmp that is removed with everything in it at the end of
-// its scope.
-class ScratchDir {
- public:
-  ScratchDir();
-  ~ScratchDir();
-  ScratchDir(const ScratchDir&) = delete;
-  ScratchDir& operator=(const ScratchDir&) = delete;
-
-  const std::string& Path() const { return path_; }
-
- private:
-  std::string path_;
-};
 
 // Where the sources and the build of this tree are.
 std::string SourceDir();
