@@ -51,9 +51,7 @@ TEST_P(AnalysisBadInput, EveryOtherByteValueRunsNothing) {
   }
   const std::string before = disk_.Dump();
   const RunResult r = Run(args);
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"", "", 0}), r);
   EXPECT_EQ(before, disk_.Dump());
 }
 
@@ -62,9 +60,7 @@ TEST_P(AnalysisBadInput, EveryByteValueInOneArgument) {
   for (int value = 1; value < 256; ++value) all += static_cast<char>(value);
   // s is read, then byte 1 stops the parse.
   const RunResult r = Run({"-a", all});
-  EXPECT_EQ(kSplitReport, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{kSplitReport, "", 0}), r);
 }
 
 TEST_P(AnalysisBadInput, HundredThousandCharacters) {
@@ -169,10 +165,11 @@ TEST_P(AnalysisBadInput, UnendedLinesRunOn) {
   Fake(disk_, "filePes", "[ \"$2\" = /mnt/hd/1.ts ] && printf 'FAIL unended'\nexit 0\n");
   const RunResult r = Run({"-a", "d"});
   EXPECT_EQ(
+      // clang-format off
       "File count = 2\n"
-      " Checking 1.ts:  extracting...s1.ts  checking...FAIL unended"
-      " Checking 2.ts:  extracting...s2.ts  checking...PASS\n"
+      " Checking 1.ts:  extracting...s1.ts  checking...FAIL unended Checking 2.ts:  extracting...s2.ts  checking...PASS\n"
       "\n",
+      // clang-format on
       r.out);
   EXPECT_FALSE(disk_.Exists("1.ts"));
   EXPECT_FALSE(disk_.Exists("2.ts"));
@@ -198,8 +195,11 @@ TEST_P(AnalysisBadInput, ExtractorNamesAreShownAsTheyAre) {
   Fake(disk_, "filePes", "");
   const RunResult r = Run({"-a", "d"});
   EXPECT_EQ(
+      // clang-format off
       "File count = 1\n"
-      " Checking 1.ts:  extracting...$(rm -rf /mnt/hd) ; `x` \"q\" \\  checking...PASS\n\n",
+      " Checking 1.ts:  extracting...$(rm -rf /mnt/hd) ; `x` \"q\" \\  checking...PASS\n"
+      "\n",
+      // clang-format on
       r.out);
   EXPECT_TRUE(disk_.Exists("streammgr/stream.db"));
 }

@@ -107,11 +107,10 @@ TEST_P(AnalysisOptionsE2e, LongFormsOfTheOption) {
 
 TEST_P(AnalysisOptionsE2e, MissingArgumentIsAnUnknownOption) {
   const RunResult r = Run({"-a"});
-  EXPECT_EQ(ExpectedUsage(BinDir() + "/db", GetParam() == AccessPath::kDaemon,
-                          "Error: unknown option specified"),
-            r.out);
-  EXPECT_EQ(BinDir() + "/db: option requires an argument -- 'a'\n", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{ExpectedUsage(BinDir() + "/db", GetParam() == AccessPath::kDaemon,
+                                      "Error: unknown option specified"),
+                        BinDir() + "/db: option requires an argument -- 'a'\n", 0}),
+             r);
 }
 
 INSTANTIATE_TEST_SUITE_P(BothPaths, AnalysisOptionsE2e, BothAccessPaths(), PathName);

@@ -7,6 +7,7 @@
 #include <iostream>
 #include <string>
 
+#include "recorder/recorder_places.h"
 #include "store/row_count.h"
 
 namespace {
@@ -22,7 +23,7 @@ std::string Extract(const std::string& number) {
   // The tool writes to the same terminal: what db printed must come first.
   std::cout.flush();
   std::string name;
-  FILE* pipe = popen(("StreamMgrCli -x " + number).c_str(), "r");
+  FILE* pipe = popen((Recorder::kExtractCommand + number).c_str(), "r");
   if (pipe == nullptr) {
     return name;
   }
@@ -46,7 +47,7 @@ std::string Extract(const std::string& number) {
 bool ShowFailures(const std::string& path) {
   std::cout.flush();
   bool failed = false;
-  FILE* pipe = popen(("filePes -a " + path).c_str(), "r");
+  FILE* pipe = popen((Recorder::kPacketCheckCommand + path).c_str(), "r");
   if (pipe == nullptr) {
     return failed;
   }
@@ -78,7 +79,7 @@ void CheckStreamFile(uint64_t number) {
   std::cout << name << std::flush;
   std::cout << "  checking..." << std::flush;
   // The tool's reported name is only shown: the file is always here.
-  const std::string path = "/mnt/hd/" + text + ".ts";
+  const std::string path = std::string(Recorder::kDisk) + "/" + text + ".ts";
   const bool failed = ShowFailures(path);
   std::cout.flush();
   std::system(("rm " + path + " > /dev/null").c_str());

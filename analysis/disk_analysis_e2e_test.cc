@@ -5,6 +5,7 @@
 #include <string>
 
 #include "analysis/analysis_e2e_fixture.h"
+#include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -45,19 +46,22 @@ TEST_P(DiskAnalysis, ChecksFilesOneToCountInOrderAndRemovesEach) {
   Fake(disk, "StreamMgrCli", kExtractor);
   Fake(disk, "filePes", kCleanAnalyser);
   const RunResult r = RunWithFakes(disk, GetParam(), {"-a", "d"});
+  EXPECT_RUN((RunResult{"File count = 3\n"
+                        " Checking 1.ts:  extracting...stream1.ts  checking...PASS\n"
+                        " Checking 2.ts:  extracting...stream2.ts  checking...PASS\n"
+                        " Checking 3.ts:  extracting...stream3.ts  checking...PASS\n"
+                        "\n",
+                        "", 0}),
+             r);
   EXPECT_EQ(
-      "File count = 3\n"
-      " Checking 1.ts:  extracting...stream1.ts  checking...PASS\n"
-      " Checking 2.ts:  extracting...stream2.ts  checking...PASS\n"
-      " Checking 3.ts:  extracting...stream3.ts  checking...PASS\n"
-      "\n",
-      r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
-  EXPECT_EQ(
-      "x 1\na /mnt/hd/1.ts\n"
-      "x 2\na /mnt/hd/2.ts\n"
-      "x 3\na /mnt/hd/3.ts\n",
+      // clang-format off
+      "x 1\n"
+      "a /mnt/hd/1.ts\n"
+      "x 2\n"
+      "a /mnt/hd/2.ts\n"
+      "x 3\n"
+      "a /mnt/hd/3.ts\n",
+      // clang-format on
       disk.ReadFile("calls.log"));
   for (const char* name : {"1.ts", "2.ts", "3.ts", "10.ts"}) EXPECT_FALSE(disk.Exists(name));
 }
@@ -142,13 +146,11 @@ TEST_P(DiskAnalysis, FileWithoutANameSilencesTheRestOfTheRun) {
   Fake(disk, "filePes", kCleanAnalyser);
   // -t prints nothing afterwards; -s runs sql, which still writes.
   const RunResult r = RunWithFakes(disk, GetParam(), {"-a", "d", "-t", "-s"});
-  EXPECT_EQ(
-      "File count = 3\n"
-      " Checking 1.ts:  extracting...stream1.ts  checking...PASS\n"
-      " Checking 2.ts:  extracting...",
-      r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"File count = 3\n"
+                        " Checking 1.ts:  extracting...stream1.ts  checking...PASS\n"
+                        " Checking 2.ts:  extracting...",
+                        "", 0}),
+             r);
   // File 2 is neither analysed nor removed; file 3 is both.
   EXPECT_EQ("x 1\na /mnt/hd/1.ts\nx 2\nx 3\na /mnt/hd/3.ts\n", disk.ReadFile("calls.log"));
   EXPECT_FALSE(disk.Exists("1.ts"));
@@ -163,10 +165,11 @@ TEST_P(DiskAnalysis, LaterCommandsStillWriteAfterTheSilence) {
   Fake(disk, "StreamMgrCli", "echo 'copied: '\n");  // nothing after the marker
   const RunResult r = RunWithFakes(disk, GetParam(), {"-a", "d", "-s", "-e"});
   EXPECT_EQ(
+      // clang-format off
       "File count = 1\n"
-      " Checking 1.ts:  extracting..."
-      "name|value\n"
+      " Checking 1.ts:  extracting...name|value\n"
       "version|4.2.1\n",
+      // clang-format on
       r.out);
 }
 
@@ -225,12 +228,12 @@ TEST(DiskAnalysisDirect, CountThatCannotBePreparedChecksNothing) {
   RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
   Fake(disk, "StreamMgrCli", kExtractor);
   const RunResult r = RunWithFakes(disk, AccessPath::kDirect, {"-a", "d"});
-  EXPECT_EQ("File count = 0\n\n", r.out);
-  EXPECT_EQ(
-      "unable to prepare: select number, size from streamfilesmainunable to access database\n"
-      "unable to prepare: select count(*) from streamfilesError getting count for streamfiles\n",
-      r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(
+      (RunResult{"File count = 0\n\n",
+                 std::string(kNoFileSizesLine) + "unable to prepare: select count(*) from "
+                                                 "streamfilesError getting count for streamfiles\n",
+                 0}),
+      r);
   EXPECT_FALSE(disk.Exists("calls.log"));
 }
 

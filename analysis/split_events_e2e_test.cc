@@ -4,6 +4,7 @@
 #include <string>
 
 #include "analysis/analysis_e2e_fixture.h"
+#include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -30,9 +31,7 @@ class SplitEvents : public BothPaths {};
 TEST_P(SplitEvents, EmptyStorePrintsOneEmptyLine) {
   RecorderDisk disk;
   const RunResult r = RunDb(disk, GetParam(), {"-a", "s"});
-  EXPECT_EQ("\n", r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"\n", "", 0}), r);
 }
 
 TEST_P(SplitEvents, EventsThatAreNotSplitAreNotReported) {
@@ -50,17 +49,15 @@ TEST_P(SplitEvents, SampleGroupWithOverlapFailureAndSizes) {
             SplitPart("r3", "G", 3, 3, 294, 304).Insert());
   for (const char* reid : {"r1", "r2", "r3"}) Stage(disk, reid, {Segment(0, 0)}, 4096);
   const RunResult r = RunDb(disk, GetParam(), {"-a", "sz2"});
-  EXPECT_EQ(
-      "Checking groupId 'G':\n"
-      "  Checking 2-second overlap...FAIL\n"
-      "    Part 3 doesn't have 2-second overlap:  ticks = 6\n"
-      "  Verify last part >= 2 sec...PASS\n"
-      "  Checking totalParts.........PASS\n"
-      "  Verify part sizes <  2 GB...PASS\n"
-      "\n",
-      r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"Checking groupId 'G':\n"
+                        "  Checking 2-second overlap...FAIL\n"
+                        "    Part 3 doesn't have 2-second overlap:  ticks = 6\n"
+                        "  Verify last part >= 2 sec...PASS\n"
+                        "  Checking totalParts.........PASS\n"
+                        "  Verify part sizes <  2 GB...PASS\n"
+                        "\n",
+                        "", 0}),
+             r);
 }
 
 TEST_P(SplitEvents, GroupsAreReportedInGroupIdOrder) {
@@ -102,12 +99,13 @@ TEST_P(SplitEvents, MissingPartFailsTotalParts) {
             SplitPart("r3", "G", 3, 2, 96, 200).Insert());
   const RunResult r = RunDb(disk, GetParam(), {"-a", "s"});
   EXPECT_EQ(
+      // clang-format off
       "Checking groupId 'G':\n"
       "  Checking 2-second overlap...PASS\n"
       "  Verify last part >= 2 sec...PASS\n"
-      "  Checking totalParts.........FAIL:  expectedTotalParts=2  actualUniquePartNums=2  "
-      "lastPartNum=3\n"
+      "  Checking totalParts.........FAIL:  expectedTotalParts=2  actualUniquePartNums=2  lastPartNum=3\n"
       "\n",
+      // clang-format on
       r.out);
 }
 
@@ -255,22 +253,18 @@ TEST(SplitEventsDirect, StoreThatCannotBeOpenedReportsAndPrintsTheEmptyReport) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
   const RunResult r = RunDb(disk, {"-a", "s"});
   EXPECT_EQ("\n", r.out);
-  EXPECT_EQ(
-      "error opening sqlite3\n"
-      "unable to prepare: select number, size from streamfilesmainunable to access database\n"
-      "unable to prepare: select * from events",
-      r.err);
+  EXPECT_EQ(std::string("error opening sqlite3\n") + kNoFileSizesLine +
+                "unable to prepare: select * from events",
+            r.err);
 }
 
 TEST(SplitEventsDirect, StoreWithoutEventsTable) {
   RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
   const RunResult r = RunDb(disk, {"-a", "s"});
-  EXPECT_EQ("\n", r.out);
-  EXPECT_EQ(
-      "unable to prepare: select number, size from streamfilesmainunable to access database\n"
-      "unable to prepare: select * from events",
-      r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(
+      (RunResult{"\n", std::string(kNoFileSizesLine) + "unable to prepare: select * from events",
+                 0}),
+      r);
 }
 
 // The events of a store whose second row fails while it is read: abs() of
@@ -286,9 +280,7 @@ TEST(SplitEventsDirect, StepErrorKeepsTheEventsReadSoFar) {
   RecorderDisk disk;
   disk.Exec(kFailingSecondRow);
   const RunResult r = RunDb(disk, {"-a", "s"});
-  EXPECT_EQ(Passing("G") + "\n", r.out);
-  EXPECT_EQ("could not free statement, leaking memory\n", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{Passing("G") + "\n", "could not free statement, leaking memory\n", 0}), r);
 }
 
 TEST(SplitEventsDaemon, StepErrorInTheDaemonGivesAnEmptyReport) {
@@ -305,9 +297,7 @@ TEST(SplitEventsDaemon, FailedRequestGivesAnEmptyReport) {
   SandboxOptions options;
   options.streamMgrArgs = "--fail-requests";
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-a", "s"}, options);
-  EXPECT_EQ("\n", r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"\n", "", 0}), r);
 }
 
 TEST(SplitEventsDaemon, QueryGoesToTheDaemon) {

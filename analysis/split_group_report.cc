@@ -6,6 +6,7 @@
 #include <string>
 
 #include "events/metadata_files.h"
+#include "store/recorder_arithmetic.h"
 
 namespace {
 
@@ -15,7 +16,6 @@ using StreamMgrApi::EventRecordItem;
 // part must last at least that long.
 constexpr uint32_t kOverlapTicks = 4;
 constexpr uint32_t kShortestLastPartTicks = 4;
-constexpr double kBytesPerGB = 1073741824.0;
 
 // Parts keyed by groupId; parts of one group stay in query order because a
 // multimap inserts equal keys after the ones already there.
@@ -37,7 +37,7 @@ bool PartSizeOk(const EventRecordItem& part, uint32_t maxPartSize) {
     return false;
   }
   // A negative total reads as a huge unsigned size and so fails too.
-  const double size = static_cast<double>(static_cast<uint64_t>(EventSize(reid))) / kBytesPerGB;
+  const double size = static_cast<double>(static_cast<uint64_t>(EventSize(reid))) / kBytesPerGiB;
   return !(static_cast<double>(maxPartSize) <= size || size == 0.0);
 }
 

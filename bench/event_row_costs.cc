@@ -20,6 +20,7 @@
 #include "events/event_table.h"
 #include "events/metadata_files.h"
 #include "recorder/config_mp_client.h"
+#include "recorder/recorder_places.h"
 #include "recorder/stream_db.h"
 #include "store/sql_statement.h"
 
@@ -47,8 +48,8 @@ double PerRow(size_t rows, const std::function<void()>& work) {
 }  // namespace
 
 int main() {
-  if (sqlite3_open_v2("/mnt/hd/streammgr/stream.db", &toolContext.database, SQLITE_OPEN_READONLY,
-                      nullptr) != SQLITE_OK) {
+  if (sqlite3_open_v2(Recorder::kStorePath, &toolContext.database, SQLITE_OPEN_READONLY, nullptr) !=
+      SQLITE_OK) {
     std::fprintf(stderr, "event_row_costs: no store at /mnt/hd\n");
     return 1;
   }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "testing/expected_start_up.h"
 #include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
@@ -40,27 +41,22 @@ void FillStore(const RecorderDisk& disk) {
 TEST(DaemonStartUp, NoArgumentsSaysTheDaemonRuns) {
   RecorderDisk disk;
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {});
-  EXPECT_EQ(ExpectedUsage("db", true), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{ExpectedUsage("db", true), "", 0}), r);
 }
 
 TEST(DaemonStartUp, HelpAndUnknownOptionSayTheDaemonRuns) {
   RecorderDisk disk;
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-h", "-x"});
-  EXPECT_EQ(
-      ExpectedUsage("db", true) + ExpectedUsage("db", true, "Error: unknown option specified"),
-      r.out);
-  EXPECT_EQ("db: invalid option -- 'x'\n", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{ExpectedUsage("db", true) +
+                            ExpectedUsage("db", true, "Error: unknown option specified"),
+                        "db: invalid option -- 'x'\n", 0}),
+             r);
 }
 
 TEST(DaemonStartUp, WithoutIpcTheEmptyCommandLineStillPrintsTheUsage) {
   RecorderDisk disk;
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {}, DaemonArgs("--no-ipc"));
-  EXPECT_EQ(ExpectedUsage("db", true), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{ExpectedUsage("db", true), "", 0}), r);
 }
 
 class DaemonWithoutIpc : public testing::TestWithParam<std::vector<std::string>> {};
@@ -70,9 +66,7 @@ TEST_P(DaemonWithoutIpc, EndsBeforeAnyOptionIsHandled) {
   FillStore(disk);
   const std::string before = disk.Dump();
   const RunResult r = RunDb(disk, AccessPath::kDaemon, GetParam(), DaemonArgs("--no-ipc"));
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ(kIpcError, r.err);
-  EXPECT_EQ(1, r.status);
+  EXPECT_RUN((RunResult{"", kIpcError, 1}), r);
   EXPECT_EQ(before, disk.Dump());
 }
 
@@ -88,9 +82,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(DaemonStartUp, WithoutIpcAFailedOpenIsReportedFirst) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, DaemonArgs("--no-ipc"));
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ(std::string("error opening sqlite3\n") + kIpcError, r.err);
-  EXPECT_EQ(1, r.status);
+  EXPECT_RUN((RunResult{"", std::string("error opening sqlite3\n") + kIpcError, 1}), r);
 }
 
 TEST(DaemonStartUp, StartUpReadsNoFileSizesWhileTheDaemonRuns) {
@@ -98,13 +90,9 @@ TEST(DaemonStartUp, StartUpReadsNoFileSizesWhileTheDaemonRuns) {
   // start-up; with it, the sizes are the daemon's business.
   RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
   const RunResult direct = RunDb(disk, AccessPath::kDirect, {"-h"});
-  EXPECT_EQ(
-      "unable to prepare: select number, size from streamfilesmainunable to access database\n",
-      direct.err);
+  EXPECT_EQ(kNoFileSizesLine, direct.err);
   const RunResult daemon = RunDb(disk, AccessPath::kDaemon, {"-h"});
-  EXPECT_EQ(ExpectedUsage("db", true), daemon.out);
-  EXPECT_EQ("", daemon.err);
-  EXPECT_EQ(0, daemon.status);
+  EXPECT_RUN((RunResult{ExpectedUsage("db", true), "", 0}), daemon);
 }
 
 // Command lines whose every store access goes through the daemon.
@@ -136,9 +124,7 @@ TEST_P(MisbehavingDaemon, LooksLikeFailedRequestsAndChangesNothing) {
     const std::string before = disk.Dump();
     const RunResult failing = RunDb(disk, AccessPath::kDaemon, args, DaemonArgs("--fail-requests"));
     const RunResult r = RunDb(disk, AccessPath::kDaemon, args, DaemonArgs(GetParam().args));
-    EXPECT_EQ(failing.out, r.out);
-    EXPECT_EQ(failing.err, r.err);
-    EXPECT_EQ(0, r.status);
+    EXPECT_RUN((RunResult{failing.out, failing.err, 0}), r);
     EXPECT_EQ(before, disk.Dump());
   }
 }
@@ -157,9 +143,7 @@ TEST(SlowDaemon, AnswersTheSameAsAQuickOne) {
     FillStore(disk);
     const RunResult quick = RunDb(disk, AccessPath::kDaemon, args);
     const RunResult slow = RunDb(disk, AccessPath::kDaemon, args, DaemonArgs("--delay-ms 30"));
-    EXPECT_EQ(quick.out, slow.out);
-    EXPECT_EQ(quick.err, slow.err);
-    EXPECT_EQ(quick.status, slow.status);
+    EXPECT_RUN((RunResult{quick.out, quick.err, quick.status}), slow);
   }
 }
 

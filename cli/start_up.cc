@@ -7,12 +7,13 @@
 
 #include "cli/tool_context.h"
 #include "recorder/log_client.h"
+#include "recorder/recorder_places.h"
 #include "store/sql_statement.h"
 
-const char* const kStorePath = "/mnt/hd/streammgr/stream.db";
+const char* const kStorePath = Recorder::kStorePath;
 
 FILE* ProbeForDaemon() {
-  FILE* probe = popen("pidof StreamMgr", "r");
+  FILE* probe = popen(Recorder::kDaemonProbe, "r");
   char line[1024];
   toolContext.running = probe != nullptr && fgets(line, sizeof line, probe) != nullptr;
   return probe;

@@ -3,42 +3,107 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <string>
+#include <vector>
+
 #include "events/expected_event_table.h"
+#include "testing/expected_start_up.h"
 #include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
 namespace {
 
-const char kTablesReport[] =
-    "\n"
-    "Table Name    Entries\n"
-    "============  =======\n"
-    "events             0\n"
-    "streamfiles        0\n"
-    "status             0\n"
-    "\n";
+const std::string kTablesReport = std::string(kTablesHeading) +
+                                  "events             0\n"
+                                  "streamfiles        0\n"
+                                  "status             0\n"
+                                  "\n";
 
-const char kEmptyTablesReport[] =
-    "\n"
-    "Table Name    Entries\n"
-    "============  =======\n"
-    "\n";
+const std::string kEmptyTablesReport = std::string(kTablesHeading) + "\n";
 
-TEST(StartUp, NoArgumentsPrintsUsageAndExitsZero) {
-  RecorderDisk disk;
-  const RunResult r = RunDb(disk, {});
-  EXPECT_EQ(ExpectedUsage("db", false), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+const std::string kUsage = ExpectedUsage("db", false);
+const std::string kUnknownOptionUsage =
+    ExpectedUsage("db", false, "Error: unknown option specified");
+
+// Start-up could not open the store, and -t found no tables.
+const std::string kCannotOpenTables =
+    std::string("error opening sqlite3\n") + kNoFileSizesLine +
+    "unable to prepare: select tbl_name from sqlite_master where type='table'";
+// The store opened, but -t could not read its tables.
+const std::string kUnreadableTables =
+    std::string(kNoFileSizesLine) +
+    "unable to prepare: select tbl_name from sqlite_master where type='table'";
+
+// One run of db on a disk made as the case says, compared whole.
+struct StartUpCase {
+  const char* name;
+  RecorderDisk::Store store;
+  std::vector<std::string> args;
+  RunResult expected;
+  bool unprivileged = false;
+  void (*prepare)(RecorderDisk& disk) = nullptr;
+};
+
+std::ostream& operator<<(std::ostream& out, const StartUpCase& c) { return out << c.name; }
+
+const RecorderDisk::Store kStore = RecorderDisk::Store::kSchema;
+const RecorderDisk::Store kNoStore = RecorderDisk::Store::kNone;
+
+// clang-format off
+const StartUpCase kCases[] = {
+    {"NoArgumentsPrintsUsageAndExitsZero", kStore, {},
+     {kUsage, "", 0}},
+    {"HelpThenTablesRunsBoth", kStore, {"-h", "-t"},
+     {kUsage + kTablesReport, "", 0}},
+    {"HelpTwicePrintsTheTextTwice", kStore, {"-h", "-h"},
+     {kUsage + kUsage, "", 0}},
+    {"UnknownOptionPrintsDiagnosticAndUsageWithMessage", kStore, {"-x"},
+     {kUnknownOptionUsage, "db: invalid option -- 'x'\n", 0}},
+    {"MissingArgumentIsAnUnknownOption", kStore, {"-r"},
+     {kUnknownOptionUsage, "db: option requires an argument -- 'r'\n", 0}},
+    {"UnknownLongOption", kStore, {"--bogus", "-t"},
+     {kUnknownOptionUsage + kTablesReport, "db: unrecognized option '--bogus'\n", 0}},
+    {"NonOptionWordsAreIgnored", kStore, {"stray", "-t", "words"},
+     {kTablesReport, "", 0}},
+    {"MissingStoreFolderReportsOpenErrorAndExitsWithItsCode", kNoStore, {"-t"},
+     {kEmptyTablesReport, kCannotOpenTables, SQLITE_CANTOPEN}},
+    {"HelpThenEventsAfterAFailedOpenListsAndExitsZero", kNoStore, {"-h", "-e"},
+     {kUsage + kGibHeading,
+      std::string("error opening sqlite3\n") + kNoFileSizesLine +
+      "unable to prepare: select * from events"
+      "unable to prepare: select count(*) from events where streamstate is NULL or totalfiles is NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file stats\n",
+      0}},
+    {"StoreThatIsAFolder", kNoStore, {"-t"},
+     {kEmptyTablesReport, kCannotOpenTables, SQLITE_CANTOPEN}, false,
+     [](RecorderDisk& disk) { disk.WriteFile("streammgr/stream.db/inside", "x"); }},
+    {"UnreadableStoreForAnUnprivilegedUser", kStore, {"-t"},
+     {kEmptyTablesReport, kCannotOpenTables, SQLITE_CANTOPEN}, true,
+     [](RecorderDisk& disk) { chmod(disk.StorePath().c_str(), 0); }},
+    {"SandboxWorksForAnUnprivilegedUser", kStore, {"-t"},
+     {kTablesReport, "", 0}, true},
+};
+// clang-format on
+
+class StartUpRun : public ::testing::TestWithParam<StartUpCase> {};
+
+TEST_P(StartUpRun, PrintsExactly) {
+  const StartUpCase& c = GetParam();
+  RecorderDisk disk(c.store);
+  if (c.prepare != nullptr) c.prepare(disk);
+  SandboxOptions options;
+  options.unprivileged = c.unprivileged;
+  EXPECT_RUN(c.expected, RunDb(disk, c.args, options));
 }
+
+INSTANTIATE_TEST_SUITE_P(StartUp, StartUpRun, ::testing::ValuesIn(kCases),
+                         [](const ::testing::TestParamInfo<StartUpCase>& info) {
+                           return std::string(info.param.name);
+                         });
 
 TEST(StartUp, NoArgumentsWithoutAnyStoreStillPrintsUsage) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
-  const RunResult r = RunDb(disk, {});
-  EXPECT_EQ(ExpectedUsage("db", false), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{kUsage, "", 0}), RunDb(disk, {}));
   // Nothing was opened, so nothing was created.
   EXPECT_FALSE(disk.Exists("streammgr"));
 }
@@ -50,58 +115,17 @@ TEST(StartUp, ProgramNameIsPrintedAsGiven) {
   EXPECT_EQ(0, r.status);
 }
 
-TEST(StartUp, HelpThenTablesRunsBoth) {
-  RecorderDisk disk;
-  const RunResult r = RunDb(disk, {"-h", "-t"});
-  EXPECT_EQ(ExpectedUsage("db", false) + kTablesReport, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
-}
-
 TEST(StartUp, LongHelpAndUsageAndPrefixes) {
   RecorderDisk disk;
   const RunResult r = RunDb(disk, {"--help", "--usage", "--he"});
-  EXPECT_EQ(ExpectedUsage("db", false) + ExpectedUsage("db", false) + ExpectedUsage("db", false),
-            r.out);
-  EXPECT_EQ(0, r.status);
-}
-
-TEST(StartUp, HelpTwicePrintsTheTextTwice) {
-  RecorderDisk disk;
-  const RunResult r = RunDb(disk, {"-h", "-h"});
-  EXPECT_EQ(ExpectedUsage("db", false) + ExpectedUsage("db", false), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
-}
-
-TEST(StartUp, UnknownOptionPrintsDiagnosticAndUsageWithMessage) {
-  RecorderDisk disk;
-  const RunResult r = RunDb(disk, {"-x"});
-  EXPECT_EQ(ExpectedUsage("db", false, "Error: unknown option specified"), r.out);
-  EXPECT_EQ("db: invalid option -- 'x'\n", r.err);
-  EXPECT_EQ(0, r.status);
-}
-
-TEST(StartUp, MissingArgumentIsAnUnknownOption) {
-  RecorderDisk disk;
-  const RunResult r = RunDb(disk, {"-r"});
-  EXPECT_EQ(ExpectedUsage("db", false, "Error: unknown option specified"), r.out);
-  EXPECT_EQ("db: option requires an argument -- 'r'\n", r.err);
-  EXPECT_EQ(0, r.status);
-}
-
-TEST(StartUp, UnknownLongOption) {
-  RecorderDisk disk;
-  const RunResult r = RunDb(disk, {"--bogus", "-t"});
-  EXPECT_EQ(ExpectedUsage("db", false, "Error: unknown option specified") + kTablesReport, r.out);
-  EXPECT_EQ("db: unrecognized option '--bogus'\n", r.err);
+  EXPECT_EQ(kUsage + kUsage + kUsage, r.out);
   EXPECT_EQ(0, r.status);
 }
 
 TEST(StartUp, AmbiguousLongOptionPrefix) {
   RecorderDisk disk;
   const RunResult r = RunDb(disk, {"--dele"});
-  EXPECT_EQ(ExpectedUsage("db", false, "Error: unknown option specified"), r.out);
+  EXPECT_EQ(kUnknownOptionUsage, r.out);
   EXPECT_EQ(0u, r.err.find("db: option '--dele' is ambiguous; possibilities:"));
   EXPECT_EQ(0, r.status);
 }
@@ -109,60 +133,21 @@ TEST(StartUp, AmbiguousLongOptionPrefix) {
 TEST(StartUp, LongOptionWithArgumentItDoesNotTake) {
   RecorderDisk disk;
   const RunResult r = RunDb(disk, {"--tables=x"});
-  EXPECT_EQ(ExpectedUsage("db", false, "Error: unknown option specified"), r.out);
+  EXPECT_EQ(kUnknownOptionUsage, r.out);
   EXPECT_EQ("db: option '--tables' doesn't allow an argument\n", r.err);
-}
-
-TEST(StartUp, NonOptionWordsAreIgnored) {
-  RecorderDisk disk;
-  const RunResult r = RunDb(disk, {"stray", "-t", "words"});
-  EXPECT_EQ(kTablesReport, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
-}
-
-TEST(StartUp, MissingStoreFolderReportsOpenErrorAndExitsWithItsCode) {
-  RecorderDisk disk(RecorderDisk::Store::kNone);
-  const RunResult r = RunDb(disk, {"-t"});
-  EXPECT_EQ(kEmptyTablesReport, r.out);
-  EXPECT_EQ(
-      "error opening sqlite3\n"
-      "unable to prepare: select number, size from streamfilesmainunable to access database\n"
-      "unable to prepare: select tbl_name from sqlite_master where type='table'",
-      r.err);
-  EXPECT_EQ(SQLITE_CANTOPEN, r.status);
 }
 
 TEST(StartUp, HelpAfterFailedOpenMakesExitStatusZero) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
   const RunResult r = RunDb(disk, {"-t", "-h"});
-  EXPECT_EQ(std::string(kEmptyTablesReport) + ExpectedUsage("db", false), r.out);
-  EXPECT_EQ(0, r.status);
-}
-
-TEST(StartUp, HelpThenEventsAfterAFailedOpenListsAndExitsZero) {
-  RecorderDisk disk(RecorderDisk::Store::kNone);
-  const RunResult r = RunDb(disk, {"-h", "-e"});
-  EXPECT_EQ(ExpectedUsage("db", false) + kGibHeading, r.out);
-  EXPECT_EQ(
-      "error opening sqlite3\n"
-      "unable to prepare: select number, size from streamfilesmainunable to access database\n"
-      "unable to prepare: select * from events"
-      "unable to prepare: select count(*) from events where streamstate is NULL or totalfiles is "
-      "NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file stats\n",
-      r.err);
+  EXPECT_EQ(kEmptyTablesReport + kUsage, r.out);
   EXPECT_EQ(0, r.status);
 }
 
 TEST(StartUp, EmptyStoreFileHasNoTables) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
   disk.WriteFile("streammgr/stream.db", "");
-  const RunResult r = RunDb(disk, {"-t"});
-  EXPECT_EQ(kEmptyTablesReport, r.out);
-  EXPECT_EQ(
-      "unable to prepare: select number, size from streamfilesmainunable to access database\n",
-      r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{kEmptyTablesReport, kNoFileSizesLine, 0}), RunDb(disk, {"-t"}));
   EXPECT_EQ("", disk.ReadFile("streammgr/stream.db"));
 }
 
@@ -170,27 +155,8 @@ TEST(StartUp, StoreThatIsNotADatabase) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
   const std::string garbage(4096, 'x');
   disk.WriteFile("streammgr/stream.db", garbage);
-  const RunResult r = RunDb(disk, {"-t"});
-  EXPECT_EQ(kEmptyTablesReport, r.out);
-  EXPECT_EQ(
-      "unable to prepare: select number, size from streamfilesmainunable to access database\n"
-      "unable to prepare: select tbl_name from sqlite_master where type='table'",
-      r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{kEmptyTablesReport, kUnreadableTables, 0}), RunDb(disk, {"-t"}));
   EXPECT_EQ(garbage, disk.ReadFile("streammgr/stream.db"));
-}
-
-TEST(StartUp, StoreThatIsAFolder) {
-  RecorderDisk disk(RecorderDisk::Store::kNone);
-  disk.WriteFile("streammgr/stream.db/inside", "x");
-  const RunResult r = RunDb(disk, {"-t"});
-  EXPECT_EQ(kEmptyTablesReport, r.out);
-  EXPECT_EQ(
-      "error opening sqlite3\n"
-      "unable to prepare: select number, size from streamfilesmainunable to access database\n"
-      "unable to prepare: select tbl_name from sqlite_master where type='table'",
-      r.err);
-  EXPECT_EQ(SQLITE_CANTOPEN, r.status);
 }
 
 TEST(StartUp, TruncatedStoreIsReportedNotCrashed) {
@@ -205,39 +171,8 @@ TEST(StartUp, TruncatedStoreIsReportedNotCrashed) {
   const std::string whole = disk.ReadFile("streammgr/stream.db");
   ASSERT_GT(whole.size(), 3 * 4096u);
   disk.WriteFile("streammgr/stream.db", whole.substr(0, 3 * 4096));
-  const RunResult r = RunDb(disk, {"-t"});
-  EXPECT_EQ(kEmptyTablesReport, r.out);
-  EXPECT_EQ(
-      "unable to prepare: select number, size from streamfilesmainunable to access database\n"
-      "unable to prepare: select tbl_name from sqlite_master where type='table'",
-      r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{kEmptyTablesReport, kUnreadableTables, 0}), RunDb(disk, {"-t"}));
   EXPECT_EQ(whole.substr(0, 3 * 4096), disk.ReadFile("streammgr/stream.db"));
-}
-
-TEST(StartUp, UnreadableStoreForAnUnprivilegedUser) {
-  RecorderDisk disk;
-  chmod(disk.StorePath().c_str(), 0);
-  SandboxOptions options;
-  options.unprivileged = true;
-  const RunResult r = RunDb(disk, {"-t"}, options);
-  EXPECT_EQ(kEmptyTablesReport, r.out);
-  EXPECT_EQ(
-      "error opening sqlite3\n"
-      "unable to prepare: select number, size from streamfilesmainunable to access database\n"
-      "unable to prepare: select tbl_name from sqlite_master where type='table'",
-      r.err);
-  EXPECT_EQ(SQLITE_CANTOPEN, r.status);
-}
-
-TEST(StartUp, SandboxWorksForAnUnprivilegedUser) {
-  RecorderDisk disk;
-  SandboxOptions options;
-  options.unprivileged = true;
-  const RunResult r = RunDb(disk, {"-t"}, options);
-  EXPECT_EQ(kTablesReport, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
 }
 
 TEST(StartUp, StoreLockedByAnotherWriter) {
@@ -250,12 +185,7 @@ TEST(StartUp, StoreLockedByAnotherWriter) {
   const RunResult r = RunDb(disk, {"-t"});
   sqlite3_exec(writer, "rollback", nullptr, nullptr, nullptr);
   sqlite3_close(writer);
-  EXPECT_EQ(kEmptyTablesReport, r.out);
-  EXPECT_EQ(
-      "unable to prepare: select number, size from streamfilesmainunable to access database\n"
-      "unable to prepare: select tbl_name from sqlite_master where type='table'",
-      r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{kEmptyTablesReport, kUnreadableTables, 0}), r);
   EXPECT_EQ(before, disk.Dump());
 }
 

@@ -7,15 +7,14 @@
 
 #include "cli/tool_context.h"
 #include "testing/expected_usage.h"
+#include "testing/stream_capture.h"
 
 namespace {
 
 std::string CaptureUsage(const char* program, const char* message) {
-  std::ostringstream captured;
-  std::streambuf* saved = std::cout.rdbuf(captured.rdbuf());
+  const StreamCapture captured(std::cout);
   PrintUsage(program, message);
-  std::cout.rdbuf(saved);
-  return captured.str();
+  return captured.Text();
 }
 
 TEST(Usage, WithoutMessageStartsWithTwoEmptyLines) {

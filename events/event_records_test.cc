@@ -60,6 +60,19 @@ TEST_F(EventRecords, NamesMatchWithoutRegardToCaseAndOrder) {
   EXPECT_EQ(5u, e.part.GetValue());
 }
 
+TEST_F(EventRecords, EachStatementLoadsByItsOwnColumnsWhereverSQLitePlacesIt) {
+  // Each statement may well reuse the memory of the one before it.
+  for (int i = 0; i < 3; ++i) {
+    const StreamMgrApi::EventRecordItem first = Load("select 'r' as reid, 5 as part");
+    EXPECT_EQ("r", first.reid.GetValue());
+    EXPECT_EQ(5u, first.part.GetValue());
+    const StreamMgrApi::EventRecordItem second = Load("select 'g' as groupid, 'q' as reid");
+    EXPECT_EQ("q", second.reid.GetValue());
+    EXPECT_EQ("g", second.groupId.GetValue());
+    EXPECT_EQ(0u, second.part.GetValue());
+  }
+}
+
 TEST_F(EventRecords, NullAndMissingColumnsReadAsZeroOrEmpty) {
   const StreamMgrApi::EventRecordItem e =
       Load("select NULL as reid, NULL as state, NULL as starttime, NULL as answers");

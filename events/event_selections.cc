@@ -9,6 +9,7 @@
 #include "cli/tool_context.h"
 #include "events/event_table.h"
 #include "recorder/event_record.h"
+#include "recorder/recorder_places.h"
 #include "recorder/stream_db.h"
 #include "recorder/stream_mgr_api.h"
 #include "store/access_path.h"
@@ -77,10 +78,11 @@ void WarnOfNullFields() {
   // The recorder's sql tool lists the affected events; it writes straight to
   // the terminal, so everything before it must be out first.
   std::cout.flush();
-  std::system(
-      "sql 'select reid,splitstate,totalfiles,groupid,part,totalparts from events where "
-      "streamstate is NULL or totalfiles is NULL or groupid is NULL or part is NULL or "
-      "totalparts is NULL'");
+  std::system((std::string(Recorder::kSqlCommand) +
+               "'select reid,splitstate,totalfiles,groupid,part,totalparts from events where "
+               "streamstate is NULL or totalfiles is NULL or groupid is NULL or part is NULL or "
+               "totalparts is NULL'")
+                  .c_str());
   std::cout << std::endl;
 }
 

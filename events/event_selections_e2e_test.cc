@@ -24,10 +24,10 @@ INSTANTIATE_TEST_SUITE_P(Paths, EventSelections, BothAccessPaths(), PathName);
 
 TEST_P(EventSelections, EmptyTablePrintsOnlyTheHeadings) {
   const RunResult r = Run({"-e", "-E", "-p", "-P", "-u"});
-  EXPECT_EQ(std::string(kGibHeading) + kBytesHeading + kGibHeading + kBytesHeading + kGibHeading,
-            r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{std::string(kGibHeading) + kBytesHeading + kGibHeading + kBytesHeading +
+                            kGibHeading,
+                        "", 0}),
+             r);
 }
 
 TEST_P(EventSelections, EventsListsEveryRowInStoreOrder) {
@@ -43,18 +43,14 @@ TEST_P(EventSelections, EventsListsEveryRowInStoreOrder) {
 TEST_P(EventSelections, HelpThenEventsPrintsTheUsageThenTheListing) {
   disk_.Exec(EventRow{"a"}.Insert());
   const RunResult r = Run({"-h", "-e"});
-  EXPECT_EQ(ExpectedUsage("db", !Direct()) + kGibHeading + DefaultRow("a"), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{ExpectedUsage("db", !Direct()) + kGibHeading + DefaultRow("a"), "", 0}), r);
 }
 
 TEST_P(EventSelections, EventsTwiceListsTwice) {
   disk_.Exec(EventRow{"a"}.Insert() + EventRow{"b"}.Insert());
   const RunResult r = Run({"-e", "-e"});
   const std::string listing = kGibHeading + DefaultRow("a") + DefaultRow("b");
-  EXPECT_EQ(listing + listing, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{listing + listing, "", 0}), r);
 }
 
 TEST_P(EventSelections, NullCriticalFieldIsWarnedOfAfterTheRows) {
@@ -104,9 +100,9 @@ TEST(EventSelectionsDirect, WarningIsPrintedEvenWithoutTheSqlCommand) {
   disk.Exec(EventRow{"n"}.Insert() + "update events set part = NULL;");
   // pidof and sh stay reachable; the recorder's sql command does not.
   const RunResult r = RunInSandbox(disk, {"env", "PATH=/usr/bin:/bin", BinDir() + "/db", "-e"});
-  EXPECT_EQ(kGibHeading + DefaultRow("n") + kNullWarning + "\n", r.out);
-  EXPECT_EQ("sh: 1: sql: not found\n", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{kGibHeading + DefaultRow("n") + kNullWarning + "\n",
+                        "sh: 1: sql: not found\n", 0}),
+             r);
 }
 
 TEST_P(EventSelections, UnreadableNullCountIsReportedOnTheDirectPathOnly) {
@@ -118,15 +114,15 @@ TEST_P(EventSelections, UnreadableNullCountIsReportedOnTheDirectPathOnly) {
       "insert into events values ('old', 2, NULL);");
   const RunResult r = RunDb(disk, GetParam(), {"-e"});
   EXPECT_EQ(std::string(kGibHeading) +
-                "old                           Recording   NotChecked      0  01/01/70 00:00:00  "
-                "00:00:00           0           0           0  r r   N      0                   "
-                "               0    0    N  0.000                    NA  \n",
+                // clang-format off
+                "old                           Recording   NotChecked      0  01/01/70 00:00:00  00:00:00           0           0           0  r r   N      0                                  0    0    N  0.000                    NA  \n",
+                // clang-format on
             r.out);
   if (Direct()) {
     EXPECT_EQ(
-        "unable to prepare: select count(*) from events where streamstate is NULL or totalfiles "
-        "is NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file "
-        "stats\n",
+        // clang-format off
+        "unable to prepare: select count(*) from events where streamstate is NULL or totalfiles is NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file stats\n",
+        // clang-format on
         r.err);
   } else {
     EXPECT_EQ("", r.err);
@@ -137,9 +133,17 @@ TEST_P(EventSelections, UnknownIdentifierIsNotFound) {
   disk_.Exec(EventRow{"a"}.Insert());
   const RunResult r = Run({"-r", "nope", "--reid=also-not", "-R", "A"});
   EXPECT_EQ(
-      "\nNOT FOUND: nope\n\n"
-      "\nNOT FOUND: also-not\n\n"
-      "\nNOT FOUND: A\n\n",
+      // clang-format off
+      "\n"
+      "NOT FOUND: nope\n"
+      "\n"
+      "\n"
+      "NOT FOUND: also-not\n"
+      "\n"
+      "\n"
+      "NOT FOUND: A\n"
+      "\n",
+      // clang-format on
       r.out);
   EXPECT_EQ("", r.err);
 }
@@ -162,17 +166,17 @@ void StoreGroup(const RecorderDisk& disk) {
 }
 
 const char kP1[] =
-    "p1                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45    "
-    "       0        1000        1200  r r   N      1  G1                              1    3    "
-    "N  0.000                    NA  \n";
+    // clang-format off
+    "p1                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              1    3    N  0.000                    NA  \n";
+    // clang-format on
 const char kP2[] =
-    "p2                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45    "
-    "       0        1000        1200  r r   N      1  G1                              2    3    "
-    "N  0.000                    NA  \n";
+    // clang-format off
+    "p2                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              2    3    N  0.000                    NA  \n";
+    // clang-format on
 const char kP3[] =
-    "p3                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45    "
-    "       0        1000        1200  r r   N      1  G1                              3    3    "
-    "N  0.000                    NA  \n";
+    // clang-format off
+    "p3                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              3    3    N  0.000                    NA  \n";
+    // clang-format on
 
 TEST_P(EventSelections, GroupIdListsTheWholeGroup) {
   StoreGroup(disk_);
@@ -187,9 +191,9 @@ TEST_P(EventSelections, ReidListsOneEventInBytes) {
   StoreGroup(disk_);
   const RunResult r = Run({"-R", "p2"});
   EXPECT_EQ(std::string(kBytesHeading) +
-                "p2                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1  G1                "
-                "              2    3    N            0                    NA  \n" +
+                // clang-format off
+                "p2                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              2    3    N            0                    NA  \n" +
+                // clang-format on
                 (Direct() ? "\n" : ""),
             r.out);
 }
@@ -235,15 +239,11 @@ TEST_P(EventSelections, SplitListsSplitEventsAndParts) {
   StoreSplitCandidates(disk_);
   const RunResult r = Run({"--split"});
   EXPECT_EQ(std::string(kGibHeading) +
-                "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    N  0.000                    NA  \n"
-                "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               2    0    N  0.000                    NA  \n"
-                "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    2    N  0.000                    NA  \n",
+                // clang-format off
+                "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
+                "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  2    0    N  0.000                    NA  \n"
+                "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    2    N  0.000                    NA  \n",
+                // clang-format on
             r.out);
   EXPECT_EQ("", r.err);
 }
@@ -252,15 +252,11 @@ TEST_P(EventSelections, UpperCaseSplitShowsBytes) {
   StoreSplitCandidates(disk_);
   const RunResult r = Run({"-P"});
   EXPECT_EQ(std::string(kBytesHeading) +
-                "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    N            0                    NA  \n"
-                "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               2    0    N            0                    NA  \n"
-                "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    2    N            0                    NA  \n",
+                // clang-format off
+                "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n"
+                "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  2    0    N            0                    NA  \n"
+                "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    2    N            0                    NA  \n",
+                // clang-format on
             r.out);
 }
 
@@ -276,18 +272,12 @@ TEST_P(EventSelections, UntransferredListsEveryOtherStateInGibibytes) {
   const RunResult r = Run({"-E", "--un"});
   const std::string untransferred =
       std::string(kGibHeading) +
-      "s0                            RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45  "
-      "         0        1000        1200  r r   N      1                                  0    0 "
-      "   N  0.000                    NA  \n"
-      "s2                            Recording   NotNeeded     100  01/02/24 03:04:05  03:05:45  "
-      "         0        1000        1200  r r   N      1                                  0    0 "
-      "   N  0.000                    NA  \n"
-      "s3                            InPost      NotNeeded     100  01/02/24 03:04:05  03:05:45  "
-      "         0        1000        1200  r r   N      1                                  0    0 "
-      "   N  0.000                    NA  \n"
-      "s9                               Invalid  NotNeeded     100  01/02/24 03:04:05  03:05:45  "
-      "         0        1000        1200  r r   N      1                                  0    0 "
-      "   N  0.000                    NA  \n";
+      // clang-format off
+      "s0                            RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
+      "s2                            Recording   NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
+      "s3                            InPost      NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
+      "s9                               Invalid  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n";
+      // clang-format on
   ASSERT_GT(r.out.size(), untransferred.size());
   EXPECT_EQ(untransferred, r.out.substr(r.out.size() - untransferred.size()));
   EXPECT_EQ("", r.err);
@@ -327,9 +317,9 @@ TEST_P(EventSelections, OptionsRunInTheOrderGiven) {
   const RunResult r = Run({"-r", "p1", "-r", "missing", "-R", "p3"});
   const std::string gap = Direct() ? "\n" : "";
   EXPECT_EQ(kGibHeading + (kP1 + gap) + "\nNOT FOUND: missing\n\n" + kBytesHeading +
-                "p3                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1  G1                "
-                "              3    3    N            0                    NA  \n" +
+                // clang-format off
+                "p3                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              3    3    N            0                    NA  \n" +
+                // clang-format on
                 gap,
             r.out);
 }

@@ -14,6 +14,7 @@
 #include "recorder/config_mp_client.h"
 #include "recorder/log_client.h"
 #include "store/event_state_names.h"
+#include "store/recorder_arithmetic.h"
 #include "store/table_row.h"
 #include "store/time_text.h"
 
@@ -63,7 +64,7 @@ SizeMode SizeModeOf(unsigned flag) {
   if (flag != 0) {
     return {{"   Bytes   ", 11}, 1.0, 0};
   }
-  return {{" GiB ", 5}, 1073741824.0, 3};
+  return {{" GiB ", 5}, kBytesPerGiB, 3};
 }
 
 // Start, stop and export times of a row, formatted with the process's own
@@ -88,11 +89,6 @@ struct RowTimes {
   std::string_view export_;
 };
 
-// Stored times are signed 32-bit seconds and their differences wrap likewise.
-int32_t Difference32(int64_t later, int64_t earlier) {
-  return static_cast<int32_t>(static_cast<uint32_t>(later) - static_cast<uint32_t>(earlier));
-}
-
 char CodeLetter(StreamMgrApi::CrCode code) {
   static const char kLetters[] = "rcak";
   const uint32_t value = code;
@@ -106,7 +102,7 @@ double HoursTillReExport(uint32_t reExportHours, int32_t exportTime) {
   if (reExportHours == 0) {
     return 0;
   }
-  const int32_t sinceExport = Difference32(std::time(nullptr), exportTime);
+  const int32_t sinceExport = WrappedDifference(std::time(nullptr), exportTime);
   return (static_cast<double>(reExportHours) * 3600 - sinceExport) / 3600;
 }
 
@@ -147,7 +143,7 @@ void DisplayEvent(const StreamMgrApi::EventRecordItem& event, unsigned flag) {
   const RowTimes times(event);
   const std::string& reid = event.reid.GetValue();
   const std::string path = kMetadataDirectory + reid;
-  int32_t seconds = Difference32(event.stopTime.GetValue(), event.startTime.GetValue());
+  int32_t seconds = WrappedDifference(event.stopTime.GetValue(), event.startTime.GetValue());
   if (seconds < 0) {
     seconds = -1;
   }

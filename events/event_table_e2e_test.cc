@@ -58,28 +58,19 @@ TEST_P(EventTable, EveryColumnOfARow) {
              never.Insert());
 
   const RunResult r = Run({"-e"});
-  EXPECT_EQ(std::string(kGibHeading) +
-                "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    N  0.000                    NA  \n"
-                "backwards                     Transfered  AlreadySpl     -1  01/02/24 03:04:05  "
-                "03:03:20           0        1000        1200  c k   Y      1                   "
-                "               0    0    N  0.000                    NA  \n"
-                "odd                              Invalid     Invalid    100  01/02/24 03:04:05  "
-                "03:05:45    04:04:05  4294967295           5  ? a   N  123456                  "
-                "              1000    7    N  0.000                    NA  \n"
-                "answers                       Recording   SplitPend     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    N  0.000                    NA                    A1  \n"
-                "LLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLL  InPost      ExportOnly    100  01/02/24 "
-                "03:04:05  03:05:45           0        1000        1200  r r   N      1  "
-                "GGGGGGGGGGGGGGGGGGGGGGGGGGGGGG    0    0    N  0.000                    NA  \n"
-                "exportneg                     RecordCmpl  NotChecked    100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    N  0.000                    NA  \n",
-            r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(
+      (RunResult{
+          std::string(kGibHeading) +
+              // clang-format off
+              "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
+              "backwards                     Transfered  AlreadySpl     -1  01/02/24 03:04:05  03:03:20           0        1000        1200  c k   Y      1                                  0    0    N  0.000                    NA  \n"
+              "odd                              Invalid     Invalid    100  01/02/24 03:04:05  03:05:45    04:04:05  4294967295           5  ? a   N  123456                                1000    7    N  0.000                    NA  \n"
+              "answers                       Recording   SplitPend     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA                    A1  \n"
+              "LLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLL  InPost      ExportOnly    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  GGGGGGGGGGGGGGGGGGGGGGGGGGGGGG    0    0    N  0.000                    NA  \n"
+              "exportneg                     RecordCmpl  NotChecked    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n",
+              // clang-format on
+          "", 0}),
+      r);
 }
 
 // A pair of metadata files whose description lists `segments`.
@@ -121,21 +112,13 @@ TEST_P(EventTable, SizesInGibibytes) {
   StageSizes(disk_);
   const RunResult r = Run({"-e"});
   EXPECT_EQ(std::string(kGibHeading) +
-                "gib15                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y  1.500                    NA  \n"
-                "big                           RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y  11.016                    NA  \n"
-                "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y  0.000                    NA  \n"
-                "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    N  0.000                    NA  \n"
-                "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y  17179869184.000                    NA  \n",
+                // clang-format off
+                "gib15                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  1.500                    NA  \n"
+                "big                           RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  11.016                    NA  \n"
+                "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  0.000                    NA  \n"
+                "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
+                "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  17179869184.000                    NA  \n",
+                // clang-format on
             r.out);
   EXPECT_EQ("", r.err);
 }
@@ -144,21 +127,13 @@ TEST_P(EventTable, SizesInBytes) {
   StageSizes(disk_);
   const RunResult r = Run({"-E"});
   EXPECT_EQ(std::string(kBytesHeading) +
-                "gib15                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y   1610612736                    NA  \n"
-                "big                           RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y  11827937280                    NA  \n"
-                "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y         1000                    NA  \n"
-                "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    N            0                    NA  \n"
-                "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y  18446744073709547520                    NA  \n",
+                // clang-format off
+                "gib15                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y   1610612736                    NA  \n"
+                "big                           RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  11827937280                    NA  \n"
+                "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         1000                    NA  \n"
+                "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n"
+                "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  18446744073709547520                    NA  \n",
+                // clang-format on
             r.out);
   EXPECT_EQ("", r.err);
 }
@@ -192,43 +167,27 @@ TEST_P(EventTable, UnusableMetadataStillGivesARowAndTheMessages) {
   const std::string store = disk_.Dump();
 
   const RunResult r = Run({"-E"});
-  EXPECT_EQ(std::string(kBytesHeading) +
-                "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y           10                    NA  \n"
-                "noname                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y     98566144                    NA  \n"
-                "notint                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y     98566144                    NA  \n"
-                "empty                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y            0                    NA  \n"
-                "deep                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y            7                    NA  \n"
-                "locked                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y         2048                    NA  \n"
-                "wrapped                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y         1000                    NA  \n"
-                "huge                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y      2000000                    NA  \n"
-                "comment                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y            5                    NA  \n",
-            r.out);
-  EXPECT_EQ(
-      "Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml"
-      ":'name' attribute missing"
-      "Start offset invalid"
-      "Failed to load XML file: /mnt/hd/connectionmgr/empty.xml"
-      "Failed to load XML file: /mnt/hd/connectionmgr/deep.xml",
-      r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(
+      (RunResult{
+          std::string(kBytesHeading) +
+              // clang-format off
+              "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y           10                    NA  \n"
+              "noname                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566144                    NA  \n"
+              "notint                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566144                    NA  \n"
+              "empty                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            0                    NA  \n"
+              "deep                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            7                    NA  \n"
+              "locked                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         2048                    NA  \n"
+              "wrapped                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         1000                    NA  \n"
+              "huge                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y      2000000                    NA  \n"
+              "comment                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            5                    NA  \n",
+              // clang-format on
+          "Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml"
+          ":'name' attribute missing"
+          "Start offset invalid"
+          "Failed to load XML file: /mnt/hd/connectionmgr/empty.xml"
+          "Failed to load XML file: /mnt/hd/connectionmgr/deep.xml",
+          0}),
+      r);
   EXPECT_EQ(store, disk_.Dump());
   EXPECT_EQ(std::string(2048, 'm'), disk_.ReadFile("connectionmgr/locked.mtd"));
 }
@@ -243,18 +202,15 @@ TEST_P(EventTable, AComplaintAboutMetadataComesAfterTheColumnsBeforeTheSize) {
   SandboxOptions options;
   options.streamMgr = GetParam() == AccessPath::kDaemon;
   const RunResult r = RunInSandbox(disk_, {"sh", "-c", "db -E 2>&1"}, options);
-  EXPECT_EQ(std::string(kBytesHeading) +
-                "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y  "
-                "Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml"
-                "         10                    NA  \n"
-                "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    N            0                    NA  \n",
-            r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(
+      (RunResult{
+          std::string(kBytesHeading) +
+              // clang-format off
+              "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml         10                    NA  \n"
+              "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n",
+              // clang-format on
+          "", 0}),
+      r);
 }
 
 TEST_P(EventTable, DataFileThatIsAFolderIsStagedWithTheFolderSize) {
@@ -263,9 +219,9 @@ TEST_P(EventTable, DataFileThatIsAFolderIsStagedWithTheFolderSize) {
   ASSERT_EQ(0, mkdir((disk_.Path() + "/connectionmgr/mtddir.mtd").c_str(), 0755));
   const RunResult r = Run({"-e"});
   EXPECT_EQ(std::string(kGibHeading) +
-                "mtddir                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y  0.000                    NA  \n",
+                // clang-format off
+                "mtddir                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  0.000                    NA  \n",
+                // clang-format on
             r.out);
   EXPECT_EQ("", r.err);
 }
@@ -408,12 +364,10 @@ TEST_P(EventTable, UnreadableMetadataForAnUnprivilegedUser) {
   const RunResult r = Run({"-E"}, options);
   // The description cannot be read; the data file is only measured, never read.
   EXPECT_EQ(std::string(kBytesHeading) +
-                "xmlhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y           30                    NA  \n"
-                "mtdhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-                "03:05:45           0        1000        1200  r r   N      1                   "
-                "               0    0    Y     98566184                    NA  \n",
+                // clang-format off
+                "xmlhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y           30                    NA  \n"
+                "mtdhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566184                    NA  \n",
+                // clang-format on
             r.out);
   EXPECT_EQ("Failed to load XML file: /mnt/hd/connectionmgr/xmlhidden.xml", r.err);
 }

@@ -8,23 +8,14 @@
 #include <string>
 
 #include "events/expected_event_table.h"
+#include "testing/stream_capture.h"
 
 namespace {
 
 // Collects what the code under test writes to standard output.
-class OutputCapture {
+class OutputCapture : public StreamCapture {
  public:
-  OutputCapture() : previous_(std::cout.rdbuf(text_.rdbuf())) {}
-  ~OutputCapture() {
-    std::cout.rdbuf(previous_);
-    std::cout.flags(std::ios::fmtflags{});
-    std::cout.precision(6);
-  }
-  std::string Text() const { return text_.str(); }
-
- private:
-  std::ostringstream text_;
-  std::streambuf* previous_;
+  OutputCapture() : StreamCapture(std::cout) {}
 };
 
 // An unstaged event: there is no recorder disk in this process, so no

@@ -1,4 +1,6 @@
 #include "events/metadata_files.h"
+#include "recorder/recorder_places.h"
+#include "store/recorder_arithmetic.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -10,7 +12,7 @@
 #include <cstdlib>
 #include <iostream>
 
-const char* const kMetadataDirectory = "/mnt/hd/connectionmgr/";
+const char* const kMetadataDirectory = Recorder::kMetadataFolder;
 
 namespace {
 
@@ -43,19 +45,13 @@ std::FILE* OpenDescription(const std::string& path) {
   return file;
 }
 
-// Differences wrap in 32 bits as the recorder computes them, so a stop before
-// its start lowers the total instead of being clamped.
-int32_t Difference(int32_t minuend, int32_t subtrahend) {
-  return static_cast<int32_t>(static_cast<uint32_t>(minuend) - static_cast<uint32_t>(subtrahend));
-}
-
 // Bytes one segment adds: a stop of 0 means "to the end of the stream file";
 // a negative stop, or a negative start running to the end, adds nothing.
 int32_t SegmentBytes(int32_t start, int32_t stop) {
   if (stop == 0) {
-    return start >= 0 ? Difference(kStreamFileBytes, start) : 0;
+    return start >= 0 ? WrappedDifference(kStreamFileBytes, start) : 0;
   }
-  return stop > 0 ? Difference(stop, start) : 0;
+  return stop > 0 ? WrappedDifference(stop, start) : 0;
 }
 
 // The integer attribute `name` of `segment`, read as the library reads it

@@ -1,5 +1,6 @@
 // IsStaged and EventSize on metadata files in a temporary folder.
 #include "events/metadata_files.h"
+#include "testing/stream_capture.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -15,15 +16,9 @@
 namespace {
 
 // Collects what the code under test writes to standard error.
-class ErrorCapture {
+class ErrorCapture : public StreamCapture {
  public:
-  ErrorCapture() : previous_(std::cerr.rdbuf(text_.rdbuf())) {}
-  ~ErrorCapture() { std::cerr.rdbuf(previous_); }
-  std::string Text() const { return text_.str(); }
-
- private:
-  std::ostringstream text_;
-  std::streambuf* previous_;
+  ErrorCapture() : StreamCapture(std::cerr) {}
 };
 
 class MetadataFilesTest : public ::testing::Test {

@@ -30,19 +30,18 @@ class ClosedOutput : public ::testing::TestWithParam<AccessPath> {
 
 TEST_P(ClosedOutput, ClosedStandardOutputStillDeletes) {
   const RunResult r = RunShell(disk_, GetParam(), "exec db -e -d r1 -f '*' -t >&-");
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"", "", 0}), r);
   EXPECT_EQ(afterDeletingR1_, disk_.Dump());
 }
 
 TEST_P(ClosedOutput, ClosedStandardOutputStillReportsFailures) {
   const RunResult r = RunShell(disk_, GetParam(), "exec db -d nosuch >&-");
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ(GetParam() == AccessPath::kDirect ? "  Event or groupId not found:  id = nosuch\n"
-                                              : "  Event or groupId not found: nosuch\n",
-            r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(
+      (RunResult{"",
+                 GetParam() == AccessPath::kDirect ? "  Event or groupId not found:  id = nosuch\n"
+                                                   : "  Event or groupId not found: nosuch\n",
+                 0}),
+      r);
   EXPECT_EQ(before_, disk_.Dump());
 }
 
@@ -63,9 +62,7 @@ TEST_P(ClosedOutput, ReaderStoppingEarlyKeepsADeletionThatRanBefore) {
   const RunResult r =
       RunShell(disk_, GetParam(),
                "{ env --default-signal=PIPE db -d r1 -f '*'; echo \"db: $?\" >&2; } | head -1");
-  EXPECT_EQ("  Successfully deleted 1 event:  id = r1\n", r.out);
-  EXPECT_EQ("db: 141\n", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"  Successfully deleted 1 event:  id = r1\n", "db: 141\n", 0}), r);
   EXPECT_EQ(afterDeletingR1_, disk_.Dump());
 }
 
@@ -76,9 +73,7 @@ TEST_P(ClosedOutput, ReaderStoppingEarlyWithSigpipeIgnoredRunsTheLaterOptions) {
   const RunResult r =
       RunShell(disk_, GetParam(),
                "{ env --ignore-signal=PIPE db -f '*' -d r1; echo \"db: $?\" >&2; } | head -3");
-  EXPECT_EQ(files_e2e::kHeading, r.out);
-  EXPECT_EQ("db: 0\n", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{files_e2e::kHeading, "db: 0\n", 0}), r);
   EXPECT_EQ(afterDeletingR1_, disk_.Dump());
 }
 

@@ -55,9 +55,7 @@ TEST(DaemonFailure, DaemonDyingAfterTheFirstPageEndsTheListingThere) {
   const std::string before = disk.Dump();
   // Request 1 is the count, request 2 the first page of 1000 rows.
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-f", "*", "-t"}, Daemon("--die-after 2"));
-  EXPECT_EQ(Listing(GeneratedRows(1, 1000), 2500) + kUnansweredCounts, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{Listing(GeneratedRows(1, 1000), 2500) + kUnansweredCounts, "", 0}), r);
   EXPECT_EQ(before, disk.Dump());
 }
 
@@ -87,12 +85,11 @@ TEST(DaemonFailure, DaemonDyingDuringADeletionKeepsTheEventsItDidNotDelete) {
   // Request 1 lists the events, request 2 deletes r1; then the daemon is gone.
   const RunResult r =
       RunDb(disk, AccessPath::kDaemon, {"--deleteall", "-e"}, Daemon("--die-after 2"));
-  EXPECT_EQ("  Successfully deleted 1 events\n" + std::string(kGibHeading), r.out);
-  EXPECT_EQ(
-      "  Failed to delete event:  reid= r2  groupId= \n"
-      "  Failed to delete event:  reid= r3  groupId= \n",
-      r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"  Successfully deleted 1 events\n" + std::string(kGibHeading),
+                        "  Failed to delete event:  reid= r2  groupId= \n"
+                        "  Failed to delete event:  reid= r3  groupId= \n",
+                        0}),
+             r);
   EXPECT_EQ(expected.Dump(), disk.Dump());
 }
 
@@ -102,9 +99,9 @@ TEST(DaemonFailure, GarbledAnswersReadAsFailedRequests) {
   const std::string before = disk.Dump();
   const RunResult r =
       RunDb(disk, AccessPath::kDaemon, {"-e", "-f", "*", "-d", "r1", "-t"}, Daemon("--garbage"));
-  EXPECT_EQ(kGibHeading + Listing({}, 0) + kUnansweredCounts, r.out);
-  EXPECT_EQ("  Event or groupId not found: r1\n", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{kGibHeading + Listing({}, 0) + kUnansweredCounts,
+                        "  Event or groupId not found: r1\n", 0}),
+             r);
   EXPECT_EQ(before, disk.Dump());
 }
 
@@ -113,9 +110,7 @@ TEST(DaemonFailure, DaemonWithoutEndpointEndsTheToolBeforeAnyOption) {
   disk.Exec(EventRow("r1").Insert());
   const std::string before = disk.Dump();
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"--deleteall"}, Daemon("--no-ipc"));
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ("Error initializing the ipc connection\n", r.err);
-  EXPECT_EQ(1, r.status);
+  EXPECT_RUN((RunResult{"", "Error initializing the ipc connection\n", 1}), r);
   EXPECT_EQ(before, disk.Dump());
 }
 

@@ -1,4 +1,5 @@
 #include "faults/fault_helpers.h"
+#include "recorder/recorder_places.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -52,7 +53,7 @@ std::string LinkFolder(const RecorderDisk& disk, const std::string& name,
     const std::string link = folder + "/" + target.substr(target.rfind('/') + 1);
     EXPECT_EQ(0, symlink(target.c_str(), link.c_str())) << link;
   }
-  return "/mnt/hd/" + name;
+  return std::string(Recorder::kDisk) + "/" + name;
 }
 
 std::string SystemProgram(const std::string& name) {

@@ -6,6 +6,7 @@
 
 #include "events/expected_event_table.h"
 #include "faults/fault_helpers.h"
+#include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -13,8 +14,7 @@ namespace {
 
 using faults::StoreLock;
 
-const char kStartUpRefused[] =
-    "unable to prepare: select number, size from streamfilesmainunable to access database\n";
+const char* const kStartUpRefused = kNoFileSizesLine;
 
 class LockedStore : public ::testing::TestWithParam<AccessPath> {
  protected:
@@ -37,12 +37,12 @@ TEST_P(LockedStore, ListingWhileAnotherWriterCommitsShowsNoRows) {
   EXPECT_EQ(kGibHeading, r.out);
   // The daemon's query fails in the same way, and a failed request is an
   // empty list: nothing is reported on that path.
-  EXPECT_EQ(Direct() ? std::string(kStartUpRefused) +
-                           "unable to prepare: select * from events"
-                           "unable to prepare: select count(*) from events where streamstate is "
-                           "NULL or totalfiles is NULL or groupid is NULL or part is NULL or "
-                           "totalparts is NULL: error getting file stats\n"
-                     : "",
+  EXPECT_EQ(Direct()
+                ? std::string(kStartUpRefused) +
+                      // clang-format off
+                           "unable to prepare: select * from eventsunable to prepare: select count(*) from events where streamstate is NULL or totalfiles is NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file stats\n"
+                // clang-format on
+                : "",
             r.err);
   EXPECT_EQ(0, r.status);
   EXPECT_EQ(before_, disk_.Dump());
@@ -55,9 +55,7 @@ TEST_P(LockedStore, ListingWhileAnotherWriterWritesShowsTheCommittedRows) {
     ASSERT_TRUE(lock.Held());
     r = RunDb(disk_, GetParam(), {"-e"});
   }
-  EXPECT_EQ(kGibHeading + DefaultRow("r1") + DefaultRow("r2"), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{kGibHeading + DefaultRow("r1") + DefaultRow("r2"), "", 0}), r);
   EXPECT_EQ(before_, disk_.Dump());
 }
 
@@ -72,9 +70,10 @@ TEST_P(LockedStore, DeletionWhileAnotherWriterCommitsDeletesNothing) {
   const std::string byId = "select count(*) from events where reid='r1' or groupId='r1'";
   EXPECT_EQ(Direct() ? std::string(kStartUpRefused) + "unable to prepare: " + byId +
                            "stmt Error: 5  sql='" + byId +
+                           // clang-format off
                            "'\n"
-                           "unable to prepare: select count(*) from eventsstmt Error: 5  "
-                           "sql='select count(*) from events'\n"
+                           "unable to prepare: select count(*) from eventsstmt Error: 5  sql='select count(*) from events'\n"
+                     // clang-format on
                      : "  Event or groupId not found: r1\n"
                        "  No events found...no action taken.\n",
             r.err);
@@ -120,11 +119,10 @@ TEST_P(LockedStore, TheStoreIsUsableAgainOnceTheWriterIsDone) {
     RunDb(disk_, GetParam(), {"-e"});
   }
   const RunResult r = RunDb(disk_, GetParam(), {"-d", "r1", "-e"});
-  EXPECT_EQ(
-      "  Successfully deleted 1 event:  id = r1\n" + std::string(kGibHeading) + DefaultRow("r2"),
-      r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"  Successfully deleted 1 event:  id = r1\n" + std::string(kGibHeading) +
+                            DefaultRow("r2"),
+                        "", 0}),
+             r);
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, LockedStore, BothAccessPaths(), PathName);

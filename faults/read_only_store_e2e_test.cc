@@ -7,6 +7,7 @@
 
 #include "events/expected_event_table.h"
 #include "faults/fault_helpers.h"
+#include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -32,10 +33,7 @@ TEST_F(ReadOnlyStore, ReadOnlyMountListsAndRefusesDeletionsDirectly) {
   const RunResult r =
       faults::RunShell(disk_, AccessPath::kDirect,
                        "mount -o remount,ro,bind /mnt/hd && exec db -e -d r1 --deleteall -t");
-  EXPECT_EQ(kGibHeading + DefaultRow("r1") + DefaultRow("r2") +
-                "\n"
-                "Table Name    Entries\n"
-                "============  =======\n"
+  EXPECT_EQ(kGibHeading + DefaultRow("r1") + DefaultRow("r2") + kTablesHeading +
                 "events             2\n"
                 "streamfiles        0\n"
                 "status             0\n"

@@ -33,16 +33,15 @@ class SlowConfig : public ::testing::TestWithParam<AccessPath> {
 
 TEST_P(SlowConfig, SlowAnswersStillShowTheSetting) {
   const RunResult r = RunDb(disk_, GetParam(), {"-e"}, ConfigMp("--delay-ms 300"));
-  EXPECT_EQ(kGibHeading + RowWithHours("r1", "Disabled") + RowWithHours("r2", "Disabled"), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(
+      (RunResult{kGibHeading + RowWithHours("r1", "Disabled") + RowWithHours("r2", "Disabled"), "",
+                 0}),
+      r);
 }
 
 TEST_P(SlowConfig, GarbledAnswersShowNotAvailable) {
   const RunResult r = RunDb(disk_, GetParam(), {"-e"}, ConfigMp("--garbage"));
-  EXPECT_EQ(kGibHeading + DefaultRow("r1") + DefaultRow("r2"), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{kGibHeading + DefaultRow("r1") + DefaultRow("r2"), "", 0}), r);
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, SlowConfig, BothAccessPaths(), PathName);
@@ -56,9 +55,7 @@ TEST(SlowConfigTimeOut, AnswerLaterThanTheClientWaitsShowsNotAvailable) {
   options.configMp = true;
   options.configMpArgs = "--delay-ms 31000";
   const RunResult r = RunDb(disk, AccessPath::kDirect, {"-e"}, options);
-  EXPECT_EQ(kGibHeading + DefaultRow("r1"), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{kGibHeading + DefaultRow("r1"), "", 0}), r);
 }
 
 }  // namespace

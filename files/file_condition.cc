@@ -4,9 +4,6 @@
 
 namespace {
 
-// Stream number that stands for every stream.
-constexpr uint32_t kAllStreams = 99;
-
 std::string RowSelection(const FileOptions& options) {
   if (options.showCurrent) {
     // The file being written is the last of a chain that has a predecessor;

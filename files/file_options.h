@@ -5,9 +5,12 @@
 #include <cstdint>
 #include <string>
 
+// Stream number that stands for every stream.
+constexpr uint32_t kAllStreams = 99;
+
 struct FileOptions {
   std::string numberPattern = "%";  // SQL LIKE pattern for the file number
-  uint32_t stream = 99;             // 99: every stream
+  uint32_t stream = kAllStreams;
   bool showCurrent = false;
   bool showAllocated = false;
   bool showFree = false;

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "cli/tool_context.h"
+#include "testing/stream_capture.h"
 
 namespace {
 
@@ -17,14 +18,9 @@ using StreamMgrApi::StreamFileType;
 
 class FileRowTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    toolContext.running = false;
-    saved_ = std::cout.rdbuf(out_.rdbuf());
-  }
-  void TearDown() override { std::cout.rdbuf(saved_); }
+  void SetUp() override { toolContext.running = false; }
 
-  std::ostringstream out_;
-  std::streambuf* saved_ = nullptr;
+  StreamCapture out_{std::cout};
 };
 
 StreamfileRecordItem File() {
@@ -56,13 +52,13 @@ TEST_F(FileRowTest, Heading) {
       "Prev  Next  Type  \n"
       "======  ======  ========  ========  =================  ========  ==========  ==========  "
       "====  ====  ====  \n",
-      out_.str());
+      out_.Text());
 }
 
 TEST_F(FileRowTest, OneRow) {
   StreamfileRecordItem file = File();
   DisplayFile(file);
-  EXPECT_EQ(kFileLine, out_.str());
+  EXPECT_EQ(kFileLine, out_.Text());
 }
 
 TEST_F(FileRowTest, FreeStateKeepsItsBlanks) {
@@ -73,7 +69,7 @@ TEST_F(FileRowTest, FreeStateKeepsItsBlanks) {
   EXPECT_EQ(
       "    12       1  Free      98566144  01/02/24 03:04:05  03:09:05        1596        2200  "
       "  11    13  Init  \n",
-      out_.str());
+      out_.Text());
 }
 
 TEST_F(FileRowTest, InvalidStateIsPaddedAndWideTypesPushTheSeparator) {
@@ -93,7 +89,7 @@ TEST_F(FileRowTest, InvalidStateIsPaddedAndWideTypesPushTheSeparator) {
       "  11    13  Invalid  \n"
       "    12       1  Allocatd  98566144  01/02/24 03:04:05  03:09:05        1596        2200  "
       "  11    13  Bkgd  \n",
-      out_.str());
+      out_.Text());
 }
 
 TEST_F(FileRowTest, WideNumbersPushTheRestRight) {
@@ -113,7 +109,7 @@ TEST_F(FileRowTest, WideNumbersPushTheRestRight) {
   EXPECT_EQ(
       "4294967295  4294967295   Invalid  4294967295  02/07/06 06:28:15  06:28:15  4294967295  "
       "4294967295  4294967295  4294967295  Invalid  \n",
-      out_.str());
+      out_.Text());
 }
 
 TEST_F(FileRowTest, ZeroRecordIsTheEpoch) {
@@ -122,7 +118,7 @@ TEST_F(FileRowTest, ZeroRecordIsTheEpoch) {
   EXPECT_EQ(
       "     0       0  Free             0  01/01/70 00:00:00  00:00:00           0           0  "
       "   0     0  Init  \n",
-      out_.str());
+      out_.Text());
 }
 
 TEST_F(FileRowTest, WithoutTheDaemonTheTableSizeIsShown) {
@@ -134,14 +130,14 @@ TEST_F(FileRowTest, WithoutTheDaemonTheTableSizeIsShown) {
   EXPECT_EQ(
       "    12       1  UsedKeep  98566144  01/02/24 03:04:05  03:09:05        1596        2200  "
       "  11     0  Norm  \n",
-      out_.str());
+      out_.Text());
 }
 
 TEST_F(FileRowTest, LeftAlignmentLeftByAnotherHandlerDoesNotLeak) {
   std::cout << std::left;
   StreamfileRecordItem file = File();
   DisplayFile(file);
-  EXPECT_EQ(kFileLine, out_.str());
+  EXPECT_EQ(kFileLine, out_.Text());
   std::cout << std::right;
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "files/files_e2e_fixture.h"
+#include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -92,9 +93,7 @@ TEST_P(FilesBadInput, EveryByteValueAsTheWholeArgument) {
     expected += ListingForByte(byte);
   }
   const RunResult r = RunEach(disk, arguments);
-  EXPECT_EQ(expected, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{expected, "", 0}), r);
 }
 
 TEST_P(FilesBadInput, EveryByteValueAfterAValidPrefix) {
@@ -121,9 +120,7 @@ TEST_P(FilesBadInput, EveryByteValueAfterAValidPrefix) {
     }
   }
   const RunResult r = RunEach(disk, arguments);
-  EXPECT_EQ(expected, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{expected, "", 0}), r);
 }
 
 TEST_P(FilesBadInput, LongArgumentsOfLetters) {
@@ -131,9 +128,7 @@ TEST_P(FilesBadInput, LongArgumentsOfLetters) {
   disk.Exec(SampleFiles());
   const RunResult r = Run(disk, {"-f", std::string(100000, 'c'), "-f", std::string(100000, 'x')});
   // The second argument changes nothing, so it lists the current files again.
-  EXPECT_EQ(Listing({kRow3, kRow205}) + Listing({kRow3, kRow205}), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{Listing({kRow3, kRow205}) + Listing({kRow3, kRow205}), "", 0}), r);
 }
 
 TEST_P(FilesBadInput, LongArgumentStoppedEarly) {
@@ -150,13 +145,13 @@ TEST_P(FilesBadInput, LongNumberPattern) {
   const RunResult r = Run(disk, {"-f", std::string(100000, '1')});
   // The store refuses a LIKE pattern this long when it evaluates it: directly
   // both statements fail while stepping; the daemon answers both as failed.
-  EXPECT_EQ(Listing({}), r.out);
-  EXPECT_EQ(Daemon() ? ""
-                     : "stmt Error: \n"
-                       "could not free statement, leaking memory\n"
-                       "could not free statement, leaking memory\n",
-            r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{Listing({}),
+                        Daemon() ? ""
+                                 : "stmt Error: \n"
+                                   "could not free statement, leaking memory\n"
+                                   "could not free statement, leaking memory\n",
+                        0}),
+             r);
 }
 
 TEST_P(FilesBadInput, LongWildcardPatternOfAcceptableLength) {
@@ -172,9 +167,7 @@ TEST_P(FilesBadInput, PatternsThatMatchNothing) {
   disk.Exec(SampleFiles());
   const RunResult r =
       Run(disk, {"-f", "0", "-f", "99999999999999999999", "-f", "?????", "-f", "12?"});
-  EXPECT_EQ(Listing({}) + Listing({}) + Listing({}) + Listing({}), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{Listing({}) + Listing({}) + Listing({}) + Listing({}), "", 0}), r);
 }
 
 TEST_P(FilesBadInput, QuoteNeverReachesTheSql) {
@@ -194,19 +187,22 @@ TEST_P(FilesBadInput, RowsWithNullsNegativesAndOversizedNumbers) {
       "4294967300, 0, 9, 4294967396, 1);"
       "insert into streamfiles values (9, 'two', 2, 1.9, '12', 'x', 60, 8, 10, 'abc', '1');");
   const RunResult r = Run(disk, {"-f", "*"});
-  EXPECT_EQ(Listing({
-                "4294967291  4294967295   Invalid  4294967295  02/07/06 06:28:15  06:28:15  "
-                "4294967295  4294967294  4294967295  4294967295  Invalid  \n",
-                "     7       0  Free             0  01/01/70 00:00:00  00:00:00           0  "
-                "         0     0     0  Init  \n",
-                "     8       1  Free           100  01/01/70 00:00:00  00:00:04           0  "
-                "         0     0     9  Norm  \n",
-                "     9       0  UsedFree         0  01/01/70 00:00:00  00:01:00           1  "
-                "        12     8    10  Norm  \n",
-            }),
-            r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{Listing({
+                            // clang-format off
+                     "4294967291  4294967295   Invalid  4294967295  02/07/06 06:28:15  06:28:15  4294967295  4294967294  4294967295  4294967295  Invalid  \n",
+                            // clang-format on
+                            // clang-format off
+                     "     7       0  Free             0  01/01/70 00:00:00  00:00:00           0           0     0     0  Init  \n",
+                            // clang-format on
+                            // clang-format off
+                     "     8       1  Free           100  01/01/70 00:00:00  00:00:04           0           0     0     9  Norm  \n",
+                            // clang-format on
+                            // clang-format off
+                     "     9       0  UsedFree         0  01/01/70 00:00:00  00:01:00           1          12     8    10  Norm  \n",
+                            // clang-format on
+                        }),
+                        "", 0}),
+             r);
 }
 
 TEST_P(FilesBadInput, NullsNeverMatchTheCurrentOrStateFilters) {
@@ -225,16 +221,20 @@ TEST_P(FilesBadInput, StatesAndTypesOutsideTheirEnumerations) {
             Row(4, 0, 4294967295, 40, 50, 0, 0, 3, 5, 400, 4294967295).Insert());
   const RunResult r = Run(disk, {"-f", "*", "-f", "fkat"});
   const std::string row3 =
-      "     3       0  UsedFree       300  01/01/70 00:00:00  00:00:00          30          40     "
-      "2     4  Invalid  \n";
+      // clang-format off
+      "     3       0  UsedFree       300  01/01/70 00:00:00  00:00:00          30          40     2     4  Invalid  \n";
+  // clang-format on
   EXPECT_EQ(Listing({
-                "     1       0   Invalid       100  01/01/70 00:00:00  00:00:00          10      "
-                "    20     0     2  Wiped  \n",
-                "     2       0   Invalid       200  01/01/70 00:00:00  00:00:00          20      "
-                "    30     1     3  Invalid  \n",
+                // clang-format off
+                "     1       0   Invalid       100  01/01/70 00:00:00  00:00:00          10          20     0     2  Wiped  \n",
+                // clang-format on
+                // clang-format off
+                "     2       0   Invalid       200  01/01/70 00:00:00  00:00:00          20          30     1     3  Invalid  \n",
+                // clang-format on
                 row3,
-                "     4       0   Invalid       400  01/01/70 00:00:00  00:00:00          40      "
-                "    50     3     5  Invalid  \n",
+                // clang-format off
+                "     4       0   Invalid       400  01/01/70 00:00:00  00:00:00          40          50     3     5  Invalid  \n",
+                // clang-format on
             }) + Listing({row3}),
             r.out);
   EXPECT_EQ("", r.err);
@@ -243,16 +243,16 @@ TEST_P(FilesBadInput, StatesAndTypesOutsideTheirEnumerations) {
 TEST_P(FilesBadInput, StoreWithoutTheTable) {
   RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
   const RunResult r = Run(disk, {"-f", "s2"});
-  EXPECT_EQ(Listing({}), r.out);
-  EXPECT_EQ(Daemon() ? ""
-                     : "unable to prepare: select number, size from streamfilesmainunable to "
-                       "access database\n"
-                       "unable to prepare: select count(*) from streamfiles where  number like "
-                       "'%' and stream=2 order by starttick asc"
-                       "unable to prepare: select * from streamfiles where  number like '%' and "
-                       "stream=2 order by starttick asc",
-            r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(
+      (RunResult{
+          Listing({}),
+          Daemon() ? ""
+                   : std::string(kNoFileSizesLine) +
+                         // clang-format off
+                       "unable to prepare: select count(*) from streamfiles where  number like '%' and stream=2 order by starttick ascunable to prepare: select * from streamfiles where  number like '%' and stream=2 order by starttick asc",
+          // clang-format on
+          0}),
+      r);
 }
 
 TEST_P(FilesBadInput, RowThatFailsWhileStepping) {
@@ -275,8 +275,9 @@ TEST_P(FilesBadInput, RowThatFailsWhileStepping) {
   } else {
     EXPECT_EQ(Listing({"     1       0  Free           100  01/01/70 00:00:00  00:00:00          "
                        "10          20     0     0  Norm  \n",
-                       "     2       0  Free           200  01/01/70 00:00:00  00:00:00          "
-                       "20          30     0     0  Norm  \n"},
+                       // clang-format off
+                       "     2       0  Free           200  01/01/70 00:00:00  00:00:00          20          30     0     0  Norm  \n"},
+                      // clang-format on
                       4),
               r.out);
     EXPECT_EQ(

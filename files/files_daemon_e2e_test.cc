@@ -47,9 +47,7 @@ TEST_P(FilesPaging, RequestsAndRows) {
   disk.Exec(GeneratedFiles(GetParam().files));
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-f", "*"}, Logged());
   const unsigned files = static_cast<unsigned>(GetParam().files);
-  EXPECT_EQ(Listing(GeneratedRows(1, files)), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{Listing(GeneratedRows(1, files)), "", 0}), r);
   std::string requests = CountRequest(kAllByNumber);
   if (GetParam().offsets.empty()) {
     requests += SingleRequest(kAllByNumber);
@@ -138,11 +136,13 @@ TEST(FilesDaemon, LiveSizeOfTheLastFileOfEachChain) {
                             Logged(" --live-size 3=55555555 --live-size 1=1 --live-size 4=4444"));
   // File 1 has a successor, so the table's size stands; 4 is a chain of one.
   const char row3[] =
-      "     3       0  Allocatd  55555555  01/02/24 03:14:05  03:14:55        2196        2300     "
-      "2     0  Norm  \n";
+      // clang-format off
+      "     3       0  Allocatd  55555555  01/02/24 03:14:05  03:14:55        2196        2300     2     0  Norm  \n";
+      // clang-format on
   const char row4[] =
-      "     4       0  UsedFree      4444  01/01/24 23:00:00  23:01:40         100         200     "
-      "0     0  Norm  \n";
+      // clang-format off
+      "     4       0  UsedFree      4444  01/01/24 23:00:00  23:01:40         100         200     0     0  Norm  \n";
+      // clang-format on
   EXPECT_EQ(Listing({kRow5, row4, kRow1, kRow2, row3}), r.out);
   EXPECT_EQ("", r.err);
 }
@@ -153,8 +153,9 @@ TEST(FilesDaemon, LiveSizeWiderThanItsColumn) {
   const RunResult r =
       RunDb(disk, AccessPath::kDaemon, {"-f", "c"}, Logged(" --live-size 205=4294967295"));
   const char row205[] =
-      "   205       1  Allocatd  4294967295  01/02/24 03:30:00  03:30:50        5396        5500   "
-      "200     0  Bkgd  \n";
+      // clang-format off
+      "   205       1  Allocatd  4294967295  01/02/24 03:30:00  03:30:50        5396        5500   200     0  Bkgd  \n";
+      // clang-format on
   EXPECT_EQ(Listing({kRow3, row205}), r.out);
 }
 
@@ -171,9 +172,7 @@ TEST(FilesDaemon, FailedRequestsShowNoRowsAndACountOfZero) {
   const std::string before = disk.Dump();
   const RunResult r =
       RunDb(disk, AccessPath::kDaemon, {"-f", "*", "-f", "c"}, Logged(" --fail-requests"));
-  EXPECT_EQ(Listing({}) + Listing({}), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{Listing({}) + Listing({}), "", 0}), r);
   EXPECT_EQ(before, disk.Dump());
 }
 

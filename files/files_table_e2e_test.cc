@@ -29,9 +29,7 @@ class FilesTable : public ::testing::TestWithParam<AccessPath> {
 
   void ExpectListing(const std::vector<std::string>& args, const std::string& out) {
     const RunResult r = Run(args);
-    EXPECT_EQ(out, r.out);
-    EXPECT_EQ("", r.err);
-    EXPECT_EQ(0, r.status);
+    EXPECT_RUN((RunResult{out, "", 0}), r);
   }
 
   RecorderDisk disk_;
@@ -100,11 +98,13 @@ TEST_P(FilesTable, StreamThreeAllocatedStillSortsByStartTick) {
   disk_.Exec(Row(300, 3, 1, 10, 20, 0, 0, 0, 301, 7, 1).Insert() +
              Row(301, 3, 1, 5, 20, 0, 0, 300, 0, 8, 1).Insert());
   const char row301[] =
-      "   301       3  Allocatd         8  01/01/70 00:00:00  00:00:00           5          20   "
-      "300     0  Norm  \n";
+      // clang-format off
+      "   301       3  Allocatd         8  01/01/70 00:00:00  00:00:00           5          20   300     0  Norm  \n";
+      // clang-format on
   const char row300[] =
-      "   300       3  Allocatd         7  01/01/70 00:00:00  00:00:00          10          20     "
-      "0   301  Norm  \n";
+      // clang-format off
+      "   300       3  Allocatd         7  01/01/70 00:00:00  00:00:00          10          20     0   301  Norm  \n";
+      // clang-format on
   ExpectListing({"-f", "s3a"}, Listing({row301, row300}));
 }
 
@@ -165,11 +165,10 @@ TEST_P(FilesTable, WildcardAfterALetterIsNotANumberPart) {
 
 TEST_P(FilesTable, MissingArgumentIsAnUnknownOption) {
   const RunResult r = Run({"-f"});
-  EXPECT_EQ(
-      ExpectedUsage("db", GetParam() == AccessPath::kDaemon, "Error: unknown option specified"),
-      r.out);
-  EXPECT_EQ("db: option requires an argument -- 'f'\n", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{ExpectedUsage("db", GetParam() == AccessPath::kDaemon,
+                                      "Error: unknown option specified"),
+                        "db: option requires an argument -- 'f'\n", 0}),
+             r);
 }
 
 // Empty results and the limit.
@@ -181,18 +180,14 @@ TEST_P(FilesTable, NoMatchingRows) {
 TEST_P(FilesTable, EmptyTable) {
   RecorderDisk empty;
   const RunResult r = RunDb(empty, GetParam(), {"-f", "*"});
-  EXPECT_EQ(std::string(kHeading) + "\n0 items\n\n", r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{std::string(kHeading) + "\n0 items\n\n", "", 0}), r);
 }
 
 TEST_P(FilesTable, LimitShowsTwentyRowsAndTheFullCount) {
   RecorderDisk big;
   big.Exec(GeneratedFiles(35));
   const RunResult r = RunDb(big, GetParam(), {"-f", "l"});
-  EXPECT_EQ(Listing(GeneratedRows(1, 20), 35), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{Listing(GeneratedRows(1, 20), 35), "", 0}), r);
 }
 
 TEST_P(FilesTable, LimitWithReverseShowsTheLastTwenty) {

@@ -29,7 +29,7 @@ void ApplyOne(const std::string& original, FileOptions& options) {
   Require(EndsWith(original, argument));
   Require(!understood || argument.empty());
   Require(IsSafePattern(options.numberPattern));
-  Require(options.stream <= 3 || options.stream == 99);
+  Require(options.stream <= 3 || options.stream == kAllStreams);
 
   const std::string condition = BuildFileCondition(options);
   Require(!condition.empty() && condition[0] == ' ');
@@ -53,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   arbitrary.numberPattern = input;
   arbitrary.stream = size >= 4 ? static_cast<uint32_t>(data[0] | data[1] << 8 | data[2] << 16 |
                                                        static_cast<uint32_t>(data[3]) << 24)
-                               : 99;
+                               : kAllStreams;
   const uint8_t flags = size > 4 ? data[4] : 0;
   arbitrary.showCurrent = flags & 1;
   arbitrary.showAllocated = flags & 2;

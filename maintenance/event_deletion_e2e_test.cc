@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -134,11 +135,7 @@ const char kGroupDeleteFailed[] =
 
 // The -t report of the test stores, with the events count as printed.
 std::string TableCounts(const std::string& events) {
-  return "\n"
-         "Table Name    Entries\n"
-         "============  =======\n"
-         "events          " +
-         events +
+  return std::string(kTablesHeading) + "events          " + events +
          "\n"
          "streamfiles        2\n"
          "status             2\n"
@@ -155,18 +152,14 @@ class EventDeletion : public DeletionTest, public ::testing::WithParamInterface<
 
 TEST_P(EventDeletion, OneEventById) {
   const RunResult r = Run({"-d", "42"});
-  EXPECT_EQ("  Successfully deleted 1 event:  id = 42\n", r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"  Successfully deleted 1 event:  id = 42\n", "", 0}), r);
   ExpectStoreWithout({"42"});
   ExpectRequests(EventsRequest("42") + DeleteRequests({"42"}));
 }
 
 TEST_P(EventDeletion, WholeGroupById) {
   const RunResult r = Run({"--delete", "G1"});
-  EXPECT_EQ("  Successfully deleted 3 events:  id = G1\n", r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"  Successfully deleted 3 events:  id = G1\n", "", 0}), r);
   ExpectStoreWithout({"G1-a", "G1-b", "G1-c"});
   ExpectRequests(EventsRequest("G1") + DeleteRequests({"G1-a", "G1-b", "G1-c"}));
 }
@@ -181,36 +174,34 @@ TEST_P(EventDeletion, OnePartOfAGroupByItsReid) {
 
 TEST_P(EventDeletion, NoMatchKeepsEverything) {
   const RunResult r = Run({"-d", "99"});
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ(
-      ByPath("  Event or groupId not found:  id = 99\n", "  Event or groupId not found: 99\n"),
-      r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"",
+                        ByPath("  Event or groupId not found:  id = 99\n",
+                               "  Event or groupId not found: 99\n"),
+                        0}),
+             r);
   ExpectStoreUnchanged();
   ExpectRequests(EventsRequest("99"));
 }
 
 TEST_P(EventDeletion, AllEvents) {
   const RunResult r = Run({"--deleteall"});
-  EXPECT_EQ(ByPath("  Successfully deleted all 5 events\n", "  Successfully deleted 5 events\n"),
-            r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{ByPath("  Successfully deleted all 5 events\n",
+                               "  Successfully deleted 5 events\n"),
+                        "", 0}),
+             r);
   ExpectStoreWithout({"42", "G1-a", "G1-b", "G1-c", "7"});
   ExpectRequests(kAllEventsRequest + DeleteRequests({"42", "G1-a", "G1-b", "G1-c", "7"}));
 }
 
 TEST_P(EventDeletion, HandlersGoOnWithTheNextOption) {
   const RunResult r = Run({"-d", "42", "-d", "42", "-d", "G1", "-t"});
-  EXPECT_EQ(
-      "  Successfully deleted 1 event:  id = 42\n"
-      "  Successfully deleted 3 events:  id = G1\n" +
-          TableCounts("   1"),
-      r.out);
-  EXPECT_EQ(
-      ByPath("  Event or groupId not found:  id = 42\n", "  Event or groupId not found: 42\n"),
-      r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"  Successfully deleted 1 event:  id = 42\n"
+                        "  Successfully deleted 3 events:  id = G1\n" +
+                            TableCounts("   1"),
+                        ByPath("  Event or groupId not found:  id = 42\n",
+                               "  Event or groupId not found: 42\n"),
+                        0}),
+             r);
   ExpectStoreWithout({"42", "G1-a", "G1-b", "G1-c"});
 }
 
@@ -242,9 +233,7 @@ TEST_P(EventDeletion, EmptyIdSelectsTheEventsOutsideAnyGroup) {
   // The id goes into the condition as typed, and an unsplit event has the
   // empty group id, so an empty id picks every unsplit event and no part.
   const RunResult r = Run({"-d", ""});
-  EXPECT_EQ("  Successfully deleted 2 events:  id = \n", r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"  Successfully deleted 2 events:  id = \n", "", 0}), r);
   ExpectStoreWithout({"42", "7"});
   ExpectRequests(EventsRequest("") + DeleteRequests({"42", "7"}));
 }
@@ -264,12 +253,12 @@ TEST_P(EventDeletion, VeryLongId) {
   disk_.Exec(Event(id).Insert());
   events_.push_back(Event(id));
   const RunResult r = Run({"-d", id, "-d", id + "X"});
-  EXPECT_EQ("  Successfully deleted 1 event:  id = " + id + "\n", r.out);
-  EXPECT_EQ(std::string(
-                ByPath("  Event or groupId not found:  id = ", "  Event or groupId not found: ")) +
-                id + "X\n",
-            r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"  Successfully deleted 1 event:  id = " + id + "\n",
+                        std::string(ByPath("  Event or groupId not found:  id = ",
+                                           "  Event or groupId not found: ")) +
+                            id + "X\n",
+                        0}),
+             r);
   ExpectStoreWithout({id});
   ExpectRequests(EventsRequest(id) + DeleteRequests({id}) + EventsRequest(id + "X"));
 }
@@ -417,14 +406,13 @@ TEST_P(EventDeletion, StoreLockedByAnotherWriterKeepsEveryRowAndStaysUsable) {
               locked.err);
   } else {
     const std::string count = "select count(*) from events where reid='42' or groupId='42'";
-    EXPECT_EQ(
-        "unable to prepare: select number, size from streamfilesmainunable to access database\n"
-        "unable to prepare: " +
-            count + "stmt Error: 5  sql='" + count +
+    EXPECT_EQ(std::string(kNoFileSizesLine) + "unable to prepare: " + count +
+                  "stmt Error: 5  sql='" + count +
+                  // clang-format off
             "'\n"
-            "unable to prepare: select count(*) from eventsstmt Error: 5  sql='select count(*) "
-            "from events'\n",
-        locked.err);
+            "unable to prepare: select count(*) from eventsstmt Error: 5  sql='select count(*) from events'\n",
+              // clang-format on
+              locked.err);
   }
   EXPECT_EQ(0, locked.status);
   ExpectStoreUnchanged();
@@ -445,9 +433,10 @@ TEST_P(EventDeletion, StoreWithoutAnEventsTable) {
   EXPECT_EQ(Daemon() ? std::string("  Event or groupId not found: 42\n"
                                    "  No events found...no action taken.\n")
                      : "unable to prepare: " + count + "stmt Error: 1  sql='" + count +
+                           // clang-format off
                            "'\n"
-                           "unable to prepare: select count(*) from eventsstmt Error: 1  "
-                           "sql='select count(*) from events'\n",
+                           "unable to prepare: select count(*) from eventsstmt Error: 1  sql='select count(*) from events'\n",
+            // clang-format on
             r.err);
   EXPECT_EQ(0, r.status);
   ExpectStoreUnchanged();
@@ -478,17 +467,20 @@ TEST_P(EventDeletion, EventsThatFailWhileCounted) {
       "create view events as select * from kept where abs(-9223372036854775807 - 1)");
   before_ = disk_.Dump();
   const RunResult r = Run({"-d", "42", "--deleteall"});
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ(ByPath(": error getting count of events to delete using 'select count(*) from events "
-                   "where reid='42' or groupId='42''\n"
-                   "could not free statement, leaking memory\n"
-                   ": error getting count of events to delete using 'select count(*) from "
-                   "events'\n"
-                   "could not free statement, leaking memory\n",
-                   "  Event or groupId not found: 42\n"
-                   "  No events found...no action taken.\n"),
-            r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(
+      (RunResult{
+          "",
+          ByPath(": error getting count of events to delete using 'select count(*) from events "
+                 // clang-format off
+                 "where reid='42' or groupId='42''\n"
+                 "could not free statement, leaking memory\n"
+                 ": error getting count of events to delete using 'select count(*) from events'\n"
+                 "could not free statement, leaking memory\n",
+                 // clang-format on
+                 "  Event or groupId not found: 42\n"
+                 "  No events found...no action taken.\n"),
+          0}),
+      r);
   ExpectStoreUnchanged();
 }
 
@@ -500,9 +492,7 @@ class EventDeletionOfNothing : public DeletionTest,
 
 TEST_P(EventDeletionOfNothing, AllOnAnEmptyTable) {
   const RunResult r = Run({"--deleteall"});
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ("  No events found...no action taken.\n", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"", "  No events found...no action taken.\n", 0}), r);
   ExpectStoreUnchanged();
   ExpectRequests(kAllEventsRequest);
 }
@@ -563,9 +553,7 @@ TEST_F(EventDeletionOverIpc, RefusedEventIsReportedAndKept) {
   SandboxOptions options;
   options.streamMgrArgs = "--refuse-delete G1-b";
   const RunResult r = Run({"-d", "G1"}, options);
-  EXPECT_EQ("  Successfully deleted 2 events:  id = G1\n", r.out);
-  EXPECT_EQ(Refused({"G1-b"}), r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"  Successfully deleted 2 events:  id = G1\n", Refused({"G1-b"}), 0}), r);
   ExpectStoreWithout({"G1-a", "G1-c"});
   ExpectRequests(EventsRequest("G1") + DeleteRequests({"G1-a", "G1-b", "G1-c"}));
 }
@@ -616,13 +604,12 @@ TEST_F(EventDeletionOverIpc, DaemonFailingEveryRequestDeletesNothing) {
   SandboxOptions options;
   options.streamMgrArgs = "--fail-requests";
   const RunResult r = Run({"-d", "G1", "--deleteall", "-d", "42"}, options);
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ(
-      "  Event or groupId not found: G1\n"
-      "  No events found...no action taken.\n"
-      "  Event or groupId not found: 42\n",
-      r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"",
+                        "  Event or groupId not found: G1\n"
+                        "  No events found...no action taken.\n"
+                        "  Event or groupId not found: 42\n",
+                        0}),
+             r);
   ExpectStoreUnchanged();
   // The store is still whole for a daemon that works.
   const RunResult after = RunDb(disk_, AccessPath::kDaemon, {"-d", "42"});

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "cli/tool_context.h"
+#include "testing/stream_capture.h"
 
 namespace {
 
@@ -32,12 +33,8 @@ class EventDeletionDirectTest : public ::testing::Test {
         "insert into status values ('version', '1');");
     toolContext.database = database_;
     toolContext.running = false;
-    savedOut_ = std::cout.rdbuf(out_.rdbuf());
-    savedErr_ = std::cerr.rdbuf(err_.rdbuf());
   }
   void TearDown() override {
-    std::cout.rdbuf(savedOut_);
-    std::cerr.rdbuf(savedErr_);
     toolContext.database = nullptr;
     sqlite3_close(database_);
     unlink(path_.c_str());
@@ -65,52 +62,50 @@ class EventDeletionDirectTest : public ::testing::Test {
 
   sqlite3* database_ = nullptr;
   std::string path_;
-  std::ostringstream out_;
-  std::ostringstream err_;
-  std::streambuf* savedOut_ = nullptr;
-  std::streambuf* savedErr_ = nullptr;
+  StreamCapture out_{std::cout};
+  StreamCapture err_{std::cerr};
 };
 
 TEST_F(EventDeletionDirectTest, OneEventIsSingular) {
   DeleteEventsById("42");
-  EXPECT_EQ("  Successfully deleted 1 event:  id = 42\n", out_.str());
-  EXPECT_EQ("", err_.str());
+  EXPECT_EQ("  Successfully deleted 1 event:  id = 42\n", out_.Text());
+  EXPECT_EQ("", err_.Text());
   EXPECT_EQ("G1-a G1-b G1-c 7 ", Reids());
 }
 
 TEST_F(EventDeletionDirectTest, GroupIsPluralAndCommitted) {
   DeleteEventsById("G1");
-  EXPECT_EQ("  Successfully deleted 3 events:  id = G1\n", out_.str());
-  EXPECT_EQ("", err_.str());
+  EXPECT_EQ("  Successfully deleted 3 events:  id = G1\n", out_.Text());
+  EXPECT_EQ("", err_.Text());
   EXPECT_EQ("42 7 ", Reids());
 }
 
 TEST_F(EventDeletionDirectTest, NotFoundHasTheIdLabel) {
   DeleteEventsById("99");
-  EXPECT_EQ("", out_.str());
-  EXPECT_EQ("  Event or groupId not found:  id = 99\n", err_.str());
+  EXPECT_EQ("", out_.Text());
+  EXPECT_EQ("  Event or groupId not found:  id = 99\n", err_.Text());
   EXPECT_EQ("42 G1-a G1-b G1-c 7 ", Reids());
 }
 
 TEST_F(EventDeletionDirectTest, AllEventsCountsWhatItFound) {
   DeleteAllEvents();
-  EXPECT_EQ("  Successfully deleted all 5 events\n", out_.str());
-  EXPECT_EQ("", err_.str());
+  EXPECT_EQ("  Successfully deleted all 5 events\n", out_.Text());
+  EXPECT_EQ("", err_.Text());
   EXPECT_EQ("", Reids());
 }
 
 TEST_F(EventDeletionDirectTest, AllOnEmptyTable) {
   Exec("delete from events");
   DeleteAllEvents();
-  EXPECT_EQ("", out_.str());
-  EXPECT_EQ("  No events found...no action taken.\n", err_.str());
+  EXPECT_EQ("", out_.Text());
+  EXPECT_EQ("  No events found...no action taken.\n", err_.Text());
 }
 
 TEST_F(EventDeletionDirectTest, CountThatCannotBePreparedMakesOneJoinedLine) {
   DeleteEventsById("x'y");
   const std::string sql = "select count(*) from events where reid='x'y' or groupId='x'y'";
-  EXPECT_EQ("unable to prepare: " + sql + "stmt Error: 1  sql='" + sql + "'\n", err_.str());
-  EXPECT_EQ("", out_.str());
+  EXPECT_EQ("unable to prepare: " + sql + "stmt Error: 1  sql='" + sql + "'\n", err_.Text());
+  EXPECT_EQ("", out_.Text());
   EXPECT_EQ("42 G1-a G1-b G1-c 7 ", Reids());
 }
 
@@ -120,8 +115,8 @@ TEST_F(EventDeletionDirectTest, MissingTableMakesOneJoinedLineForAll) {
   EXPECT_EQ(
       "unable to prepare: select count(*) from eventsstmt Error: 1  sql='select count(*) from "
       "events'\n",
-      err_.str());
-  EXPECT_EQ("", out_.str());
+      err_.Text());
+  EXPECT_EQ("", out_.Text());
 }
 
 TEST_F(EventDeletionDirectTest, DeleteThatCannotBePreparedMakesOneJoinedLine) {
@@ -129,8 +124,8 @@ TEST_F(EventDeletionDirectTest, DeleteThatCannotBePreparedMakesOneJoinedLine) {
   Exec("alter table events rename to stored; create view events as select * from stored");
   DeleteEventsById("42");
   const std::string sql = "delete from events where reid='42' or groupId='42'";
-  EXPECT_EQ("unable to prepare: " + sql + "stmt Error: 1  sql='" + sql + "'\n", err_.str());
-  EXPECT_EQ("", out_.str());
+  EXPECT_EQ("unable to prepare: " + sql + "stmt Error: 1  sql='" + sql + "'\n", err_.Text());
+  EXPECT_EQ("", out_.Text());
 }
 
 TEST_F(EventDeletionDirectTest, CountWithoutARowIsReportedAndItsStatementLeaks) {
@@ -144,15 +139,15 @@ TEST_F(EventDeletionDirectTest, CountWithoutARowIsReportedAndItsStatementLeaks) 
       ": error getting count of events to delete using 'select count(*) from events where "
       "reid='42' or groupId='42''\n"
       "could not free statement, leaking memory\n",
-      err_.str());
-  EXPECT_EQ("", out_.str());
+      err_.Text());
+  EXPECT_EQ("", out_.Text());
 }
 
 TEST_F(EventDeletionDirectTest, DeleteAbortedByTriggerKeepsEveryRow) {
   Exec("create trigger keep before delete on events begin select raise(abort, 'kept'); end;");
   DeleteAllEvents();
-  EXPECT_EQ("", out_.str());
-  EXPECT_EQ("  Error deleting all events\ncould not free statement, leaking memory\n", err_.str());
+  EXPECT_EQ("", out_.Text());
+  EXPECT_EQ("  Error deleting all events\ncould not free statement, leaking memory\n", err_.Text());
   EXPECT_EQ("42 G1-a G1-b G1-c 7 ", Reids());
 }
 
@@ -161,17 +156,17 @@ TEST_F(EventDeletionDirectTest, DeleteByIdFailingOnAConstraintKeepsEveryRow) {
       "create trigger clash after delete on events begin insert into status values ('version', "
       "'2'); end;");
   DeleteEventsById("G1");
-  EXPECT_EQ("", out_.str());
+  EXPECT_EQ("", out_.Text());
   EXPECT_EQ(
       "  Error deleting event or groupId:  id = G1\ncould not free statement, leaking memory\n",
-      err_.str());
+      err_.Text());
   EXPECT_EQ("42 G1-a G1-b G1-c 7 ", Reids());
 }
 
 TEST_F(EventDeletionDirectTest, IdMatchingAReidAndAGroupDeletesBoth) {
   Exec("insert into events values ('G1', '')");
   DeleteEventsById("G1");
-  EXPECT_EQ("  Successfully deleted 4 events:  id = G1\n", out_.str());
+  EXPECT_EQ("  Successfully deleted 4 events:  id = G1\n", out_.Text());
   EXPECT_EQ("42 7 ", Reids());
 }
 

@@ -6,13 +6,14 @@
 #include <string>
 
 #include "cli/tool_context.h"
+#include "recorder/recorder_places.h"
 #include "store/row_count.h"
 #include "store/sql_statement.h"
 
 void DisplayStatus() {
   // The recorder's sql tool formats the table; whatever it prints is the report.
   std::cout.flush();
-  std::system("sql 'select * from status'");
+  std::system((std::string(Recorder::kSqlCommand) + "'select * from status'").c_str());
 }
 
 void DisplayTables() {

@@ -3,29 +3,25 @@
 
 #include <string>
 
+#include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
 namespace {
 
-const char kHeading[] =
-    "\n"
-    "Table Name    Entries\n"
-    "============  =======\n";
+const char* const kHeading = kTablesHeading;
 
 TEST(TableCounts, ListsEveryTableWithItsRows) {
   RecorderDisk disk;
   disk.Exec(EventRow{"a"}.Insert() + EventRow{"b"}.Insert() + FileRow().Insert() +
             "insert into status values ('version', '1');");
   const RunResult r = RunDb(disk, {"-t"});
-  EXPECT_EQ(std::string(kHeading) +
-                "events             2\n"
-                "streamfiles        1\n"
-                "status             1\n"
-                "\n",
-            r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{std::string(kHeading) + "events             2\n"
+                                                "streamfiles        1\n"
+                                                "status             1\n"
+                                                "\n",
+                        "", 0}),
+             r);
 }
 
 TEST(TableCounts, StoreWithNoTablesPrintsHeadingOnly) {
@@ -33,9 +29,7 @@ TEST(TableCounts, StoreWithNoTablesPrintsHeadingOnly) {
   const RunResult r = RunDb(disk, {"-t"});
   EXPECT_EQ(std::string(kHeading) + "\n", r.out);
   // Start-up could not read the stream file sizes of a store without tables.
-  EXPECT_EQ(
-      "unable to prepare: select number, size from streamfilesmainunable to access database\n",
-      r.err);
+  EXPECT_EQ(kNoFileSizesLine, r.err);
   EXPECT_EQ(0, r.status);
 }
 
@@ -108,9 +102,7 @@ TEST(Status, ShowsTheStatusTableThroughSql) {
   RecorderDisk disk;
   disk.Exec("insert into status values ('version', '4.2'), ('disk', 'ok');");
   const RunResult r = RunDb(disk, {"-s"});
-  EXPECT_EQ("name|value\nversion|4.2\ndisk|ok\n", r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"name|value\nversion|4.2\ndisk|ok\n", "", 0}), r);
 }
 
 TEST(Status, EachOccurrenceRunsSqlAgainInOrder) {
@@ -118,11 +110,14 @@ TEST(Status, EachOccurrenceRunsSqlAgainInOrder) {
   disk.Exec("insert into status values ('version', '4.2');");
   const RunResult r = RunDb(disk, {"-s", "-t", "-s"});
   EXPECT_EQ(std::string("name|value\nversion|4.2\n") + kHeading +
+                // clang-format off
                 "events             0\n"
                 "streamfiles        0\n"
                 "status             1\n"
                 "\n"
-                "name|value\nversion|4.2\n",
+                "name|value\n"
+                "version|4.2\n",
+            // clang-format on
             r.out);
 }
 
@@ -130,9 +125,7 @@ TEST(Status, WithoutSqlCommandDbPrintsNothingOfItsOwn) {
   RecorderDisk disk;
   const RunResult r =
       RunInSandbox(disk, {"env", "PATH=/usr/bin:/bin", BinDir() + "/db", "-s", "-s"});
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ("sh: 1: sql: not found\nsh: 1: sql: not found\n", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"", "sh: 1: sql: not found\nsh: 1: sql: not found\n", 0}), r);
 }
 
 TEST(Status, MissingStatusTableIsSqlsOwnMessage) {

@@ -5,15 +5,13 @@
 
 #include <string>
 
+#include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
 namespace {
 
-const char kHeading[] =
-    "\n"
-    "Table Name    Entries\n"
-    "============  =======\n";
+const char* const kHeading = kTablesHeading;
 
 const char kCountRequests[] =
     "count\tselect count(*) from events\n"
@@ -55,9 +53,7 @@ TEST_P(TableCountsBothPaths, SameTableOnEitherPath) {
   FillStore(disk);
   const std::string before = disk.Dump();
   const RunResult r = RunDb(disk, GetParam(), {"-t"}, Daemon());
-  EXPECT_EQ(std::string(kHeading) + kFilledReport, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{std::string(kHeading) + kFilledReport, "", 0}), r);
   EXPECT_EQ(GetParam() == AccessPath::kDaemon ? kCountRequests : "", Log(disk));
   EXPECT_EQ(before, disk.Dump());
 }
@@ -118,9 +114,7 @@ TEST(TableCountsDaemon, StoreWithNoTablesSendsNoRequest) {
   // With the daemon running start-up reads no file sizes, so nothing fails there.
   RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon());
-  EXPECT_EQ(std::string(kHeading) + "\n", r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{std::string(kHeading) + "\n", "", 0}), r);
   EXPECT_EQ("", Log(disk));
 }
 
@@ -130,9 +124,7 @@ TEST(TableCountsDaemon, FailingCountsShowZeroWithoutAMessage) {
   const std::string before = disk.Dump();
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon("--fail-requests"));
   // The names come from the file, the counts from the daemon, which failed them.
-  EXPECT_EQ(std::string(kHeading) + kZeroReport, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{std::string(kHeading) + kZeroReport, "", 0}), r);
   EXPECT_EQ(kCountRequests, Log(disk));
   EXPECT_EQ(before, disk.Dump());
 }
@@ -156,12 +148,11 @@ TEST(TableCountsDaemon, CountTheDaemonCannotPrepareShowsZeroWithoutAMessage) {
 TEST(TableCountsDaemon, MissingStoreHasNoRowsThoughTheDaemonRuns) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon());
-  EXPECT_EQ(std::string(kHeading) + "\n", r.out);
-  EXPECT_EQ(
-      "error opening sqlite3\n"
-      "unable to prepare: select tbl_name from sqlite_master where type='table'",
-      r.err);
-  EXPECT_EQ(SQLITE_CANTOPEN, r.status);
+  EXPECT_RUN((RunResult{std::string(kHeading) + "\n",
+                        "error opening sqlite3\n"
+                        "unable to prepare: select tbl_name from sqlite_master where type='table'",
+                        SQLITE_CANTOPEN}),
+             r);
   EXPECT_EQ("", Log(disk));
   EXPECT_FALSE(disk.Exists("streammgr"));
 }
@@ -171,9 +162,10 @@ TEST(TableCountsDaemon, StoreThatIsNotADatabaseHasNoRows) {
   const std::string garbage(4096, 'x');
   disk.WriteFile("streammgr/stream.db", garbage);
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon());
-  EXPECT_EQ(std::string(kHeading) + "\n", r.out);
-  EXPECT_EQ("unable to prepare: select tbl_name from sqlite_master where type='table'", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(
+      (RunResult{std::string(kHeading) + "\n",
+                 "unable to prepare: select tbl_name from sqlite_master where type='table'", 0}),
+      r);
   EXPECT_EQ("", Log(disk));
   EXPECT_EQ(garbage, disk.ReadFile("streammgr/stream.db"));
 }
@@ -182,9 +174,7 @@ TEST(TableCountsDaemon, GarbledAnswersShowZero) {
   RecorderDisk disk;
   FillStore(disk);
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon("--garbage"));
-  EXPECT_EQ(std::string(kHeading) + kZeroReport, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{std::string(kHeading) + kZeroReport, "", 0}), r);
   EXPECT_EQ(kCountRequests, Log(disk));
 }
 
@@ -192,14 +182,12 @@ TEST(TableCountsDaemon, DaemonDyingMidReportLeavesTheRestAtZero) {
   RecorderDisk disk;
   FillStore(disk);
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon("--die-after 1"));
-  EXPECT_EQ(std::string(kHeading) +
-                "events             2\n"
-                "streamfiles        0\n"
-                "status             0\n"
-                "\n",
-            r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{std::string(kHeading) + "events             2\n"
+                                                "streamfiles        0\n"
+                                                "status             0\n"
+                                                "\n",
+                        "", 0}),
+             r);
   // The second request killed it; the third found no daemon to ask.
   EXPECT_EQ(
       "count\tselect count(*) from events\n"

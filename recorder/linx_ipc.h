@@ -3,7 +3,6 @@
 #ifndef RECORDER_LINX_IPC_H_
 #define RECORDER_LINX_IPC_H_
 
-#include <memory>
 #include <string>
 
 class LinxIpc {
@@ -17,13 +16,6 @@ class LinxIpc {
   int Init();
 
   const std::string& Name() const;
-
-  // The implementation's own state; opaque to callers.
-  struct Impl;
-  Impl& GetImpl() { return *impl_; }
-
- private:
-  std::unique_ptr<Impl> impl_;
 };
 
 #endif  // RECORDER_LINX_IPC_H_

@@ -4,7 +4,6 @@
 #define RECORDER_STREAM_FILE_ACCESS_H_
 
 #include <cstdint>
-#include <memory>
 
 namespace StreamMgrFileMgmnt {
 
@@ -33,11 +32,6 @@ class StreamFileAccess {
   // Fill `info` for stream file `number`; true when the file is known. While
   // the daemon runs, the size is the file's live size.
   bool GetFileInfo(int number, StreamMgrFileMgmnt::FileMgmnt_t& info);
-
-  struct Impl;
-
- private:
-  std::unique_ptr<Impl> impl_;
 };
 
 #endif  // RECORDER_STREAM_FILE_ACCESS_H_

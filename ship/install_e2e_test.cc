@@ -121,14 +121,10 @@ TEST_F(Install, InstalledSandboxRunsTheInstalledDbWithTheInstalledStandIns) {
   EXPECT_EQ(0, r.status) << r.err;
 
   r = RunShell(sandbox + " --streammgr " + disk + " -- db -h");
-  EXPECT_EQ(ExpectedUsage("db", true), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{ExpectedUsage("db", true), "", 0}), r);
 
   r = RunShell(sandbox + " --streammgr " + disk + " -- db -t");
-  EXPECT_EQ(kFilledDiskTables, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{kFilledDiskTables, "", 0}), r);
 
   r = RunShell(sandbox + " " + disk + " -- db -s");
   EXPECT_EQ("", r.out);  // the status table is empty: sql prints no header for no rows

@@ -12,6 +12,7 @@
 #include "cli/option_table.h"
 #include "cli/usage.h"
 #include "ship/shell.h"
+#include "testing/stream_capture.h"
 
 namespace {
 
@@ -87,11 +88,9 @@ bool Tagged(const std::vector<std::string>& tags, const std::string& name) {
 }
 
 std::string UsageText() {
-  std::ostringstream captured;
-  std::streambuf* saved = std::cout.rdbuf(captured.rdbuf());
+  const StreamCapture captured(std::cout);
   PrintUsage("db", nullptr);
-  std::cout.rdbuf(saved);
-  return captured.str();
+  return captured.Text();
 }
 
 }  // namespace

@@ -38,22 +38,5 @@ std::string ShellQuote(const std::string& text) {
   return quoted + "'";
 }
 
-ScratchDir::ScratchDir() {
-  char pattern[] = "/tmp/db-ship-XXXXXX";
-  const char* made = mkdtemp(pattern);
-  if (made == nullptr) {
-    ADD_FAILURE() << "cannot make a scratch folder";
-    return;
-  }
-  path_ = made;
-}
-
-ScratchDir::~ScratchDir() {
-  if (!path_.empty()) {
-    // Extracted packages hold read-only folders; make them writable first.
-    std::system(("chmod -R u+rwX " + ShellQuote(path_) + "; rm -rf " + ShellQuote(path_)).c_str());
-  }
-}
-
 std::string SourceDir() { return DB_SOURCE_DIR; }
 std::string BuildDir() { return DB_BUILD_DIR; }

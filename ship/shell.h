@@ -5,32 +5,17 @@
 
 #include <string>
 
-struct ShellResult {
-  std::string out;  // standard output
-  std::string err;  // standard error
-  int status = -1;  // exit status, or 128 + signal
-};
+#include "testing/run_result.h"
+#include "testing/scratch_dir.h"
+
+// The same record as a run in the sandbox, so that both compare alike.
+using ShellResult = RunResult;
 
 // Runs `command` with /bin/sh and waits for it.
 ShellResult RunShell(const std::string& command);
 
 // `text` as one word of a shell command line.
 std::string ShellQuote(const std::string& text);
-
-// A folder below /tmp that is removed with everything in it at the end of
-// its scope.
-class ScratchDir {
- public:
-  ScratchDir();
-  ~ScratchDir();
-  ScratchDir(const ScratchDir&) = delete;
-  ScratchDir& operator=(const ScratchDir&) = delete;
-
-  const std::string& Path() const { return path_; }
-
- private:
-  std::string path_;
-};
 
 // Where the sources and the build of this tree are.
 std::string SourceDir();

@@ -5,9 +5,10 @@
 #define STORE_ACCESS_PATH_H_
 
 #include "cli/tool_context.h"
+#include "recorder/recorder_places.h"
 
 // Time-out handed unchanged to every stream manager request.
-constexpr int kIpcTimeout = 60000;
+constexpr int kIpcTimeout = Recorder::kRequestTimeoutMs;
 
 inline bool OverIpc() { return toolContext.running; }
 

@@ -1,22 +1,11 @@
 #include "store/sql_statement.h"
 
-#include <atomic>
 #include <iostream>
-
-namespace {
-
-uint64_t NextSerial() {
-  static std::atomic<uint64_t> last{0};
-  return ++last;
-}
-
-}  // namespace
 
 // The statement takes its SQL by value, as every caller of the recorder's
 // wrapper expects.
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
-SQLStatement::SQLStatement(sqlite3* database, std::string sql)  // cppcheck-suppress passedByValue
-    : serial(NextSerial()) {
+SQLStatement::SQLStatement(sqlite3* database, std::string sql) {  // cppcheck-suppress passedByValue
   resultCode = sqlite3_prepare_v2(database, sql.c_str(), -1, &handle, nullptr);
   if (resultCode != SQLITE_OK) {
     // No line end: the caller's own error text continues this line.

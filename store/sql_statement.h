@@ -5,7 +5,6 @@
 
 #include <sqlite3.h>
 
-#include <cstdint>
 #include <string>
 
 constexpr int kStepRow = SQLITE_ROW;    // 100
@@ -26,10 +25,6 @@ class SQLStatement {
   sqlite3_stmt* handle = nullptr;
   int resultCode = 0;
   bool prepared = false;
-  // Sets this statement apart from every other one of the process, even one
-  // that SQLite later places at the same address: the row loaders keep what
-  // they learn of a statement's columns under it.
-  const uint64_t serial;
 };
 
 #endif  // STORE_SQL_STATEMENT_H_

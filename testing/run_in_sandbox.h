@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "testing/recorder_disk.h"
+#include "testing/run_result.h"
 
 struct SandboxOptions {
   bool streamMgr = false;
@@ -20,12 +21,6 @@ struct SandboxOptions {
   std::string input;                     // fed to standard input
   bool unprivileged = false;             // run the sandbox as user nobody
   int timeoutSeconds = 90;
-};
-
-struct RunResult {
-  std::string out;
-  std::string err;
-  int status = -1;  // exit status, or 128 + signal
 };
 
 // The two ways the tool reaches the store.

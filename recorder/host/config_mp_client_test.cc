@@ -35,7 +35,7 @@ FD::Script Answering(const std::string& body) {
 // initialised: the configuration service is reached all the same.
 int Ask(const FakeDaemon& daemon, VideoRecordingSettings& settings, int timeoutSeconds = 5) {
   LinxIpc ipc("db");
-  ipc.GetImpl().endpointDir = daemon.Dir();
+  HostIpc::EndpointOf(ipc).endpointDir = daemon.Dir();
   ConfigMPClient client(ipc, timeoutSeconds);
   return client.GetVideoRecordingSettings(settings);
 }
@@ -55,7 +55,7 @@ TEST(ConfigMPClient, ReadsTheSettingsWithoutAnInitialisedEndpoint) {
 // for every request as the event table builds one per row, and expects `hours`.
 void ExpectHours(const FakeDaemon& daemon, uint32_t hours, int times) {
   LinxIpc ipc("db");
-  ipc.GetImpl().endpointDir = daemon.Dir();
+  HostIpc::EndpointOf(ipc).endpointDir = daemon.Dir();
   for (int i = 0; i < times; ++i) {
     ConfigMPClient client(ipc, 5);
     VideoRecordingSettings settings;
@@ -102,7 +102,7 @@ TEST(ConfigMPClient, ConnectionThatTimedOutIsNotUsedAgain) {
     return FD::Then::kNext;
   });
   LinxIpc ipc("db");
-  ipc.GetImpl().endpointDir = daemon.Dir();
+  HostIpc::EndpointOf(ipc).endpointDir = daemon.Dir();
   ConfigMPClient client(ipc, 1);
   VideoRecordingSettings settings;
   EXPECT_NE(0, client.GetVideoRecordingSettings(settings));
@@ -115,13 +115,13 @@ TEST(ConfigMPClient, ServiceStartedAfterAFailedRequestIsReached) {
   char pattern[] = "/tmp/late-config-XXXXXX";
   ASSERT_NE(nullptr, mkdtemp(pattern));
   LinxIpc ipc("db");
-  ipc.GetImpl().endpointDir = pattern;
+  HostIpc::EndpointOf(ipc).endpointDir = pattern;
   ConfigMPClient client(ipc, 5);
   VideoRecordingSettings settings;
   EXPECT_NE(0, client.GetVideoRecordingSettings(settings));
   rmdir(pattern);
   FakeDaemon daemon(kConfigMpName, Answering(SettingsAnswer(Settings(6))));
-  ipc.GetImpl().endpointDir = daemon.Dir();
+  HostIpc::EndpointOf(ipc).endpointDir = daemon.Dir();
   ASSERT_EQ(0, client.GetVideoRecordingSettings(settings));
   EXPECT_EQ(6u, settings.reExportHours);
 }
@@ -130,7 +130,7 @@ TEST(ConfigMPClient, FailsWhenTheServiceDoesNotRun) {
   char pattern[] = "/tmp/no-config-XXXXXX";
   ASSERT_NE(nullptr, mkdtemp(pattern));
   LinxIpc ipc("db");
-  ipc.GetImpl().endpointDir = pattern;
+  HostIpc::EndpointOf(ipc).endpointDir = pattern;
   ConfigMPClient client(ipc, 5);
   VideoRecordingSettings settings;
   settings.reExportHours = 7;

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#include "recorder/recorder_places.h"
+
 namespace HostIpc {
 
 // The folder of the endpoints; the recorder sandbox makes it private.
@@ -20,7 +22,7 @@ constexpr uint8_t kVersion = 1;
 constexpr uint32_t kMaxFrameBytes = 32u * 1024u * 1024u;
 
 // Time-out of the requests whose callers pass none (delete, live size).
-constexpr int kDefaultTimeoutMs = 60000;
+constexpr int kDefaultTimeoutMs = Recorder::kRequestTimeoutMs;
 
 enum Kind : uint8_t {
   kEvents = 1,

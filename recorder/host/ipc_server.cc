@@ -17,13 +17,15 @@
 #include "recorder/host/ipc_protocol.h"
 #include "recorder/host/linx_ipc_impl.h"
 #include "recorder/host/wire.h"
+#include "recorder/recorder_places.h"
 
 namespace HostIpc {
 
 namespace {
 
-// A client that does not take its answer within this time is dropped.
-constexpr int kAnswerTimeoutMs = 60000;
+// A client that does not take its answer within the time a client waits for
+// it is dropped.
+constexpr int kAnswerTimeoutMs = Recorder::kRequestTimeoutMs;
 
 struct Connection {
   int fd;

@@ -5,40 +5,59 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <memory>
+
 #include "recorder/host/ipc_channel.h"
 #include "recorder/host/linx_ipc_impl.h"
+#include "recorder/host/object_states.h"
 
-LinxIpc::Impl::~Impl() {
+namespace {
+
+using Endpoints = ObjectStates<LinxIpc, HostIpc::Endpoint>;
+
+}  // namespace
+
+namespace HostIpc {
+
+Endpoint::~Endpoint() {
   Disconnect();
   DisconnectConfig();
 }
 
-void LinxIpc::Impl::DisconnectConfig() {
+void Endpoint::DisconnectConfig() {
   if (configFd >= 0) {
     close(configFd);
     configFd = -1;
   }
 }
 
-void LinxIpc::Impl::Disconnect() {
+void Endpoint::Disconnect() {
   if (fd >= 0) {
     close(fd);
     fd = -1;
   }
 }
 
-LinxIpc::LinxIpc(const std::string& name) : impl_(new Impl(name)) {}
+Endpoint& EndpointOf(LinxIpc& ipc) { return Endpoints::Instance().Of(&ipc); }
 
-LinxIpc::~LinxIpc() = default;
+}  // namespace HostIpc
 
-int LinxIpc::Init() {
-  impl_->Disconnect();
-  impl_->fd = HostIpc::Connect(HostIpc::EndpointPath(impl_->endpointDir, HostIpc::kStreamMgrName));
-  impl_->initialised = impl_->fd >= 0;
-  return impl_->initialised ? 0 : -1;
+LinxIpc::LinxIpc(const std::string& name) {
+  Endpoints::Instance().Add(this, std::make_unique<HostIpc::Endpoint>(name));
 }
 
-const std::string& LinxIpc::Name() const { return impl_->name; }
+LinxIpc::~LinxIpc() { Endpoints::Instance().Remove(this); }
+
+int LinxIpc::Init() {
+  HostIpc::Endpoint& endpoint = HostIpc::EndpointOf(*this);
+  endpoint.Disconnect();
+  endpoint.fd =
+      HostIpc::Connect(HostIpc::EndpointPath(endpoint.endpointDir, HostIpc::kStreamMgrName));
+  endpoint.initialised = endpoint.fd >= 0;
+  return endpoint.initialised ? 0 : -1;
+}
+
+const std::string& LinxIpc::Name() const { return Endpoints::Instance().Of(this).name; }
 
 namespace HostIpc {
 
@@ -46,7 +65,7 @@ std::string EndpointPath(const std::string& dir, const char* name) { return dir 
 
 bool StreamMgrRequest(LinxIpc& ipc, const std::string& request, std::string& answer,
                       int timeoutMs) {
-  LinxIpc::Impl& impl = ipc.GetImpl();
+  Endpoint& impl = EndpointOf(ipc);
   if (!impl.initialised) return false;
   if (impl.fd < 0) {
     impl.fd = Connect(EndpointPath(impl.endpointDir, kStreamMgrName));
@@ -67,7 +86,7 @@ bool Quiet(int fd) {
 }  // namespace
 
 bool ConfigMpRequest(LinxIpc& ipc, const std::string& request, std::string& answer, int timeoutMs) {
-  LinxIpc::Impl& impl = ipc.GetImpl();
+  Endpoint& impl = EndpointOf(ipc);
   const std::string path = EndpointPath(impl.endpointDir, kConfigMpName);
   if (impl.configFd >= 0 && (path != impl.configPath || !Quiet(impl.configFd))) {
     impl.DisconnectConfig();

@@ -8,9 +8,14 @@
 #include "recorder/host/ipc_protocol.h"
 #include "recorder/linx_ipc.h"
 
-struct LinxIpc::Impl {
-  explicit Impl(const std::string& endpointName) : name(endpointName) {}
-  ~Impl();
+namespace HostIpc {
+
+// What a LinxIpc endpoint holds on the host.
+struct Endpoint {
+  explicit Endpoint(const std::string& endpointName) : name(endpointName) {}
+  ~Endpoint();
+  Endpoint(const Endpoint&) = delete;
+  Endpoint& operator=(const Endpoint&) = delete;
   void Disconnect();
 
   void DisconnectConfig();
@@ -23,7 +28,7 @@ struct LinxIpc::Impl {
   std::string configPath;    // the endpoint configFd is connected to
 };
 
-namespace HostIpc {
+Endpoint& EndpointOf(LinxIpc& ipc);
 
 std::string EndpointPath(const std::string& dir, const char* name);
 

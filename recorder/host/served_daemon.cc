@@ -33,7 +33,7 @@ ServedDaemon::~ServedDaemon() {
 
 std::string ServedDaemon::Path() const { return EndpointPath(dir_, name_.c_str()); }
 
-void ServedDaemon::Aim(LinxIpc& ipc) const { ipc.GetImpl().endpointDir = dir_; }
+void ServedDaemon::Aim(LinxIpc& ipc) const { HostIpc::EndpointOf(ipc).endpointDir = dir_; }
 
 ServeEnd ServedDaemon::Stop() {
   if (thread_.joinable()) {

@@ -160,40 +160,52 @@ Member MemberOf(const char* name, const Column (&columns)[N]) {
 }
 
 // Which member each column of a statement fills. Matching names
-// case-insensitively costs more than loading the row, so it is done once per
-// statement and kept for its following rows. A statement is known by its
-// serial, which no other statement of the process shares, and by the number
-// of times SQLite compiled it afresh (after a change of schema its columns
-// may differ).
+// case-insensitively against the record's columns costs more than loading the
+// row, so it is done once and kept while the statement's column names stay
+// the same. The names themselves are compared for each row rather than the
+// statement's address: SQLite may place a later statement where a finalised
+// one was, and a statement compiled afresh after a change of schema may have
+// other columns.
 class ColumnMap {
  public:
   template <size_t N>
-  const std::vector<Member>& For(const SQLStatement& statement, const Column (&columns)[N]) {
-    const int compilations =
-        statement.handle == nullptr
-            ? 0
-            : sqlite3_stmt_status(statement.handle, SQLITE_STMTSTATUS_REPREPARE, 0);
-    if (statement.serial != serial_ || compilations != compilations_) {
-      Rebuild(statement.handle, columns);
-      serial_ = statement.serial;
-      compilations_ = compilations;
+  const std::vector<Member>& For(sqlite3_stmt* handle, const Column (&columns)[N]) {
+    if (!SameNames(handle)) {
+      Rebuild(handle, columns);
     }
     return members_;
   }
 
  private:
-  template <size_t N>
-  void Rebuild(sqlite3_stmt* handle, const Column (&columns)[N]) {
-    members_.clear();
-    const int count = sqlite3_column_count(handle);
+  bool SameNames(sqlite3_stmt* handle) const {
+    const int count = handle == nullptr ? 0 : sqlite3_column_count(handle);
+    if (!built_ || static_cast<size_t>(count) != names_.size()) {
+      return false;
+    }
     for (int i = 0; i < count; ++i) {
       const char* name = sqlite3_column_name(handle, i);
-      members_.push_back(name == nullptr ? kNone : MemberOf(name, columns));
+      if (names_[static_cast<size_t>(i)] != (name == nullptr ? "" : name)) {
+        return false;
+      }
     }
+    return true;
   }
 
-  uint64_t serial_ = 0;  // no statement has serial 0
-  int compilations_ = 0;
+  template <size_t N>
+  void Rebuild(sqlite3_stmt* handle, const Column (&columns)[N]) {
+    names_.clear();
+    members_.clear();
+    const int count = handle == nullptr ? 0 : sqlite3_column_count(handle);
+    for (int i = 0; i < count; ++i) {
+      const char* name = sqlite3_column_name(handle, i);
+      names_.emplace_back(name == nullptr ? "" : name);
+      members_.push_back(name == nullptr ? kNone : MemberOf(name, columns));
+    }
+    built_ = true;
+  }
+
+  bool built_ = false;
+  std::vector<std::string> names_;
   std::vector<Member> members_;
 };
 
@@ -326,7 +338,7 @@ namespace StreamDB {
 StreamMgrApi::EventRecordItem LoadEventInfoFromStatement(SQLStatement& statement) {
   thread_local ColumnMap columns;
   EventRecordItem event;
-  const std::vector<Member>& members = columns.For(statement, kEventColumns);
+  const std::vector<Member>& members = columns.For(statement.handle, kEventColumns);
   for (size_t i = 0; i < members.size(); ++i) {
     LoadEventColumn(statement.handle, static_cast<int>(i), members[i], event);
   }
@@ -336,7 +348,7 @@ StreamMgrApi::EventRecordItem LoadEventInfoFromStatement(SQLStatement& statement
 StreamMgrApi::StreamfileRecordItem LoadFileInfoFromStatement(SQLStatement& statement) {
   thread_local ColumnMap columns;
   StreamfileRecordItem file;
-  const std::vector<Member>& members = columns.For(statement, kFileColumns);
+  const std::vector<Member>& members = columns.For(statement.handle, kFileColumns);
   for (size_t i = 0; i < members.size(); ++i) {
     LoadFileColumn(statement.handle, static_cast<int>(i), members[i], file);
   }

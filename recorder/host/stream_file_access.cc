@@ -6,15 +6,22 @@
 
 #include <unistd.h>
 
+#include <memory>
 #include <string>
 
 #include "recorder/host/file_size_table.h"
 #include "recorder/host/ipc_channel.h"
 #include "recorder/host/ipc_codec.h"
 #include "recorder/host/linx_ipc_impl.h"
+#include "recorder/host/object_states.h"
 
-struct StreamFileAccess::Impl {
-  ~Impl() { Disconnect(); }
+namespace {
+
+struct FileAccessState {
+  FileAccessState() = default;
+  ~FileAccessState() { Disconnect(); }
+  FileAccessState(const FileAccessState&) = delete;
+  FileAccessState& operator=(const FileAccessState&) = delete;
   void Disconnect() {
     if (daemon >= 0) close(daemon);
     daemon = -1;
@@ -24,27 +31,34 @@ struct StreamFileAccess::Impl {
   int daemon = -1;  // connection to StreamMgr, -1 when there is none
 };
 
-StreamFileAccess::StreamFileAccess() : impl_(new Impl) {}
+using FileAccessStates = ObjectStates<StreamFileAccess, FileAccessState>;
 
-StreamFileAccess::~StreamFileAccess() = default;
+}  // namespace
+
+StreamFileAccess::StreamFileAccess() {
+  FileAccessStates::Instance().Add(this, std::make_unique<FileAccessState>());
+}
+
+StreamFileAccess::~StreamFileAccess() { FileAccessStates::Instance().Remove(this); }
 
 bool StreamFileAccess::InitializeFileAccess(bool, bool) { return true; }
 
 void StreamFileAccess::InitializeFileSize(int number, int size) {
-  impl_->sizes.Set(number, static_cast<uint32_t>(size));
+  FileAccessStates::Instance().Of(this).sizes.Set(number, static_cast<uint32_t>(size));
 }
 
 bool StreamFileAccess::GetFileInfo(int number, StreamMgrFileMgmnt::FileMgmnt_t& info) {
-  if (impl_->daemon < 0) {
-    impl_->daemon =
+  FileAccessState& state = FileAccessStates::Instance().Of(this);
+  if (state.daemon < 0) {
+    state.daemon =
         HostIpc::Connect(HostIpc::EndpointPath(HostIpc::kEndpointDir, HostIpc::kStreamMgrName));
   }
-  if (impl_->daemon >= 0) {
+  if (state.daemon >= 0) {
     std::string answer;
     uint32_t size = 0;
-    if (!HostIpc::Exchange(impl_->daemon, HostIpc::LiveSizeRequest(static_cast<uint32_t>(number)),
+    if (!HostIpc::Exchange(state.daemon, HostIpc::LiveSizeRequest(static_cast<uint32_t>(number)),
                            answer, HostIpc::kDefaultTimeoutMs)) {
-      impl_->Disconnect();
+      state.Disconnect();
       return false;
     }
     if (!HostIpc::DecodeLiveSizeAnswer(answer, size)) return false;
@@ -52,7 +66,7 @@ bool StreamFileAccess::GetFileInfo(int number, StreamMgrFileMgmnt::FileMgmnt_t& 
     return true;
   }
   uint32_t size = 0;
-  if (!impl_->sizes.Find(number, size)) {
+  if (!state.sizes.Find(number, size)) {
     return false;
   }
   info = StreamMgrFileMgmnt::FileMgmnt_t{static_cast<uint32_t>(number), 0, 0, size};

@@ -47,7 +47,9 @@ FD::Script Answering(const std::string& body) {
 }
 
 struct Endpoint {
-  explicit Endpoint(const FakeDaemon& daemon) { ipc.GetImpl().endpointDir = daemon.Dir(); }
+  explicit Endpoint(const FakeDaemon& daemon) {
+    HostIpc::EndpointOf(ipc).endpointDir = daemon.Dir();
+  }
   LinxIpc ipc{"test"};
 };
 
@@ -66,7 +68,7 @@ TEST(LinxIpc, InitFailsWithoutAnEndpoint) {
   char pattern[] = "/tmp/no-daemon-XXXXXX";
   ASSERT_NE(nullptr, mkdtemp(pattern));
   LinxIpc ipc("db");
-  ipc.GetImpl().endpointDir = pattern;
+  HostIpc::EndpointOf(ipc).endpointDir = pattern;
   EXPECT_NE(0, ipc.Init());
   EXPECT_EQ("db", ipc.Name());
   unsigned int count = 5;
@@ -83,7 +85,7 @@ TEST(LinxIpc, InitFailsWhenTheEndpointIsNotASocket) {
   ASSERT_NE(nullptr, file);
   fclose(file);
   LinxIpc ipc("db");
-  ipc.GetImpl().endpointDir = pattern;
+  HostIpc::EndpointOf(ipc).endpointDir = pattern;
   EXPECT_NE(0, ipc.Init());
   unlink(path.c_str());
   rmdir(pattern);

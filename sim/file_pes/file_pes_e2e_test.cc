@@ -16,13 +16,11 @@ TEST(FilePesProgram, ChecksTheFileItIsGiven) {
   shape.keyFrameEvery = 0;
   disk.WriteFile("7.ts", MakeStream(shape));
   const RunResult r = RunInSandbox(disk, {"filePes", "-a", "/mnt/hd/7.ts"});
-  EXPECT_EQ(
-      "FAIL split point 1 at packet 0 (0.000 s): no key frame follows\n"
-      "FAIL split point 2 at packet 75 (1.000 s): no key frame follows\n"
-      "2 split points, 2 failed\n",
-      r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(1, r.status);
+  EXPECT_RUN((RunResult{"FAIL split point 1 at packet 0 (0.000 s): no key frame follows\n"
+                        "FAIL split point 2 at packet 75 (1.000 s): no key frame follows\n"
+                        "2 split points, 2 failed\n",
+                        "", 1}),
+             r);
 }
 
 TEST(FilePesProgram, PassingFileExitsZero) {
@@ -36,9 +34,7 @@ TEST(FilePesProgram, PassingFileExitsZero) {
 TEST(FilePesProgram, Help) {
   RecorderDisk disk;
   const RunResult r = RunInSandbox(disk, {"filePes", "--help"});
-  EXPECT_EQ(kFilePesHelp, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{kFilePesHelp, "", 0}), r);
 }
 
 TEST(FilePesProgram, BadCommandLines) {
@@ -48,9 +44,7 @@ TEST(FilePesProgram, BadCommandLines) {
                                                   {"filePes", "-x", "/mnt/hd/1.ts"},
                                                   {"filePes", "-a", "/mnt/hd/1.ts", "more"}}) {
     const RunResult r = RunInSandbox(disk, command);
-    EXPECT_EQ("", r.out);
-    EXPECT_EQ(std::string("filePes: expected -a FILE\n") + kFilePesHelp, r.err);
-    EXPECT_EQ(2, r.status);
+    EXPECT_RUN((RunResult{"", std::string("filePes: expected -a FILE\n") + kFilePesHelp, 2}), r);
   }
 }
 

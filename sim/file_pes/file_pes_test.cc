@@ -11,17 +11,13 @@
 
 #include "sim/file_pes/ts_builder.h"
 #include "sim/file_pes/ts_packet.h"
+#include "testing/scratch_dir.h"
 
 namespace {
 
 class FilePes : public ::testing::Test {
  protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/file_pes.XXXXXX";
-    ASSERT_NE(nullptr, mkdtemp(pattern));
-    folder_ = pattern;
-  }
-  void TearDown() override { std::system(("rm -rf '" + folder_ + "'").c_str()); }
+  void SetUp() override { ASSERT_FALSE(folder_.empty()); }
 
   std::string Write(const std::string& content) {
     const std::string path = folder_ + "/stream.ts";
@@ -39,7 +35,8 @@ class FilePes : public ::testing::Test {
     return {status, out.str()};
   }
 
-  std::string folder_;
+  const ScratchDir scratch_{"file_pes"};
+  const std::string folder_ = scratch_.Path();
 };
 
 TEST_F(FilePes, GoodStreamPasses) {

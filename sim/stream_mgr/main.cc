@@ -7,6 +7,7 @@
 
 #include "recorder/host/ipc_protocol.h"
 #include "recorder/host/ipc_server.h"
+#include "recorder/recorder_places.h"
 #include "sim/stream_mgr/stream_mgr_options.h"
 #include "sim/stream_mgr/stream_mgr_service.h"
 
@@ -21,7 +22,7 @@ int main(int argc, char** argv) {
     std::fputs(kStreamMgrHelp, stdout);
     return 0;
   }
-  sqlite3* database = OpenOwnedStore("/mnt/hd/streammgr/stream.db");
+  sqlite3* database = OpenOwnedStore(Recorder::kStorePath);
   StreamMgrService service(database, options);
   const int status = HostIpc::RunDaemon(
       HostIpc::kEndpointDir, HostIpc::kStreamMgrName, !options.noIpc, options.delayMs,

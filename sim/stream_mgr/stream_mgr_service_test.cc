@@ -501,7 +501,7 @@ TEST(StreamMgrService, ClientLeavingAHalfPagedListingLetsWritersIn) {
   Served served(disk);
   {
     LinxIpc client{"client"};
-    client.GetImpl().endpointDir = served.ipc.GetImpl().endpointDir;
+    HostIpc::EndpointOf(client).endpointDir = HostIpc::EndpointOf(served.ipc).endpointDir;
     ASSERT_EQ(0, client.Init());
     EventRecordListMessage events;
     ASSERT_TRUE(StreamMgrApi::GetEventsFromSqlStatement(

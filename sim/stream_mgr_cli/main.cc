@@ -2,6 +2,7 @@
 #include <cstring>
 #include <iostream>
 
+#include "recorder/recorder_places.h"
 #include "sim/stream_mgr_cli/stream_mgr_cli.h"
 
 int main(int argc, char** argv) {
@@ -13,5 +14,5 @@ int main(int argc, char** argv) {
     std::cerr << "StreamMgrCli: expected -x N\n" << kStreamMgrCliHelp;
     return 2;
   }
-  return ExtractStreamFile("/mnt/hd", argv[2], std::cout, std::cerr);
+  return ExtractStreamFile(Recorder::kDisk, argv[2], std::cout, std::cerr);
 }

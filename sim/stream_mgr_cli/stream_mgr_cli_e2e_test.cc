@@ -13,21 +13,21 @@ TEST(StreamMgrCliProgram, ExtractsIntoTheDiskRoot) {
   RecorderDisk disk;
   disk.WriteFile("streams/3.ts", "contents");
   const RunResult r = RunInSandbox(disk, {"StreamMgrCli", "-x", "3"});
-  EXPECT_EQ("copied: /mnt/hd/3.ts\n", r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"copied: /mnt/hd/3.ts\n", "", 0}), r);
   EXPECT_EQ("contents", disk.ReadFile("3.ts"));
 }
 
 TEST(StreamMgrCliProgram, StreamFileWithoutContents) {
   RecorderDisk disk;
   const RunResult r = RunInSandbox(disk, {"StreamMgrCli", "-x", "3"});
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ(
-      "StreamMgrCli: cannot extract stream file 3: /mnt/hd/streams/3.ts: No such file or "
-      "directory\n",
-      r.err);
-  EXPECT_EQ(1, r.status);
+  EXPECT_RUN(
+      (RunResult{
+          "",
+          // clang-format off
+          "StreamMgrCli: cannot extract stream file 3: /mnt/hd/streams/3.ts: No such file or directory\n",
+          // clang-format on
+          1}),
+      r);
   EXPECT_FALSE(disk.Exists("3.ts"));
 }
 
@@ -45,9 +45,8 @@ TEST(StreamMgrCliProgram, BadCommandLines) {
                                                   {"StreamMgrCli", "-a", "1"},
                                                   {"StreamMgrCli", "-x", "1", "2"}}) {
     const RunResult r = RunInSandbox(disk, command);
-    EXPECT_EQ("", r.out);
-    EXPECT_EQ(std::string("StreamMgrCli: expected -x N\n") + kStreamMgrCliHelp, r.err);
-    EXPECT_EQ(2, r.status);
+    EXPECT_RUN((RunResult{"", std::string("StreamMgrCli: expected -x N\n") + kStreamMgrCliHelp, 2}),
+               r);
   }
 }
 

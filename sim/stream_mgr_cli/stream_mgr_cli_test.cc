@@ -1,5 +1,6 @@
 // Extraction of stream files from a scratch disk folder.
 #include "sim/stream_mgr_cli/stream_mgr_cli.h"
+#include "testing/scratch_dir.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -15,12 +16,9 @@ namespace {
 class StreamMgrCli : public ::testing::Test {
  protected:
   void SetUp() override {
-    char pattern[] = "/tmp/stream_mgr_cli.XXXXXX";
-    ASSERT_NE(nullptr, mkdtemp(pattern));
-    disk_ = pattern;
+    ASSERT_FALSE(disk_.empty());
     mkdir((disk_ + "/streams").c_str(), 0755);
   }
-  void TearDown() override { std::system(("rm -rf '" + disk_ + "'").c_str()); }
 
   void WriteStream(const std::string& name, const std::string& content) {
     std::ofstream(disk_ + "/streams/" + name, std::ios::binary) << content;
@@ -41,7 +39,8 @@ class StreamMgrCli : public ::testing::Test {
     return ExtractStreamFile(disk_, number, out_, err_);
   }
 
-  std::string disk_;
+  const ScratchDir scratch_{"stream_mgr_cli"};
+  const std::string disk_ = scratch_.Path();
   std::ostringstream out_;
   std::ostringstream err_;
 };
