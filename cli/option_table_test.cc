@@ -16,12 +16,12 @@ TEST(OptionTable, LongOptionsInTableOrder) {
     int val;
   };
   const std::vector<Expected> expected = {
-      {"help", no_argument, 'h'},        {"usage", no_argument, 'h'},
+      {"help", no_argument, 'h'},          {"usage", no_argument, 'h'},
       {"analyze", required_argument, 'a'}, {"delete", required_argument, 'd'},
-      {"deleteall", no_argument, 65280},  {"events", no_argument, 'e'},
-      {"files", required_argument, 'f'},  {"reid", required_argument, 'r'},
-      {"split", no_argument, 'p'},        {"status", no_argument, 's'},
-      {"tables", no_argument, 't'},       {"un", no_argument, 'u'},
+      {"deleteall", no_argument, 65280},   {"events", no_argument, 'e'},
+      {"files", required_argument, 'f'},   {"reid", required_argument, 'r'},
+      {"split", no_argument, 'p'},         {"status", no_argument, 's'},
+      {"tables", no_argument, 't'},        {"un", no_argument, 'u'},
   };
   size_t i = 0;
   for (; kLongOptions[i].name != nullptr; ++i) {
@@ -54,9 +54,9 @@ std::vector<int> Parse(std::vector<std::string> words) {
 }
 
 TEST(OptionTable, ParsesEveryOptionInCommandLineOrder) {
-  EXPECT_EQ((std::vector<int>{'e', 'E', 'p', 'P', 's', 't', 'u', 'h', 'h', kDeleteAllOption}),
-            Parse({"db", "-e", "-E", "-p", "-P", "-s", "-t", "-u", "--help", "--usage",
-                   "--deleteall"}));
+  EXPECT_EQ(
+      (std::vector<int>{'e', 'E', 'p', 'P', 's', 't', 'u', 'h', 'h', kDeleteAllOption}),
+      Parse({"db", "-e", "-E", "-p", "-P", "-s", "-t", "-u", "--help", "--usage", "--deleteall"}));
   EXPECT_EQ((std::vector<int>{'a', 'd', 'f', 'r', 'R'}),
             Parse({"db", "-as", "--delete=7", "--files", "s0f", "--reid", "x", "-R", "y"}));
 }

@@ -9,8 +9,8 @@
 #include "recorder/stream_file_access.h"
 
 struct ToolContext {
-  bool running = false;       // StreamMgr was found running at start-up
-  LinxIpc ipc{"db"};          // initialised only while StreamMgr runs
+  bool running = false;  // StreamMgr was found running at start-up
+  LinxIpc ipc{"db"};     // initialised only while StreamMgr runs
   StreamFileAccess fileAccess;
   sqlite3* database = nullptr;  // never closed: process exit releases it
 };

@@ -55,7 +55,7 @@ TEST_P(EventBadInput, TextInIntegerColumnsReadsAsItsLeadingNumber) {
   const std::string row =
       // clang-format off
       "texts                         RecordCmpl  AlreadySpl      0  01/01/70 00:00:00  00:00:00           0          12        1200  r r   N      0  7                               2    0    N  0.000                    NA  \n";
-      // clang-format on
+  // clang-format on
   EXPECT_EQ(kGibHeading + row + kGibHeading + row, r.out);
   EXPECT_EQ("", r.err);
   EXPECT_EQ(store, disk_.Dump());
@@ -73,7 +73,7 @@ TEST_P(EventBadInput, IntegersWiderThan32BitsWrap) {
   EXPECT_EQ(std::string(kGibHeading) +
                 // clang-format off
                 "wide                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0           7  4294967294  r r   N  4294967295                                  0    0    N  0.000                    NA  \n",
-                // clang-format on
+            // clang-format on
             r.out);
 }
 
@@ -115,7 +115,7 @@ TEST_P(EventBadInput, AwkwardReidsAreListedAndFound) {
       "caf\xc3\xa9                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
       // clang-format off
       "03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n";
-      // clang-format on
+  // clang-format on
   const std::vector<std::string> rows = {DefaultRow("it's"),        stagedRow,
                                          DefaultRow(" lead"),       cafeRow,
                                          DefaultRow("raw\xff\xfe"), DefaultRow(reids[5])};

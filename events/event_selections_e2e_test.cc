@@ -116,7 +116,7 @@ TEST_P(EventSelections, UnreadableNullCountIsReportedOnTheDirectPathOnly) {
   EXPECT_EQ(std::string(kGibHeading) +
                 // clang-format off
                 "old                           Recording   NotChecked      0  01/01/70 00:00:00  00:00:00           0           0           0  r r   N      0                                  0    0    N  0.000                    NA  \n",
-                // clang-format on
+            // clang-format on
             r.out);
   if (Direct()) {
     EXPECT_EQ(
@@ -168,15 +168,15 @@ void StoreGroup(const RecorderDisk& disk) {
 const char kP1[] =
     // clang-format off
     "p1                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              1    3    N  0.000                    NA  \n";
-    // clang-format on
+// clang-format on
 const char kP2[] =
     // clang-format off
     "p2                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              2    3    N  0.000                    NA  \n";
-    // clang-format on
+// clang-format on
 const char kP3[] =
     // clang-format off
     "p3                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              3    3    N  0.000                    NA  \n";
-    // clang-format on
+// clang-format on
 
 TEST_P(EventSelections, GroupIdListsTheWholeGroup) {
   StoreGroup(disk_);
@@ -243,7 +243,7 @@ TEST_P(EventSelections, SplitListsSplitEventsAndParts) {
                 "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
                 "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  2    0    N  0.000                    NA  \n"
                 "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    2    N  0.000                    NA  \n",
-                // clang-format on
+            // clang-format on
             r.out);
   EXPECT_EQ("", r.err);
 }
@@ -256,7 +256,7 @@ TEST_P(EventSelections, UpperCaseSplitShowsBytes) {
                 "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n"
                 "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  2    0    N            0                    NA  \n"
                 "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    2    N            0                    NA  \n",
-                // clang-format on
+            // clang-format on
             r.out);
 }
 
@@ -277,7 +277,7 @@ TEST_P(EventSelections, UntransferredListsEveryOtherStateInGibibytes) {
       "s2                            Recording   NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
       "s3                            InPost      NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
       "s9                               Invalid  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n";
-      // clang-format on
+  // clang-format on
   ASSERT_GT(r.out.size(), untransferred.size());
   EXPECT_EQ(untransferred, r.out.substr(r.out.size() - untransferred.size()));
   EXPECT_EQ("", r.err);

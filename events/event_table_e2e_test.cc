@@ -68,7 +68,7 @@ TEST_P(EventTable, EveryColumnOfARow) {
               "answers                       Recording   SplitPend     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA                    A1  \n"
               "LLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLL  InPost      ExportOnly    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  GGGGGGGGGGGGGGGGGGGGGGGGGGGGGG    0    0    N  0.000                    NA  \n"
               "exportneg                     RecordCmpl  NotChecked    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n",
-              // clang-format on
+          // clang-format on
           "", 0}),
       r);
 }
@@ -118,7 +118,7 @@ TEST_P(EventTable, SizesInGibibytes) {
                 "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  0.000                    NA  \n"
                 "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
                 "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  17179869184.000                    NA  \n",
-                // clang-format on
+            // clang-format on
             r.out);
   EXPECT_EQ("", r.err);
 }
@@ -133,7 +133,7 @@ TEST_P(EventTable, SizesInBytes) {
                 "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         1000                    NA  \n"
                 "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n"
                 "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  18446744073709547520                    NA  \n",
-                // clang-format on
+            // clang-format on
             r.out);
   EXPECT_EQ("", r.err);
 }
@@ -180,7 +180,7 @@ TEST_P(EventTable, UnusableMetadataStillGivesARowAndTheMessages) {
               "wrapped                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         1000                    NA  \n"
               "huge                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y      2000000                    NA  \n"
               "comment                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            5                    NA  \n",
-              // clang-format on
+          // clang-format on
           "Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml"
           ":'name' attribute missing"
           "Start offset invalid"
@@ -208,7 +208,7 @@ TEST_P(EventTable, AComplaintAboutMetadataComesAfterTheColumnsBeforeTheSize) {
               // clang-format off
               "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml         10                    NA  \n"
               "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n",
-              // clang-format on
+          // clang-format on
           "", 0}),
       r);
 }
@@ -221,7 +221,7 @@ TEST_P(EventTable, DataFileThatIsAFolderIsStagedWithTheFolderSize) {
   EXPECT_EQ(std::string(kGibHeading) +
                 // clang-format off
                 "mtddir                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  0.000                    NA  \n",
-                // clang-format on
+            // clang-format on
             r.out);
   EXPECT_EQ("", r.err);
 }
@@ -367,7 +367,7 @@ TEST_P(EventTable, UnreadableMetadataForAnUnprivilegedUser) {
                 // clang-format off
                 "xmlhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y           30                    NA  \n"
                 "mtdhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566184                    NA  \n",
-                // clang-format on
+            // clang-format on
             r.out);
   EXPECT_EQ("Failed to load XML file: /mnt/hd/connectionmgr/xmlhidden.xml", r.err);
 }

@@ -100,11 +100,11 @@ TEST_P(FilesTable, StreamThreeAllocatedStillSortsByStartTick) {
   const char row301[] =
       // clang-format off
       "   301       3  Allocatd         8  01/01/70 00:00:00  00:00:00           5          20   300     0  Norm  \n";
-      // clang-format on
+  // clang-format on
   const char row300[] =
       // clang-format off
       "   300       3  Allocatd         7  01/01/70 00:00:00  00:00:00          10          20     0   301  Norm  \n";
-      // clang-format on
+  // clang-format on
   ExpectListing({"-f", "s3a"}, Listing({row301, row300}));
 }
 

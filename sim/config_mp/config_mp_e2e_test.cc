@@ -100,7 +100,7 @@ TEST(ConfigMpProgram, EndsWithStatusZeroOnSigtermAndRemovesItsEndpoint) {
       "pidof ConfigMP > /dev/null && echo named\n"
       "kill -TERM $pid; wait $pid; echo \"status $?\"\n"
       "echo \"left: $(ls -A /run/linx)\"\n";
-      // clang-format on
+  // clang-format on
   const RunResult r = RunInSandbox(disk, {"sh", "-c", script});
   EXPECT_EQ("named\nstatus 0\nleft: \n", r.out);
   EXPECT_EQ("", r.err);

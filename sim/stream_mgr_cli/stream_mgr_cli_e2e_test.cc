@@ -20,14 +20,12 @@ TEST(StreamMgrCliProgram, ExtractsIntoTheDiskRoot) {
 TEST(StreamMgrCliProgram, StreamFileWithoutContents) {
   RecorderDisk disk;
   const RunResult r = RunInSandbox(disk, {"StreamMgrCli", "-x", "3"});
-  EXPECT_RUN(
-      (RunResult{
-          "",
-          // clang-format off
+  EXPECT_RUN((RunResult{"",
+                        // clang-format off
           "StreamMgrCli: cannot extract stream file 3: /mnt/hd/streams/3.ts: No such file or directory\n",
-          // clang-format on
-          1}),
-      r);
+                        // clang-format on
+                        1}),
+             r);
   EXPECT_FALSE(disk.Exists("3.ts"));
 }
 
