@@ -29,12 +29,15 @@ size_t PacketReader::Search(const uint8_t* data, size_t size, size_t from, size_
       }
       const size_t following = (size - 1 - i) / candidate;
       const size_t checks = following < kSyncConfirmations ? following : kSyncConfirmations;
-      // A lone packet is believed only where packets were expected anyway.
-      bool lined = checks > 0 || i == lowest + sync;
-      for (size_t k = 1; lined && k <= checks; ++k) {
-        lined = data[i + k * candidate] == kSyncByte;
+      size_t confirmed = 0;
+      while (confirmed < checks && data[i + (confirmed + 1) * candidate] == kSyncByte) {
+        ++confirmed;
       }
-      if (lined) {
+      // Where packets were expected anyway (the start of the file), one
+      // packet lining up is enough, so a tear soon after is found where it
+      // is; elsewhere every packet looked at must line up.
+      const bool expected = i == lowest + sync;
+      if (confirmed == checks ? checks > 0 || expected : expected && confirmed > 0) {
         size_ = candidate;
         return i - sync;
       }

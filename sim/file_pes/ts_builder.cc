@@ -145,7 +145,7 @@ std::string H264Picture(bool idr) {
 }
 
 std::string H264RecoveryPointPicture() {
-  return std::string("\0\0\0\1\x06\x06\x01\xC4\x80", 9) + std::string("\0\0\1\x41\x9A", 5);
+  return std::string("\0\0\0\1\x06\x06\x01\xC4\x80", 9) + std::string("\0\0\1\x41\x9A\x02", 6);
 }
 
 std::string H265Picture(uint8_t nalType) {
