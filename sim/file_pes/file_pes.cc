@@ -7,42 +7,53 @@
 #include <cstdio>
 #include <cstring>
 #include <iomanip>
+#include <sstream>
+#include <string>
 #include <vector>
 
+#include "sim/file_pes/packet_reader.h"
 #include "sim/file_pes/split_points.h"
 #include "sim/file_pes/ts_packet.h"
 
 const char kFilePesHelp[] =
     "usage: filePes -a FILE\n"
     "\n"
-    "Checks the split points of the MPEG transport stream FILE (188-byte packets,\n"
-    "each beginning with the sync byte 0x47) and prints one line per split point;\n"
-    "each line about a problem holds FAIL. Exit status 0 when all pass, 1 when one\n"
-    "fails, 2 for a bad command line.\n"
+    "Checks the split points of the MPEG transport stream FILE and prints one line\n"
+    "per split point; each line about a problem holds FAIL. Exit status 0 when all\n"
+    "pass, 1 when one fails, 2 for a bad command line.\n"
     "\n"
     "Model of the stream:\n"
-    "  - every packet that carries a PCR is a possible split point;\n"
-    "  - the video is the first PID on which a PES with a video stream id\n"
-    "    (0xE0-0xEF) begins; each of its PES packets is one frame, timed by its\n"
-    "    PTS, and a frame whose first packet has the random access indicator set\n"
-    "    in its adaptation field is a key frame.\n"
+    "  - packets of 188, 192 (a time code first) or 204 bytes, the size found from\n"
+    "    the data; bytes where packets do not line up (garbage, a torn write) are\n"
+    "    skipped with a FAIL line saying which, and reading goes on after them;\n"
+    "  - every packet that carries a PCR is a possible split point, judged against\n"
+    "    the video of the program whose PCR PID it is (PAT and PMT): the video that\n"
+    "    carries the PCR, else the program's first video; before any tables, the\n"
+    "    first PID on which a PES with a video stream id (0xE0-0xEF) begins;\n"
+    "  - each PES of that video is one frame, timed by its PTS; a key frame is an\n"
+    "    H.264 IDR picture or a picture after a recovery point SEI, an H.265 IRAP\n"
+    "    picture (IDR, CRA, BLA) or an MPEG-2 I-picture; where the codec or the\n"
+    "    picture cannot be read, a frame whose first packet has the random access\n"
+    "    indicator set;\n"
+    "  - the clock runs on across a discontinuity: a PCR with the discontinuity\n"
+    "    indicator, or one that steps back or more than 2 seconds forward, is\n"
+    "    taken to follow the previous PCR after the PCR interval before it. Each\n"
+    "    discontinuity gets a note line.\n"
     "A split point passes when\n"
     "  A) it is playable within 2 seconds: a key frame begins at or after it with\n"
     "     a PTS at most 2 seconds (180000 ticks of 90 kHz) after its PCR, and\n"
-    "  B) it is on a frame boundary: its packet is the first packet of a frame.\n"
-    "A file that cannot be read, loses sync, ends inside a packet or has no split\n"
-    "point at all fails as well.\n";
+    "  B) it is on a frame boundary: the video's next packet with payload, from the\n"
+    "     split point on, begins a frame (before any tables: its own packet does).\n"
+    "A file that cannot be read, ends inside a packet or has no split point at all\n"
+    "fails as well.\n";
 
 namespace {
 
-// Seconds of the 90 kHz clock from `from` to `to`, across the 33-bit wrap.
-double Seconds(uint64_t from, uint64_t to) {
-  return static_cast<double>((to - from) & kClockMask) / static_cast<double>(kClockHz);
-}
+double Seconds(int64_t ticks) { return static_cast<double>(ticks) / static_cast<double>(kClockHz); }
 
-void Report(const SplitPoint& point, size_t index, uint64_t firstPcr, std::ostream& out) {
-  out << (point.Passes() ? "ok   " : "FAIL ") << "split point " << index + 1 << " at packet "
-      << point.packet << " (" << Seconds(firstPcr, point.pcrBase) << " s): ";
+void Report(const SplitPoint& point, uint64_t number, std::ostream& out) {
+  out << (point.Passes() ? "ok   " : "FAIL ") << "split point " << number << " at packet "
+      << point.packet << " (" << Seconds(point.time) << " s): ";
   if (!point.onFrameBoundary) {
     out << "not on a frame boundary, ";
   }
@@ -50,42 +61,55 @@ void Report(const SplitPoint& point, size_t index, uint64_t firstPcr, std::ostre
     out << "no key frame follows";
   } else {
     out << (point.Playable() ? "" : "no ") << "key frame within 2 seconds (after "
-        << static_cast<double>(*point.keyFrameDelay) / static_cast<double>(kClockHz) << " s)";
+        << Seconds(*point.keyFrameDelay) << " s)";
   }
   out << "\n";
 }
 
-// Feeds every whole packet of `file` to `scanner`. False, with the FAIL line
-// written, when the stream loses sync or ends inside a packet.
-bool Scan(std::FILE* file, SplitPointScanner& scanner, std::ostream& out) {
-  std::vector<uint8_t> buffer(kPacketSize * 1024);
-  uint64_t packets = 0;
-  size_t filled = 0;
-  for (;;) {
-    const size_t n = std::fread(buffer.data() + filled, 1, buffer.size() - filled, file);
-    filled += n;
-    size_t used = 0;
-    for (; filled - used >= kPacketSize; used += kPacketSize, ++packets) {
-      const TsPacket packet = ParsePacket(buffer.data() + used);
-      if (!packet.synced) {
-        out << "FAIL packet " << packets << " has no sync byte (byte " << packets * kPacketSize
-            << "); the rest of the file is not read\n";
-        return false;
+// Hands the packets of the file to the scanner and the bytes between them
+// to the report.
+class Reading : public PacketSink {
+ public:
+  explicit Reading(SplitPointScanner& scanner) : scanner_(scanner) {}
+  void OnPacket(const uint8_t* packet, uint64_t) override { scanner_.Add(ParsePacket(packet)); }
+  void OnSkip(uint64_t from, uint64_t bytes, uint64_t packetsBefore, size_t resumeSize) override {
+    std::ostringstream line;
+    line << "FAIL packet " << packetsBefore << " has no sync byte (byte " << from << "); ";
+    if (resumeSize != 0) {
+      line << "skipped " << bytes << " bytes, packets of " << resumeSize << " bytes go on at byte "
+           << from + bytes;
+    } else {
+      line << "the remaining " << bytes << " bytes hold no packets";
+    }
+    scanner_.AddNote(line.str(), true);
+    failed_ = true;
+  }
+  void OnTail(uint64_t bytes) override {
+    scanner_.AddNote("FAIL " + std::to_string(bytes) + " bytes after the last whole packet", true);
+    failed_ = true;
+  }
+  bool Failed() const { return failed_; }
+
+ private:
+  SplitPointScanner& scanner_;
+  bool failed_ = false;
+};
+
+// Writes the judged lines; counts split points and failures.
+struct Tally {
+  uint64_t points = 0;
+  uint64_t failed = 0;
+  void Write(const std::vector<ReportItem>& items, std::ostream& out) {
+    for (const ReportItem& item : items) {
+      if (!item.isPoint) {
+        out << item.note << "\n";
+        continue;
       }
-      scanner.Add(packet);
-    }
-    std::memmove(buffer.data(), buffer.data() + used, filled - used);
-    filled -= used;
-    if (n == 0) {
-      break;
+      Report(item.point, ++points, out);
+      failed += item.point.Passes() ? 0 : 1;
     }
   }
-  if (filled != 0) {
-    out << "FAIL " << filled << " bytes after the last whole packet\n";
-    return false;
-  }
-  return true;
-}
+};
 
 }  // namespace
 
@@ -102,25 +126,38 @@ int AnalyzeStreamFile(const char* path, std::ostream& out) {
     out << "FAIL cannot read " << path << ": " << std::strerror(errno) << "\n";
     return 1;
   }
+  out << std::fixed << std::setprecision(3);
   SplitPointScanner scanner;
-  bool passed = Scan(file, scanner, out);
-  if (std::ferror(file)) {
-    out << "FAIL cannot read " << path << ": " << std::strerror(errno) << "\n";
-    passed = false;
+  Reading reading(scanner);
+  PacketReader reader(reading);
+  Tally tally;
+  // Large reads keep the cost per byte near that of copying it.
+  std::vector<uint8_t> buffer(size_t{1} << 20);
+  size_t filled = 0;
+  bool readFailed = false;
+  for (;;) {
+    const size_t n = std::fread(buffer.data() + filled, 1, buffer.size() - filled, file);
+    filled += n;
+    readFailed = std::ferror(file) != 0;
+    const bool atEnd = n == 0 || readFailed;
+    const size_t used = reader.Feed(buffer.data(), filled, atEnd);
+    std::memmove(buffer.data(), buffer.data() + used, filled - used);
+    filled -= used;
+    tally.Write(scanner.TakeReady(), out);
+    if (atEnd) {
+      break;
+    }
+  }
+  if (readFailed) {
+    scanner.AddNote(std::string("FAIL cannot read ") + path + ": " + std::strerror(errno), true);
   }
   std::fclose(file);
-
-  const std::vector<SplitPoint> points = scanner.Result();
-  if (points.empty()) {
+  scanner.Finish();
+  tally.Write(scanner.TakeReady(), out);
+  if (tally.points == 0) {
     out << "FAIL no split point: no packet carries a PCR\n";
     return 1;
   }
-  out << std::fixed << std::setprecision(3);
-  size_t failed = 0;
-  for (size_t i = 0; i < points.size(); ++i) {
-    Report(points[i], i, points.front().pcrBase, out);
-    failed += points[i].Passes() ? 0 : 1;
-  }
-  out << points.size() << " split points, " << failed << " failed" << std::endl;
-  return passed && failed == 0 ? 0 : 1;
+  out << tally.points << " split points, " << tally.failed << " failed" << std::endl;
+  return !reading.Failed() && !readFailed && tally.failed == 0 ? 0 : 1;
 }

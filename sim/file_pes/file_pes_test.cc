@@ -100,16 +100,41 @@ TEST_F(FilePes, EmptyFileHasNoSplitPoint) {
   EXPECT_EQ(1, r.status);
 }
 
-TEST_F(FilePes, LostSyncStopsReading) {
+TEST_F(FilePes, LostSyncIsRegainedAndReportedInPlace) {
   StreamShape shape;
+  shape.frames = 75;  // split points at packets 0, 75 and 150
   std::string stream = MakeStream(shape);
-  stream[80 * kPacketSize] = 0;  // after the second split point
+  stream[80 * kPacketSize] = 0;  // packet 80 is torn: 188 bytes are skipped
   const Result r = Analyze(Write(stream));
   EXPECT_EQ(
-      "FAIL packet 80 has no sync byte (byte 15040); the rest of the file is not read\n"
       "ok   split point 1 at packet 0 (0.000 s): key frame within 2 seconds (after 0.100 s)\n"
       "ok   split point 2 at packet 75 (1.000 s): key frame within 2 seconds (after 0.100 s)\n"
-      "2 split points, 0 failed\n",
+      "FAIL packet 80 has no sync byte (byte 15040); skipped 188 bytes, packets of 188 bytes go "
+      "on at byte 15228\n"
+      // The packet numbers after the gap count the packets read.
+      "ok   split point 3 at packet 149 (2.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "3 split points, 0 failed\n",
+      r.out);
+  EXPECT_EQ(1, r.status);
+}
+
+TEST_F(FilePes, GarbageInTheMiddleIsSkippedToTheNextPacket) {
+  StreamShape shape;
+  shape.frames = 75;
+  const std::string stream = MakeStream(shape);
+  // 100 bytes of a torn write, holding a lone sync byte, between packets 99 and 100.
+  std::string garbage(100, '\0');
+  for (size_t i = 0; i < garbage.size(); ++i) garbage[i] = static_cast<char>(i);
+  garbage[50] = '\x47';
+  const Result r = Analyze(
+      Write(stream.substr(0, 100 * kPacketSize) + garbage + stream.substr(100 * kPacketSize)));
+  EXPECT_EQ(
+      "ok   split point 1 at packet 0 (0.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "ok   split point 2 at packet 75 (1.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "FAIL packet 100 has no sync byte (byte 18800); skipped 100 bytes, packets of 188 bytes go "
+      "on at byte 18900\n"
+      "ok   split point 3 at packet 150 (2.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "3 split points, 0 failed\n",
       r.out);
   EXPECT_EQ(1, r.status);
 }
@@ -118,8 +143,45 @@ TEST_F(FilePes, TruncatedLastPacketFails) {
   StreamShape shape;
   const std::string stream = MakeStream(shape);
   const Result r = Analyze(Write(stream.substr(0, stream.size() - 100)));
-  EXPECT_EQ(0u, r.out.find("FAIL 88 bytes after the last whole packet\n")) << r.out;
+  EXPECT_EQ(
+      "ok   split point 1 at packet 0 (0.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "ok   split point 2 at packet 75 (1.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "FAIL 88 bytes after the last whole packet\n"
+      "2 split points, 0 failed\n",
+      r.out);
   EXPECT_EQ(1, r.status);
+}
+
+TEST_F(FilePes, PacketsOf192And204BytesAreJudgedAlike) {
+  StreamShape shape;
+  const std::string stream = MakeStream(shape);
+  const std::string expected =
+      "ok   split point 1 at packet 0 (0.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "ok   split point 2 at packet 75 (1.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "2 split points, 0 failed\n";
+  for (const size_t size : {size_t{192}, size_t{204}}) {
+    const Result r = Analyze(Write(ResizePackets(stream, size)));
+    EXPECT_EQ(expected, r.out) << size;
+    EXPECT_EQ(0, r.status) << size;
+  }
+}
+
+TEST_F(FilePes, ClockDiscontinuityIsNotedWhereItIsMet) {
+  StreamShape first;
+  first.frames = 50;
+  StreamShape second = first;
+  second.firstPcr = 126000;  // the clock restarts at 1.4 s
+  const Result r = Analyze(Write(MakeStream(first) + MakeStream(second)));
+  EXPECT_EQ(
+      "ok   split point 1 at packet 0 (0.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "ok   split point 2 at packet 75 (1.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "note clock discontinuity at packet 150 (2.000 s) on PID 256, not flagged: the PCR goes "
+      "from 11.000 s to 1.400 s; the clock is taken to run on 1.000 s after the previous PCR\n"
+      "ok   split point 3 at packet 150 (2.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "ok   split point 4 at packet 225 (3.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "4 split points, 0 failed\n",
+      r.out);
+  EXPECT_EQ(0, r.status);
 }
 
 TEST_F(FilePes, GarbageOfEveryByteValue) {

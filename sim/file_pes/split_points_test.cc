@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "sim/file_pes/psi_tables.h"
 #include "sim/file_pes/ts_builder.h"
 
 namespace {
@@ -157,6 +159,217 @@ TEST(SplitPoints, ClockWrapsAt33Bits) {
   EXPECT_EQ(9000u, *points[0].keyFrameDelay);
   EXPECT_EQ(9000u, *points[1].keyFrameDelay);
   EXPECT_TRUE(points[1].Passes());
+}
+
+// A frame of `packets` packets on `pid`: a PES with `data`, the PCR on the
+// first packet when given.
+std::string Frame(uint16_t pid, uint64_t pts, const std::string& data,
+                  std::optional<uint64_t> pcr = std::nullopt, bool randomAccess = false,
+                  int packets = 2) {
+  PacketSpec first;
+  first.pid = pid;
+  first.unitStart = true;
+  first.streamId = 0xE0;
+  first.pts = pts;
+  first.pcrBase = pcr;
+  first.randomAccess = randomAccess;
+  first.data = data;
+  std::string frame = MakePacket(first);
+  for (int i = 1; i < packets; ++i) {
+    PacketSpec rest;
+    rest.pid = pid;
+    frame += MakePacket(rest);
+  }
+  return frame;
+}
+
+std::string PcrOnly(uint16_t pid, uint64_t pcr, bool discontinuity = false) {
+  PacketSpec fields;
+  fields.pid = pid;
+  fields.noPayload = true;
+  fields.pcrBase = pcr;
+  fields.discontinuity = discontinuity;
+  return MakePacket(fields);
+}
+
+TEST(SplitPoints, PmtNamesTheVideoThatCarriesThePcr) {
+  // Two videos; the first PES in the stream is on 0x101, but the PCR rides
+  // on 0x102, whose frames decide.
+  const std::string tables =
+      MakePat({{1, 0x1000}}) + MakePmt({1, 0x1000}, 0x102, {{0x1B, 0x101}, {0x1B, 0x102}});
+  const std::string stream =
+      tables + Frame(0x101, 1000, H264Picture(false)) + Frame(0x102, 9000, H264Picture(true), 0) +
+      Frame(0x101, 4600, H264Picture(false)) + Frame(0x102, 12600, H264Picture(false), 3600);
+  const std::vector<SplitPoint> points = Scan(stream);
+  ASSERT_EQ(2u, points.size());
+  EXPECT_EQ(4u, points[0].packet);
+  EXPECT_TRUE(points[0].onFrameBoundary);
+  EXPECT_EQ(9000, points[0].keyFrameDelay.value_or(-1));
+  EXPECT_TRUE(points[1].onFrameBoundary);
+  EXPECT_FALSE(points[1].keyFrameDelay);  // 0x102 has no later key frame
+}
+
+TEST(SplitPoints, PcrOnItsOwnPidIsJudgedAgainstTheFirstVideo) {
+  const std::string tables =
+      MakePat({{1, 0x1000}}) + MakePmt({1, 0x1000}, 0x1FF, {{0x0F, 0x101}, {0x02, 0x100}});
+  const std::string stream = tables + PcrOnly(0x1FF, 0) + Frame(0x100, 9000, Mpeg2Picture(1)) +
+                             Frame(0x100, 12600, Mpeg2Picture(2)) + PcrOnly(0x1FF, 3600) +
+                             Frame(0x100, 16200, Mpeg2Picture(3), std::nullopt, false, 1) +
+                             PcrOnly(0x1FF, 7200) + Frame(0x100, 19800, Mpeg2Picture(1));
+  const std::vector<SplitPoint> points = Scan(stream);
+  ASSERT_EQ(3u, points.size());
+  // Between frames: on a boundary, though its own packet begins nothing.
+  EXPECT_TRUE(points[0].onFrameBoundary);
+  EXPECT_EQ(9000, points[0].keyFrameDelay.value_or(-1));
+  EXPECT_TRUE(points[1].onFrameBoundary);
+  EXPECT_EQ(19800 - 3600, points[1].keyFrameDelay.value_or(-1));
+  EXPECT_TRUE(points[2].Passes());
+}
+
+TEST(SplitPoints, PcrPacketInsideAFrameIsNotOnABoundary) {
+  const std::string tables = MakePat({{1, 0x1000}}) + MakePmt({1, 0x1000}, 0x100, {{0x1B, 0x100}});
+  PacketSpec start;
+  start.unitStart = true;
+  start.streamId = 0xE0;
+  start.pts = 9000;
+  start.data = H264Picture(true);
+  PacketSpec middle;
+  middle.pcrBase = 0;  // PCR on the frame's second packet, with payload
+  PacketSpec pcrOnly;
+  pcrOnly.noPayload = true;
+  pcrOnly.pcrBase = 1800;  // PCR-only packet before the frame's third packet
+  PacketSpec rest;
+  const std::string stream = tables + MakePacket(start) + MakePacket(middle) + MakePacket(pcrOnly) +
+                             MakePacket(rest) + Frame(0x100, 12600, H264Picture(true));
+  const std::vector<SplitPoint> points = Scan(stream);
+  ASSERT_EQ(2u, points.size());
+  EXPECT_FALSE(points[0].onFrameBoundary);
+  EXPECT_FALSE(points[1].onFrameBoundary);
+  EXPECT_EQ(12600 - 1800, points[1].keyFrameDelay.value_or(-1));
+}
+
+TEST(SplitPoints, EachProgramIsJudgedAgainstItsOwnVideo) {
+  const std::string tables = MakePat({{1, 0x1000}, {2, 0x1001}}) +
+                             MakePmt({1, 0x1000}, 0x100, {{0x1B, 0x100}}) +
+                             MakePmt({2, 0x1001}, 0x200, {{0x24, 0x200}});
+  // Program 2's clock runs an hour ahead of program 1's.
+  const uint64_t hour = 3600 * kClockHz;
+  const std::string stream = tables + Frame(0x100, 9000, H264Picture(true), 0) +
+                             Frame(0x200, hour + 4500, H265Picture(21), hour) +
+                             Frame(0x100, 12600, H264Picture(false), 3600) +
+                             Frame(0x200, hour + 8100, H265Picture(1), hour + 3600) +
+                             Frame(0x200, hour + 11700, H265Picture(19)) +
+                             Frame(0x100, 16200, H264Picture(true));
+  const std::vector<SplitPoint> points = Scan(stream);
+  ASSERT_EQ(4u, points.size());
+  EXPECT_EQ(0x200, points[1].pcrPid);
+  EXPECT_EQ(0, points[1].time);  // from its own clock's first PCR
+  EXPECT_EQ(9000, points[0].keyFrameDelay.value_or(-1));
+  EXPECT_EQ(4500, points[1].keyFrameDelay.value_or(-1));
+  EXPECT_EQ(12600, points[2].keyFrameDelay.value_or(-1));
+  EXPECT_EQ(8100, points[3].keyFrameDelay.value_or(-1));
+  for (const SplitPoint& point : points) EXPECT_TRUE(point.Passes());
+}
+
+TEST(SplitPoints, PicturesDecideAndTheRandomAccessIndicatorIsAHint) {
+  const std::string tables = MakePat({{1, 0x1000}}) + MakePmt({1, 0x1000}, 0x100, {{0x1B, 0x100}});
+  // Flag set on a P picture: not a key frame. Flag clear on an IDR: one.
+  const std::string stream = tables + Frame(0x100, 9000, H264Picture(false), 0, true) +
+                             Frame(0x100, 12600, H264Picture(true), std::nullopt, false);
+  const std::vector<SplitPoint> points = Scan(stream);
+  ASSERT_EQ(1u, points.size());
+  EXPECT_EQ(12600, points[0].keyFrameDelay.value_or(-1));
+  // A picture that cannot be read falls back on the flag.
+  const std::string unreadable = tables + Frame(0x100, 9000, std::string(50, '\x5A'), 0, true);
+  EXPECT_EQ(9000, Scan(unreadable)[0].keyFrameDelay.value_or(-1));
+}
+
+TEST(SplitPoints, StartCodeSplitAcrossPackets) {
+  const std::string tables = MakePat({{1, 0x1000}}) + MakePmt({1, 0x1000}, 0x100, {{0x1B, 0x100}});
+  const std::string picture = H264Picture(true);  // "00 00 00 01 09 F0 00 00 01 65 ..."
+  for (size_t cut = 6; cut <= 10; ++cut) {
+    // The first packet is filled so that it ends `cut` bytes into the picture.
+    PacketSpec first;
+    first.unitStart = true;
+    first.streamId = 0xE0;
+    first.pts = 9000;
+    first.pcrBase = 0;
+    // Header 4, adaptation field 1 + 7 (flags and PCR), PES header 14.
+    const size_t room = kPacketSize - 4 - 8 - 14;
+    first.data = std::string(room - cut, '\x5A') + picture.substr(0, cut);
+    PacketSpec second;
+    second.data = picture.substr(cut);
+    const std::string stream = tables + MakePacket(first) + MakePacket(second);
+    ASSERT_EQ(first.data.substr(first.data.size() - cut),
+              MakePacket(first).substr(kPacketSize - cut))
+        << "the picture must end the first packet";
+    const std::vector<SplitPoint> points = Scan(stream);
+    ASSERT_EQ(1u, points.size());
+    EXPECT_EQ(9000, points[0].keyFrameDelay.value_or(-1)) << cut;
+  }
+}
+
+TEST(SplitPoints, UnflaggedClockJumpKeepsTimeContinuous) {
+  // A recording joined to one whose clock restarts 40 s earlier.
+  StreamShape first;
+  first.frames = 50;
+  StreamShape second = first;
+  second.firstPcr = 900000 - 40 * kClockHz;
+  const std::vector<SplitPoint> points = Scan(MakeStream(first) + MakeStream(second));
+  ASSERT_EQ(4u, points.size());
+  EXPECT_EQ(2 * static_cast<int64_t>(kClockHz), points[2].time);  // one PCR interval on
+  for (const SplitPoint& point : points) EXPECT_EQ(9000, point.keyFrameDelay.value_or(-1));
+}
+
+TEST(SplitPoints, ClockJumpReachesAcrossTheJoin) {
+  // Only the first frame of each recording is a key frame; the first
+  // recording's PCRs are at 0, 1 and 2 s and it ends at 2.8 s.
+  StreamShape first;
+  first.frames = 70;
+  first.keyFrameEvery = 100;
+  StreamShape second;
+  second.frames = 25;
+  second.firstPcr = 50000;
+  const std::vector<SplitPoint> points = Scan(MakeStream(first) + MakeStream(second));
+  ASSERT_EQ(4u, points.size());
+  // The first PCR after the join is taken one interval after the last one
+  // before it, at 3 s; its key frame's PTS is 0.1 s later.
+  EXPECT_EQ(2 * 90000 + 9000, points[1].keyFrameDelay.value_or(-1));
+  EXPECT_EQ(90000 + 9000, points[2].keyFrameDelay.value_or(-1));
+  EXPECT_EQ(9000, points[3].keyFrameDelay.value_or(-1));
+}
+
+TEST(SplitPoints, FlaggedDiscontinuity) {
+  const std::string tables = MakePat({{1, 0x1000}}) + MakePmt({1, 0x1000}, 0x100, {{0x1B, 0x100}});
+  const std::string stream =
+      tables + Frame(0x100, 9000, H264Picture(true), 0) +
+      Frame(0x100, 12600, H264Picture(false), 3600) +
+      PcrOnly(0x100, 5000000, true) +  // the new clock: 3600 ticks on, as assumed
+      Frame(0x100, 5000000 + 9000, H264Picture(true));
+  const std::vector<SplitPoint> points = Scan(stream);
+  ASSERT_EQ(3u, points.size());
+  EXPECT_EQ(7200, points[2].time);
+  EXPECT_EQ(16200 - 3600, points[1].keyFrameDelay.value_or(-1));
+  EXPECT_TRUE(points[2].onFrameBoundary);
+  EXPECT_EQ(9000, points[2].keyFrameDelay.value_or(-1));
+}
+
+TEST(SplitPoints, KeyFrameBeforeItsPcrHasANegativeDelay) {
+  // The multiplex runs 0.3 s behind: the PTS is earlier than the PCR.
+  PacketSpec late;
+  late.unitStart = true;
+  late.randomAccess = true;
+  late.streamId = 0xE0;
+  late.pts = 0;
+  late.pcrBase = 27000;
+  const std::vector<SplitPoint> points = Scan(MakePacket(late));
+  ASSERT_EQ(1u, points.size());
+  EXPECT_EQ(-27000, points[0].keyFrameDelay.value_or(1));
+  EXPECT_TRUE(points[0].Passes());
+  // Across the 33-bit wrap too.
+  late.pts = kClockMask + 1 - 9000;
+  late.pcrBase = 18000;
+  EXPECT_EQ(-27000, Scan(MakePacket(late))[0].keyFrameDelay.value_or(1));
 }
 
 }  // namespace

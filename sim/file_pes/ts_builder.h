@@ -4,9 +4,11 @@
 #ifndef SIM_FILE_PES_TS_BUILDER_H_
 #define SIM_FILE_PES_TS_BUILDER_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 struct PacketSpec {
   uint16_t pid = 0x100;
@@ -16,6 +18,9 @@ struct PacketSpec {
   std::optional<uint8_t> streamId;  // a PES header begins the payload
   std::optional<uint64_t> pts;      // in that header
   uint8_t continuity = 0;
+  bool discontinuity = false;  // the adaptation field's discontinuity indicator
+  bool noPayload = false;      // an adaptation field only (a PCR-only packet)
+  std::string data;            // elementary stream bytes after the PES header
 };
 
 // One 188-byte packet.
@@ -32,6 +37,29 @@ struct StreamShape {
   uint64_t firstPcr = 900000;   // 10 s
   uint64_t ptsLead = 9000;      // PTS runs 0.1 s ahead of the PCR
 };
+
+// The PAT naming each program's PMT PID, and a PMT: one packet each.
+struct TableProgram {
+  uint16_t program = 1;
+  uint16_t pmtPid = 0x1000;
+};
+std::string MakePat(const std::vector<TableProgram>& programs);
+struct TableStream {
+  uint8_t streamType = 0x1B;  // H.264
+  uint16_t pid = 0x100;
+};
+std::string MakePmt(const TableProgram& program, uint16_t pcrPid,
+                    const std::vector<TableStream>& streams);
+
+// Start codes and first bytes of pictures, as a frame's data.
+std::string H264Picture(bool idr);             // access unit delimiter, then a slice
+std::string H264RecoveryPointPicture();        // recovery point SEI, then a non-IDR slice
+std::string H265Picture(uint8_t nalType);      // e.g. 19 (IDR), 21 (CRA), 1 (trailing)
+std::string Mpeg2Picture(uint8_t codingType);  // 1 I, 2 P, 3 B
+
+// The same packets with a 4-byte time code before each (192 bytes) or 16
+// bytes of parity after each (204 bytes).
+std::string ResizePackets(const std::string& stream, size_t size);
 
 // A video stream on PID 0x100 (audio on 0x101) of the given shape.
 std::string MakeStream(const StreamShape& shape);

@@ -15,6 +15,7 @@ void ReadAdaptationField(const uint8_t* field, size_t length, TsPacket& packet) 
     return;
   }
   const uint8_t flags = field[0];
+  packet.discontinuity = (flags & 0x80) != 0;
   packet.randomAccess = (flags & 0x40) != 0;
   if ((flags & 0x10) != 0 && length >= 7) {
     packet.hasPcr = true;
@@ -29,12 +30,14 @@ void ReadPesHeader(const uint8_t* payload, size_t length, TsPacket& packet) {
   }
   packet.pesStart = true;
   packet.streamId = payload[3];
+  packet.dataOffset = length;  // until the header proves whole
   // The optional header: two flag bytes, its length, then the PTS first.
   if (length < 9 || (payload[6] & 0xC0) != 0x80) {
     return;
   }
   const bool ptsFlag = (payload[7] & 0x80) != 0;
   const size_t headerLength = payload[8];
+  packet.dataOffset = 9 + headerLength < length ? 9 + headerLength : length;
   if (ptsFlag && headerLength >= 5 && length >= 14) {
     packet.hasPts = true;
     packet.pts = ReadPts(payload + 9);
@@ -61,8 +64,12 @@ TsPacket ParsePacket(const uint8_t* bytes) {
     ReadAdaptationField(bytes + kHeaderSize + 1, length, packet);
     payload = kHeaderSize + 1 + length;
   }
-  if ((control == 1 || control == 3) && packet.unitStart && payload < kPacketSize) {
-    ReadPesHeader(bytes + payload, kPacketSize - payload, packet);
+  if ((control == 1 || control == 3) && payload < kPacketSize) {
+    packet.payload = bytes + payload;
+    packet.payloadSize = kPacketSize - payload;
+    if (packet.unitStart) {
+      ReadPesHeader(packet.payload, packet.payloadSize, packet);
+    }
   }
   return packet;
 }

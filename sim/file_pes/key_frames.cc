@@ -1,0 +1,62 @@
+#include "sim/file_pes/key_frames.h"
+
+void PictureScanner::StartFrame() {
+  kind_ = FrameKind::kUnknown;
+  recent_ = 0xFFFFFFFF;
+  headSize_ = 0;
+  collecting_ = false;
+  recoveryPoint_ = false;
+}
+
+void PictureScanner::Feed(const uint8_t* data, size_t size) {
+  if (kind_ != FrameKind::kUnknown || codec_ == VideoCodec::kNone || codec_ == VideoCodec::kOther) {
+    return;  // decided, or a bitstream this scanner cannot read
+  }
+  for (size_t i = 0; i < size && kind_ == FrameKind::kUnknown; ++i) {
+    const uint8_t byte = data[i];
+    if (collecting_) {
+      head_[headSize_++] = byte;
+      if (headSize_ == kHeadSize) {
+        collecting_ = false;
+        Judge();
+      }
+    }
+    if ((recent_ & 0xFFFFFF) == 0x000001) {
+      // This byte follows a start code: it opens a unit.
+      head_[0] = byte;
+      headSize_ = 1;
+      collecting_ = true;
+    }
+    recent_ = (recent_ << 8) | byte;
+  }
+}
+
+void PictureScanner::Judge() {
+  switch (codec_) {
+    case VideoCodec::kH264: {
+      const unsigned type = head_[0] & 0x1Fu;
+      if (type == 5) {
+        kind_ = FrameKind::kKey;
+      } else if (type >= 1 && type <= 4) {
+        kind_ = recoveryPoint_ ? FrameKind::kKey : FrameKind::kOther;
+      } else if (type == 6 && head_[1] == 6) {
+        recoveryPoint_ = true;  // SEI whose first message is a recovery point
+      }
+      break;
+    }
+    case VideoCodec::kH265: {
+      const unsigned type = (head_[0] >> 1) & 0x3Fu;
+      if (type < 32) {  // a slice of a picture
+        kind_ = type >= 16 && type <= 23 ? FrameKind::kKey : FrameKind::kOther;
+      }
+      break;
+    }
+    case VideoCodec::kMpeg2:
+      if (head_[0] == 0x00) {  // picture header: picture_coding_type 1 is I
+        kind_ = ((head_[2] >> 3) & 0x7u) == 1 ? FrameKind::kKey : FrameKind::kOther;
+      }
+      break;
+    default:
+      break;
+  }
+}

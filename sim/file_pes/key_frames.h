@@ -1,0 +1,41 @@
+// Tells a key frame from the video itself: the first picture of a frame
+// decides. H.264: an IDR picture, or any picture after a recovery point SEI;
+// H.265: an IRAP picture (IDR, CRA, BLA); MPEG-2: an I-picture. The bytes of
+// a frame arrive packet by packet, so a start code may be split between two
+// packets.
+#ifndef SIM_FILE_PES_KEY_FRAMES_H_
+#define SIM_FILE_PES_KEY_FRAMES_H_
+
+#include <cstddef>
+#include <cstdint>
+
+#include "sim/file_pes/psi_tables.h"
+
+enum class FrameKind { kUnknown, kKey, kOther };
+
+class PictureScanner {
+ public:
+  void SetCodec(VideoCodec codec) { codec_ = codec; }
+  VideoCodec Codec() const { return codec_; }
+  // A new frame (PES) begins.
+  void StartFrame();
+  // The next elementary stream bytes of the frame.
+  void Feed(const uint8_t* data, size_t size);
+  // kUnknown until the frame's first picture header has been read.
+  FrameKind Kind() const { return kind_; }
+
+ private:
+  // Bytes read after a start code before its unit is judged.
+  static constexpr size_t kHeadSize = 3;
+  void Judge();
+
+  VideoCodec codec_ = VideoCodec::kNone;
+  FrameKind kind_ = FrameKind::kUnknown;
+  uint32_t recent_ = 0xFFFFFFFF;  // the last bytes seen, newest lowest
+  uint8_t head_[kHeadSize] = {};
+  size_t headSize_ = 0;
+  bool collecting_ = false;
+  bool recoveryPoint_ = false;
+};
+
+#endif  // SIM_FILE_PES_KEY_FRAMES_H_

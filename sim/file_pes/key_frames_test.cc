@@ -1,0 +1,83 @@
+// Telling key frames from the pictures of H.264, H.265 and MPEG-2.
+#include "sim/file_pes/key_frames.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "sim/file_pes/ts_builder.h"
+
+namespace {
+
+// Feeds a frame's bytes in pieces of `piece` bytes.
+FrameKind KindOf(VideoCodec codec, const std::string& frame, size_t piece = 1000) {
+  PictureScanner scanner;
+  scanner.SetCodec(codec);
+  scanner.StartFrame();
+  for (size_t at = 0; at < frame.size(); at += piece) {
+    const std::string part = frame.substr(at, piece);
+    scanner.Feed(reinterpret_cast<const uint8_t*>(part.data()), part.size());
+  }
+  return scanner.Kind();
+}
+
+TEST(KeyFrames, H264) {
+  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH264, H264Picture(true)));
+  EXPECT_EQ(FrameKind::kOther, KindOf(VideoCodec::kH264, H264Picture(false)));
+  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH264, H264RecoveryPointPicture()));
+}
+
+TEST(KeyFrames, H265) {
+  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH265, H265Picture(19)));   // IDR_W_RADL
+  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH265, H265Picture(20)));   // IDR_N_LP
+  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH265, H265Picture(21)));   // CRA
+  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH265, H265Picture(16)));   // BLA_W_LP
+  EXPECT_EQ(FrameKind::kOther, KindOf(VideoCodec::kH265, H265Picture(1)));  // TRAIL_R
+  EXPECT_EQ(FrameKind::kOther, KindOf(VideoCodec::kH265, H265Picture(9)));  // RASL_R
+}
+
+TEST(KeyFrames, Mpeg2) {
+  const std::string sequence = std::string("\0\0\1\xB3\x0C\x00\x90\x13", 8);
+  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kMpeg2, sequence + Mpeg2Picture(1)));
+  EXPECT_EQ(FrameKind::kOther, KindOf(VideoCodec::kMpeg2, Mpeg2Picture(2)));
+  EXPECT_EQ(FrameKind::kOther, KindOf(VideoCodec::kMpeg2, Mpeg2Picture(3)));
+}
+
+TEST(KeyFrames, StartCodeSplitAnywhereIsFound) {
+  // Every way of cutting the picture's bytes in two.
+  const std::string frame = std::string(20, '\x5A') + H264Picture(true);
+  for (size_t cut = 1; cut < frame.size(); ++cut) {
+    PictureScanner scanner;
+    scanner.SetCodec(VideoCodec::kH264);
+    scanner.StartFrame();
+    scanner.Feed(reinterpret_cast<const uint8_t*>(frame.data()), cut);
+    scanner.Feed(reinterpret_cast<const uint8_t*>(frame.data()) + cut, frame.size() - cut);
+    EXPECT_EQ(FrameKind::kKey, scanner.Kind()) << cut;
+  }
+  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH265, H265Picture(19), 1));
+  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kMpeg2, Mpeg2Picture(1), 1));
+}
+
+TEST(KeyFrames, UnreadableOrUnknown) {
+  EXPECT_EQ(FrameKind::kUnknown, KindOf(VideoCodec::kH264, std::string(500, '\xA5')));
+  EXPECT_EQ(FrameKind::kUnknown, KindOf(VideoCodec::kOther, H264Picture(true)));
+  EXPECT_EQ(FrameKind::kUnknown, KindOf(VideoCodec::kNone, H264Picture(true)));
+  // A start code at the very end, its unit never seen.
+  EXPECT_EQ(FrameKind::kUnknown, KindOf(VideoCodec::kH264, std::string("\0\0\1", 3)));
+}
+
+TEST(KeyFrames, EachFrameIsJudgedAfresh) {
+  PictureScanner scanner;
+  scanner.SetCodec(VideoCodec::kH264);
+  scanner.StartFrame();
+  const std::string recovery = H264RecoveryPointPicture();
+  scanner.Feed(reinterpret_cast<const uint8_t*>(recovery.data()), recovery.size());
+  EXPECT_EQ(FrameKind::kKey, scanner.Kind());
+  scanner.StartFrame();
+  EXPECT_EQ(FrameKind::kUnknown, scanner.Kind());
+  const std::string plain = H264Picture(false);
+  scanner.Feed(reinterpret_cast<const uint8_t*>(plain.data()), plain.size());
+  EXPECT_EQ(FrameKind::kOther, scanner.Kind());  // the recovery point was the last frame's
+}
+
+}  // namespace
