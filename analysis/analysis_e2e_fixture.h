@@ -11,6 +11,7 @@
 
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/staged_metadata.h"
 
 namespace analysis_e2e {
 
@@ -37,11 +38,9 @@ inline std::string Segment(long long start, long long stop) {
 // `mtdBytes` bytes.
 inline void Stage(const RecorderDisk& disk, const std::string& reid,
                   const std::vector<std::string>& segments, size_t mtdBytes = 0) {
-  std::string xml = "<recording-event><video><streams><stream>\n";
-  for (const std::string& segment : segments) xml += segment + "\n";
-  xml += "</stream></streams></video></recording-event>\n";
-  disk.WriteFile("connectionmgr/" + reid + ".xml", xml);
-  disk.WriteFile("connectionmgr/" + reid + ".mtd", std::string(mtdBytes, 'm'));
+  std::string lines;
+  for (const std::string& segment : segments) lines += segment + "\n";
+  StageMetadata(disk, reid, lines, mtdBytes);
 }
 
 // Puts an executable shell script named `name` into the disk's fakes/ folder,

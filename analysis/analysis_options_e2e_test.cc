@@ -52,9 +52,7 @@ TEST_P(AnalysisOptionsE2e, DiskRunsTheDiskAnalysisOnly) {
     const std::string expected = std::string(argument) == "sz5d"
                                      ? SplitReport("  Verify part sizes <  5 GB...PASS\n")
                                      : kDiskReport;
-    EXPECT_EQ(expected, r.out) << argument;
-    EXPECT_EQ("", r.err) << argument;
-    EXPECT_EQ(0, r.status) << argument;
+    EXPECT_RUN((RunResult{expected, "", 0}), r) << argument;
   }
 }
 
@@ -75,9 +73,7 @@ TEST_P(AnalysisOptionsE2e, LimitCarriesOverToTheNextOption) {
 TEST_P(AnalysisOptionsE2e, ArgumentsThatRunNothing) {
   for (const char* argument : {"z20", "q", "x", "", "z", "S", "D", "20", "-"}) {
     const RunResult r = Run({"-a", argument});
-    EXPECT_EQ("", r.out) << argument;
-    EXPECT_EQ("", r.err) << argument;
-    EXPECT_EQ(0, r.status) << argument;
+    EXPECT_RUN((RunResult{"", "", 0}), r) << argument;
   }
 }
 

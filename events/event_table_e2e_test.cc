@@ -10,6 +10,7 @@
 #include "events/expected_event_table.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/staged_metadata.h"
 
 namespace {
 
@@ -73,16 +74,6 @@ TEST_P(EventTable, EveryColumnOfARow) {
       r);
 }
 
-// A pair of metadata files whose description lists `segments`.
-void Stage(const RecorderDisk& disk, const std::string& reid, const std::string& segments,
-           size_t dataBytes) {
-  disk.WriteFile(
-      "connectionmgr/" + reid + ".xml",
-      "<?xml version=\"1.0\"?>\n<recording-event>\n <video>\n  <streams>\n   <stream>\n" +
-          segments + "   </stream>\n  </streams>\n </video>\n</recording-event>\n");
-  disk.WriteFile("connectionmgr/" + reid + ".mtd", std::string(dataBytes, 'm'));
-}
-
 std::string WholeFiles(int count) {
   std::string segments;
   for (int i = 0; i < count; ++i) {
@@ -98,14 +89,14 @@ void StageSizes(const RecorderDisk& disk) {
   disk.Exec(EventRow{"gib15"}.Insert() + EventRow{"big"}.Insert() + EventRow{"mtdonly"}.Insert() +
             EventRow{"xmlonly"}.Insert() + EventRow{"negative"}.Insert());
   // 16 whole stream files and 32 MiB: 1610612736 bytes.
-  Stage(disk, "gib15", WholeFiles(16) + "<segment name=\"x\" src=\"1\" stop-offset=\"33554432\"/>",
-        0);
-  Stage(disk, "big", WholeFiles(120), 0);
+  StageMetadata(disk, "gib15",
+                WholeFiles(16) + "<segment name=\"x\" src=\"1\" stop-offset=\"33554432\"/>", 0);
+  StageMetadata(disk, "big", WholeFiles(120), 0);
   disk.WriteFile("connectionmgr/mtdonly.xml", "<nothing/>");
   disk.WriteFile("connectionmgr/mtdonly.mtd", std::string(1000, 'm'));
   disk.WriteFile("connectionmgr/xmlonly.xml", "<nothing/>");
-  Stage(disk, "negative",
-        "<segment name=\"x\" src=\"1\" start-offset=\"5000\" stop-offset=\"1000\"/>", 0);
+  StageMetadata(disk, "negative",
+                "<segment name=\"x\" src=\"1\" start-offset=\"5000\" stop-offset=\"1000\"/>", 0);
 }
 
 TEST_P(EventTable, SizesInGibibytes) {
@@ -145,25 +136,26 @@ TEST_P(EventTable, UnusableMetadataStillGivesARowAndTheMessages) {
   }
   disk_.WriteFile("connectionmgr/malformed.xml", "<recording-event><video><streams><stream>");
   disk_.WriteFile("connectionmgr/malformed.mtd", std::string(10, 'm'));
-  Stage(disk_, "noname", WholeFiles(1) + "<segment src=\"2\"/>" + WholeFiles(1), 0);
-  Stage(disk_, "notint",
-        WholeFiles(1) + "<segment name=\"x\" src=\"2\" start-offset=\"abc\"/>" + WholeFiles(1), 0);
+  StageMetadata(disk_, "noname", WholeFiles(1) + "<segment src=\"2\"/>" + WholeFiles(1), 0);
+  StageMetadata(
+      disk_, "notint",
+      WholeFiles(1) + "<segment name=\"x\" src=\"2\" start-offset=\"abc\"/>" + WholeFiles(1), 0);
   disk_.WriteFile("connectionmgr/empty.xml", "");
   disk_.WriteFile("connectionmgr/empty.mtd", "");
   std::string deep;
   for (int i = 0; i < 100000; ++i) deep += "<recording-event>";
   disk_.WriteFile("connectionmgr/deep.xml", deep);
   disk_.WriteFile("connectionmgr/deep.mtd", std::string(7, 'm'));
-  Stage(disk_, "locked", "", 2048);
+  StageMetadata(disk_, "locked", "", 2048);
   ASSERT_EQ(0, chmod((disk_.Path() + "/connectionmgr/locked.mtd").c_str(), 0));
   // Offsets out of the 32-bit range wrap: 4294968296 reads as 1000.
-  Stage(disk_, "wrapped", "<segment name=\"x\" src=\"1\" stop-offset=\"4294968296\"/>", 0);
+  StageMetadata(disk_, "wrapped", "<segment name=\"x\" src=\"1\" stop-offset=\"4294968296\"/>", 0);
   std::string many;
   for (int i = 0; i < 200000; ++i) {
     many += "<segment name=\"x\" src=\"1\" start-offset=\"5\" stop-offset=\"15\"/>\n";
   }
-  Stage(disk_, "huge", many, 0);
-  Stage(disk_, "comment", "<!-- cut -->" + WholeFiles(3), 5);
+  StageMetadata(disk_, "huge", many, 0);
+  StageMetadata(disk_, "comment", "<!-- cut -->" + WholeFiles(3), 5);
   const std::string store = disk_.Dump();
 
   const RunResult r = Run({"-E"});
@@ -355,8 +347,8 @@ TEST_P(ReExportHours, MessageIsLoggedOnlyWhenTheLevelHasBitTwo) {
 
 TEST_P(EventTable, UnreadableMetadataForAnUnprivilegedUser) {
   disk_.Exec(EventRow{"xmlhidden"}.Insert() + EventRow{"mtdhidden"}.Insert());
-  Stage(disk_, "xmlhidden", WholeFiles(1), 30);
-  Stage(disk_, "mtdhidden", WholeFiles(1), 40);
+  StageMetadata(disk_, "xmlhidden", WholeFiles(1), 30);
+  StageMetadata(disk_, "mtdhidden", WholeFiles(1), 40);
   ASSERT_EQ(0, chmod((disk_.Path() + "/connectionmgr/xmlhidden.xml").c_str(), 0));
   ASSERT_EQ(0, chmod((disk_.Path() + "/connectionmgr/mtdhidden.mtd").c_str(), 0));
   SandboxOptions options;

@@ -8,8 +8,10 @@
 #include "events/expected_event_table.h"
 #include "faults/fault_helpers.h"
 #include "files/files_e2e_fixture.h"
+#include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/shell.h"
 
 namespace {
 
@@ -19,14 +21,11 @@ using files_e2e::Listing;
 
 // Counts of the three tables as -t shows them when no count request is
 // answered.
-const char kUnansweredCounts[] =
-    "\n"
-    "Table Name    Entries\n"
-    "============  =======\n"
-    "events             0\n"
-    "streamfiles        0\n"
-    "status             0\n"
-    "\n";
+const std::string kUnansweredCounts = std::string(kTablesHeading) +
+                                      "events             0\n"
+                                      "streamfiles        0\n"
+                                      "status             0\n"
+                                      "\n";
 
 // The sandbox's shell reports the simulator it started as killed; that line
 // is the sandbox's, not db's.
@@ -65,12 +64,12 @@ TEST(DaemonFailure, DaemonKilledWhileARequestIsOutstanding) {
   const std::string before = disk.Dump();
   // The count request is logged when it arrives and answered 20 s later; the
   // daemon is killed in between.
-  const RunResult r = faults::RunShell(
-      disk, AccessPath::kDaemon,
-      "db -f '*' -t & "
-      "until grep -q '^count' /mnt/hd/requests.log 2>/dev/null; do sleep 0.05; done; "
-      "kill -KILL $(pidof StreamMgr); wait $!",
-      Daemon("--delay-ms 20000 --log /mnt/hd/requests.log"));
+  const RunResult r =
+      RunShell(disk, AccessPath::kDaemon,
+               "db -f '*' -t & "
+               "until grep -q '^count' /mnt/hd/requests.log 2>/dev/null; do sleep 0.05; done; "
+               "kill -KILL $(pidof StreamMgr); wait $!",
+               Daemon("--delay-ms 20000 --log /mnt/hd/requests.log"));
   EXPECT_EQ(Listing({}, 0) + kUnansweredCounts, r.out);
   EXPECT_EQ("", WithoutSandboxNotices(r.err));
   EXPECT_EQ(0, r.status);

@@ -29,12 +29,6 @@ StoreLock::~StoreLock() {
   sqlite3_close(database_);
 }
 
-RunResult RunShell(const RecorderDisk& disk, AccessPath path, const std::string& script,
-                   SandboxOptions options) {
-  options.streamMgr = path == AccessPath::kDaemon;
-  return RunInSandbox(disk, {"sh", "-c", script}, options);
-}
-
 RunResult RunDbWithPath(const RecorderDisk& disk, AccessPath path, const std::string& search,
                         const std::vector<std::string>& args, SandboxOptions options) {
   options.streamMgr = path == AccessPath::kDaemon;

@@ -1,5 +1,5 @@
-// Helpers of the fault tests: another writer holding the store, a shell
-// command line run in the sandbox, and a search path with chosen programs.
+// Helpers of the fault tests: another writer holding the store and a search
+// path with chosen programs.
 #ifndef FAULTS_FAULT_HELPERS_H_
 #define FAULTS_FAULT_HELPERS_H_
 
@@ -34,10 +34,15 @@ class StoreLock {
   bool held_ = false;
 };
 
-// Runs `script` with sh -c inside the sandbox, with the StreamMgr simulator
-// for kDaemon.
-RunResult RunShell(const RecorderDisk& disk, AccessPath path, const std::string& script,
-                   SandboxOptions options = SandboxOptions());
+// What db prints directly when the store refuses `-d ID --deleteall`: each
+// failed step is also what finalising its statement reports.
+inline std::string DeletionsRefused(const std::string& id) {
+  return "  Error deleting event or groupId:  id = " + id +
+         "\n"
+         "could not free statement, leaking memory\n"
+         "  Error deleting all events\n"
+         "could not free statement, leaking memory\n";
+}
 
 // Runs the built db with PATH set to exactly `search` inside the sandbox.
 RunResult RunDbWithPath(const RecorderDisk& disk, AccessPath path, const std::string& search,

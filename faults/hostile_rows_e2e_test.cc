@@ -39,9 +39,10 @@ TEST_P(HostileRows, ValuesOfTheWrongTypeReadAsTheirRecordsReadThem) {
 TEST_P(HostileRows, AHugeReidIsPrintedWhole) {
   const std::string reid(200000, 'r');
   const RunResult r = ListEvents(EventRow(reid).Insert());
-  EXPECT_EQ(kGibHeading + DefaultRow(reid) + kGibHeading + kGibHeading + DefaultRow(reid), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(
+      (RunResult{kGibHeading + DefaultRow(reid) + kGibHeading + kGibHeading + DefaultRow(reid), "",
+                 0}),
+      r);
 }
 
 // The answers column is JSON that the row loader parses. Nested this deep it
@@ -57,9 +58,7 @@ TEST_P(HostileRows, DeeplyNestedAnswersAreRead) {
   // empty answer column.
   std::string row = DefaultRow("r1");
   row.insert(row.size() - 1, std::string(20, ' ') + "  ");
-  EXPECT_EQ(kGibHeading + row + kGibHeading + kGibHeading + row, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{kGibHeading + row + kGibHeading + kGibHeading + row, "", 0}), r);
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, HostileRows, BothAccessPaths(), PathName);

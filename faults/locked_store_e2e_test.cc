@@ -12,6 +12,7 @@
 
 namespace {
 
+using faults::DeletionsRefused;
 using faults::StoreLock;
 
 const char* const kStartUpRefused = kNoFileSizesLine;
@@ -34,17 +35,15 @@ TEST_P(LockedStore, ListingWhileAnotherWriterCommitsShowsNoRows) {
     ASSERT_TRUE(lock.Held());
     r = RunDb(disk_, GetParam(), {"-e"});
   }
-  EXPECT_EQ(kGibHeading, r.out);
   // The daemon's query fails in the same way, and a failed request is an
   // empty list: nothing is reported on that path.
-  EXPECT_EQ(Direct()
-                ? std::string(kStartUpRefused) +
-                      // clang-format off
-                           "unable to prepare: select * from eventsunable to prepare: select count(*) from events where streamstate is NULL or totalfiles is NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file stats\n"
-                // clang-format on
-                : "",
-            r.err);
-  EXPECT_EQ(0, r.status);
+  const std::string err =
+      Direct() ? std::string(kStartUpRefused) +
+                     // clang-format off
+                     "unable to prepare: select * from eventsunable to prepare: select count(*) from events where streamstate is NULL or totalfiles is NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file stats\n"
+               // clang-format on
+               : "";
+  EXPECT_RUN((RunResult{kGibHeading, err, 0}), r);
   EXPECT_EQ(before_, disk_.Dump());
 }
 
@@ -66,18 +65,16 @@ TEST_P(LockedStore, DeletionWhileAnotherWriterCommitsDeletesNothing) {
     ASSERT_TRUE(lock.Held());
     r = RunDb(disk_, GetParam(), {"-d", "r1", "--deleteall"});
   }
-  EXPECT_EQ("", r.out);
   const std::string byId = "select count(*) from events where reid='r1' or groupId='r1'";
-  EXPECT_EQ(Direct() ? std::string(kStartUpRefused) + "unable to prepare: " + byId +
-                           "stmt Error: 5  sql='" + byId +
-                           // clang-format off
-                           "'\n"
-                           "unable to prepare: select count(*) from eventsstmt Error: 5  sql='select count(*) from events'\n"
-                     // clang-format on
-                     : "  Event or groupId not found: r1\n"
-                       "  No events found...no action taken.\n",
-            r.err);
-  EXPECT_EQ(0, r.status);
+  const std::string err = Direct() ? std::string(kStartUpRefused) + "unable to prepare: " + byId +
+                                         "stmt Error: 5  sql='" + byId +
+                                         // clang-format off
+                     "'\n"
+                     "unable to prepare: select count(*) from eventsstmt Error: 5  sql='select count(*) from events'\n"
+                                   // clang-format on
+                                   : "  Event or groupId not found: r1\n"
+                                     "  No events found...no action taken.\n";
+  EXPECT_RUN((RunResult{"", err, 0}), r);
   EXPECT_EQ(before_, disk_.Dump());
 }
 
@@ -89,26 +86,16 @@ TEST_P(LockedStore, DeletionWhileAnotherWriterWritesIsRefusedAndDeletesNothing) 
     r = RunDb(disk_, GetParam(), {"-d", "r1", "--deleteall"});
   }
   if (Direct()) {
-    EXPECT_EQ("", r.out);
-    // A failed step is also the statement's finalisation result.
-    EXPECT_EQ(
-        "  Error deleting event or groupId:  id = r1\n"
-        "could not free statement, leaking memory\n"
-        "  Error deleting all events\n"
-        "could not free statement, leaking memory\n",
-        r.err);
+    EXPECT_RUN((RunResult{"", DeletionsRefused("r1"), 0}), r);
   } else {
-    EXPECT_EQ(
-        "  Successfully deleted 0 events:  id = r1\n"
-        "  Successfully deleted 0 events\n",
-        r.out);
-    EXPECT_EQ(
-        "  Failed to delete event:  reid= r1  groupId= \n"
-        "  Failed to delete event:  reid= r1  groupId= \n"
-        "  Failed to delete event:  reid= r2  groupId= \n",
-        r.err);
+    EXPECT_RUN((RunResult{"  Successfully deleted 0 events:  id = r1\n"
+                          "  Successfully deleted 0 events\n",
+                          "  Failed to delete event:  reid= r1  groupId= \n"
+                          "  Failed to delete event:  reid= r1  groupId= \n"
+                          "  Failed to delete event:  reid= r2  groupId= \n",
+                          0}),
+               r);
   }
-  EXPECT_EQ(0, r.status);
   EXPECT_EQ(before_, disk_.Dump());
 }
 

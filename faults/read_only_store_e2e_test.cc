@@ -10,8 +10,11 @@
 #include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/shell.h"
 
 namespace {
+
+using faults::DeletionsRefused;
 
 class ReadOnlyStore : public ::testing::TestWithParam<AccessPath> {
  protected:
@@ -31,23 +34,17 @@ class ReadOnlyStore : public ::testing::TestWithParam<AccessPath> {
 
 TEST_F(ReadOnlyStore, ReadOnlyMountListsAndRefusesDeletionsDirectly) {
   const RunResult r =
-      faults::RunShell(disk_, AccessPath::kDirect,
-                       "mount -o remount,ro,bind /mnt/hd && exec db -e -d r1 --deleteall -t");
-  EXPECT_EQ(kGibHeading + DefaultRow("r1") + DefaultRow("r2") + kTablesHeading +
-                "events             2\n"
-                "streamfiles        0\n"
-                "status             0\n"
-                "\n",
-            r.out);
+      RunShell(disk_, AccessPath::kDirect,
+               "mount -o remount,ro,bind /mnt/hd && exec db -e -d r1 --deleteall -t");
   // SQLite opens a store it cannot write read-only; only the deletions fail,
   // at their step, which is also what finalising them reports.
-  EXPECT_EQ(
-      "  Error deleting event or groupId:  id = r1\n"
-      "could not free statement, leaking memory\n"
-      "  Error deleting all events\n"
-      "could not free statement, leaking memory\n",
-      r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{kGibHeading + DefaultRow("r1") + DefaultRow("r2") + kTablesHeading +
+                            "events             2\n"
+                            "streamfiles        0\n"
+                            "status             0\n"
+                            "\n",
+                        DeletionsRefused("r1"), 0}),
+             r);
   EXPECT_EQ(before_, disk_.Dump());
 }
 
@@ -57,26 +54,18 @@ TEST_P(ReadOnlyStore, StoreTheUserMayNotWriteIsListedButNotDeletedFrom) {
   options.unprivileged = true;
   const RunResult r = RunDb(disk_, GetParam(), {"-r", "r2", "-d", "r2", "--deleteall"}, options);
   if (GetParam() == AccessPath::kDirect) {
-    EXPECT_EQ(kGibHeading + DefaultRow("r2") + "\n", r.out);
-    EXPECT_EQ(
-        "  Error deleting event or groupId:  id = r2\n"
-        "could not free statement, leaking memory\n"
-        "  Error deleting all events\n"
-        "could not free statement, leaking memory\n",
-        r.err);
+    EXPECT_RUN((RunResult{kGibHeading + DefaultRow("r2") + "\n", DeletionsRefused("r2"), 0}), r);
   } else {
     // The daemon cannot delete either, and says so for every event.
-    EXPECT_EQ(kGibHeading + DefaultRow("r2") +
-                  "  Successfully deleted 0 events:  id = r2\n"
-                  "  Successfully deleted 0 events\n",
-              r.out);
-    EXPECT_EQ(
-        "  Failed to delete event:  reid= r2  groupId= \n"
-        "  Failed to delete event:  reid= r1  groupId= \n"
-        "  Failed to delete event:  reid= r2  groupId= \n",
-        r.err);
+    EXPECT_RUN((RunResult{kGibHeading + DefaultRow("r2") +
+                              "  Successfully deleted 0 events:  id = r2\n"
+                              "  Successfully deleted 0 events\n",
+                          "  Failed to delete event:  reid= r2  groupId= \n"
+                          "  Failed to delete event:  reid= r1  groupId= \n"
+                          "  Failed to delete event:  reid= r2  groupId= \n",
+                          0}),
+               r);
   }
-  EXPECT_EQ(0, r.status);
   EXPECT_EQ(before_, disk_.Dump());
 }
 

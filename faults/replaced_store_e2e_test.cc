@@ -36,23 +36,23 @@ class ReplacedStore : public ::testing::TestWithParam<AccessPath> {
 
 TEST_P(ReplacedStore, ListingAfterTheStoreWasReplaced) {
   const RunResult r = Run({"-e", "-s", "-e", "-f", "*", "-t"});
-  EXPECT_EQ(kGibHeading + DefaultRow("r1") + kGibHeading + files_e2e::Listing({}, 0) +
-                kTablesHeading + "\n",
-            r.out);
   // Directly, statements prepared on the schema read at start-up fail at
   // their first step, which is also what finalising them reports. The daemon
   // read no schema before, so its failures are empty answers, and only the
   // table list, always read from the file, fails to prepare.
-  EXPECT_EQ(Direct() ? "stmt Error: could not free statement, leaking memory\n"
-                       ": error getting file stats\n"
-                       "could not free statement, leaking memory\n"
-                       "stmt Error: \n"
-                       "could not free statement, leaking memory\n"
-                       "could not free statement, leaking memory\n"
-                       "stmt Error: could not free statement, leaking memory\n"
-                     : "unable to prepare: select tbl_name from sqlite_master where type='table'",
-            r.err);
-  EXPECT_EQ(0, r.status);
+  const std::string err =
+      Direct() ? "stmt Error: could not free statement, leaking memory\n"
+                 ": error getting file stats\n"
+                 "could not free statement, leaking memory\n"
+                 "stmt Error: \n"
+                 "could not free statement, leaking memory\n"
+                 "could not free statement, leaking memory\n"
+                 "stmt Error: could not free statement, leaking memory\n"
+               : "unable to prepare: select tbl_name from sqlite_master where type='table'";
+  EXPECT_RUN((RunResult{kGibHeading + DefaultRow("r1") + kGibHeading + files_e2e::Listing({}, 0) +
+                            kTablesHeading + "\n",
+                        err, 0}),
+             r);
   EXPECT_EQ(Garbage(), disk_.ReadFile("streammgr/stream.db"));
 }
 

@@ -270,24 +270,21 @@ TEST_P(FilesBadInput, RowThatFailsWhileStepping) {
       "end as size, type from stored;");
   const RunResult r = Run(disk, {"-f", "*"});
   if (Daemon()) {
-    EXPECT_EQ(Listing({}, 4), r.out);
-    EXPECT_EQ("", r.err);
+    EXPECT_RUN((RunResult{Listing({}, 4), "", 0}), r);
   } else {
-    EXPECT_EQ(Listing({"     1       0  Free           100  01/01/70 00:00:00  00:00:00          "
-                       "10          20     0     0  Norm  \n",
-                       // clang-format off
-                       "     2       0  Free           200  01/01/70 00:00:00  00:00:00          20          30     0     0  Norm  \n"},
-                      // clang-format on
-                      4),
-              r.out);
-    EXPECT_EQ(
-        "main:Error initializing file sizes from the database:\n"
-        "could not free statement, leaking memory\n"
-        "stmt Error: \n"
-        "could not free statement, leaking memory\n",
-        r.err);
+    EXPECT_RUN((RunResult{Listing(
+                              {// clang-format off
+                                   "     1       0  Free           100  01/01/70 00:00:00  00:00:00          10          20     0     0  Norm  \n",
+                                   "     2       0  Free           200  01/01/70 00:00:00  00:00:00          20          30     0     0  Norm  \n"},
+                              // clang-format on
+                              4),
+                          "main:Error initializing file sizes from the database:\n"
+                          "could not free statement, leaking memory\n"
+                          "stmt Error: \n"
+                          "could not free statement, leaking memory\n",
+                          0}),
+               r);
   }
-  EXPECT_EQ(0, r.status);
 }
 
 INSTANTIATE_TEST_SUITE_P(BothPaths, FilesBadInput, BothAccessPaths(), PathName);

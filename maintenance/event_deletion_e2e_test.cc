@@ -217,14 +217,15 @@ TEST_P(EventDeletion, IdMatchingAReidAndAGroupDeletesBoth) {
 
 TEST_P(EventDeletion, IdWithASingleQuoteDeletesNothing) {
   const RunResult r = Run({"-d", "4'2"});
-  EXPECT_EQ("", r.out);
   const std::string count = "select count(*) from events where reid='4'2' or groupId='4'2'";
   // Directly the malformed SQL fails to prepare; the daemon cannot run it
   // either, so it lists nothing.
-  EXPECT_EQ(Daemon() ? std::string("  Event or groupId not found: 4'2\n")
-                     : "unable to prepare: " + count + "stmt Error: 1  sql='" + count + "'\n",
-            r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(
+      (RunResult{"",
+                 Daemon() ? std::string("  Event or groupId not found: 4'2\n")
+                          : "unable to prepare: " + count + "stmt Error: 1  sql='" + count + "'\n",
+                 0}),
+      r);
   ExpectStoreUnchanged();
   ExpectRequests(EventsRequest("4'2"));
 }
@@ -313,20 +314,19 @@ TEST_P(EventDeletion, ReadOnlyStoreKeepsEveryRowAndStaysReadable) {
   const std::string tables = TableCounts("   5");
   if (Daemon()) {
     // The daemon cannot delete either; each refusal is reported.
-    EXPECT_EQ(std::string("  Successfully deleted 0 events:  id = G1\n") +
-                  "  Successfully deleted 0 events\n" + tables,
-              r.out);
-    EXPECT_EQ(Refused({"G1-a", "G1-b", "G1-c", "42", "G1-a", "G1-b", "G1-c", "7"}), r.err);
+    EXPECT_RUN((RunResult{std::string("  Successfully deleted 0 events:  id = G1\n") +
+                              "  Successfully deleted 0 events\n" + tables,
+                          Refused({"G1-a", "G1-b", "G1-c", "42", "G1-a", "G1-b", "G1-c", "7"}), 0}),
+               r);
   } else {
-    EXPECT_EQ(tables, r.out);
-    EXPECT_EQ(
-        "  Error deleting event or groupId:  id = G1\n"
-        "could not free statement, leaking memory\n"
-        "  Error deleting all events\n"
-        "could not free statement, leaking memory\n",
-        r.err);
+    EXPECT_RUN((RunResult{tables,
+                          "  Error deleting event or groupId:  id = G1\n"
+                          "could not free statement, leaking memory\n"
+                          "  Error deleting all events\n"
+                          "could not free statement, leaking memory\n",
+                          0}),
+               r);
   }
-  EXPECT_EQ(0, r.status);
   ExpectStoreUnchanged();
 }
 
@@ -335,10 +335,11 @@ TEST_P(EventDeletion, AbortingTriggerKeepsEveryRow) {
   const RunResult r = Run({"--deleteall", "-d", "42", "-t"});
   const std::string tables = TableCounts("   5");
   if (Daemon()) {
-    EXPECT_EQ(
-        "  Successfully deleted 0 events\n  Successfully deleted 0 events:  id = 42\n" + tables,
-        r.out);
-    EXPECT_EQ(Refused({"42", "G1-a", "G1-b", "G1-c", "7", "42"}), r.err);
+    EXPECT_RUN(
+        (RunResult{
+            "  Successfully deleted 0 events\n  Successfully deleted 0 events:  id = 42\n" + tables,
+            Refused({"42", "G1-a", "G1-b", "G1-c", "7", "42"}), 0}),
+        r);
     ExpectRequests(kAllEventsRequest + DeleteRequests({"42", "G1-a", "G1-b", "G1-c", "7"}) +
                    EventsRequest("42") + DeleteRequests({"42"}) +
                    "count\tselect count(*) from events\n"
@@ -346,15 +347,14 @@ TEST_P(EventDeletion, AbortingTriggerKeepsEveryRow) {
                    "count\tselect count(*) from status\n");
   } else {
     // The failed step is what finalising the delete statement reports.
-    EXPECT_EQ(tables, r.out);
-    EXPECT_EQ(
-        "  Error deleting all events\n"
-        "could not free statement, leaking memory\n"
-        "  Error deleting event or groupId:  id = 42\n"
-        "could not free statement, leaking memory\n",
-        r.err);
+    EXPECT_RUN((RunResult{tables,
+                          "  Error deleting all events\n"
+                          "could not free statement, leaking memory\n"
+                          "  Error deleting event or groupId:  id = 42\n"
+                          "could not free statement, leaking memory\n",
+                          0}),
+               r);
   }
-  EXPECT_EQ(0, r.status);
   ExpectStoreUnchanged();
 }
 
@@ -365,13 +365,12 @@ TEST_P(EventDeletion, ConstraintFailingInTheDeleteKeepsEveryRow) {
       "insert into status values ('version', old.reid); end;");
   const RunResult r = Run({"-d", "G1"});
   if (Daemon()) {
-    EXPECT_EQ("  Successfully deleted 0 events:  id = G1\n", r.out);
-    EXPECT_EQ(Refused({"G1-a", "G1-b", "G1-c"}), r.err);
+    EXPECT_RUN((RunResult{"  Successfully deleted 0 events:  id = G1\n",
+                          Refused({"G1-a", "G1-b", "G1-c"}), 0}),
+               r);
   } else {
-    EXPECT_EQ("", r.out);
-    EXPECT_EQ(kGroupDeleteFailed, r.err);
+    EXPECT_RUN((RunResult{"", kGroupDeleteFailed, 0}), r);
   }
-  EXPECT_EQ(0, r.status);
   ExpectStoreUnchanged();
 }
 
@@ -400,21 +399,23 @@ TEST_P(EventDeletion, StoreLockedByAnotherWriterKeepsEveryRowAndStaysUsable) {
   const RunResult locked = Run({"-d", "42", "--deleteall"});
   sqlite3_exec(writer, "rollback", nullptr, nullptr, nullptr);
   sqlite3_close(writer);
-  EXPECT_EQ("", locked.out);
   if (Daemon()) {
-    EXPECT_EQ("  Event or groupId not found: 42\n  No events found...no action taken.\n",
-              locked.err);
+    EXPECT_RUN(
+        (RunResult{"", "  Event or groupId not found: 42\n  No events found...no action taken.\n",
+                   0}),
+        locked);
   } else {
     const std::string count = "select count(*) from events where reid='42' or groupId='42'";
-    EXPECT_EQ(std::string(kNoFileSizesLine) + "unable to prepare: " + count +
-                  "stmt Error: 5  sql='" + count +
-                  // clang-format off
+    EXPECT_RUN((RunResult{"",
+                          std::string(kNoFileSizesLine) + "unable to prepare: " + count +
+                              "stmt Error: 5  sql='" + count +
+                              // clang-format off
             "'\n"
             "unable to prepare: select count(*) from eventsstmt Error: 5  sql='select count(*) from events'\n",
-              // clang-format on
-              locked.err);
+                          // clang-format on
+                          0}),
+               locked);
   }
-  EXPECT_EQ(0, locked.status);
   ExpectStoreUnchanged();
 
   // Once the other writer is done the same deletion goes through.
@@ -428,17 +429,17 @@ TEST_P(EventDeletion, StoreWithoutAnEventsTable) {
   disk_.Exec("drop table events");
   before_ = disk_.Dump();
   const RunResult r = Run({"-d", "42", "--deleteall"});
-  EXPECT_EQ("", r.out);
   const std::string count = "select count(*) from events where reid='42' or groupId='42'";
-  EXPECT_EQ(Daemon() ? std::string("  Event or groupId not found: 42\n"
-                                   "  No events found...no action taken.\n")
-                     : "unable to prepare: " + count + "stmt Error: 1  sql='" + count +
-                           // clang-format off
-                           "'\n"
-                           "unable to prepare: select count(*) from eventsstmt Error: 1  sql='select count(*) from events'\n",
-            // clang-format on
-            r.err);
-  EXPECT_EQ(0, r.status);
+  const std::string err = Daemon()
+                              ? std::string(
+                                    "  Event or groupId not found: 42\n"
+                                    "  No events found...no action taken.\n")
+                              : "unable to prepare: " + count + "stmt Error: 1  sql='" + count +
+                                    // clang-format off
+                     "'\n"
+                     "unable to prepare: select count(*) from eventsstmt Error: 1  sql='select count(*) from events'\n";
+  // clang-format on
+  EXPECT_RUN((RunResult{"", err, 0}), r);
   ExpectStoreUnchanged();
   ExpectRequests(EventsRequest("42") + kAllEventsRequest);
 }
@@ -453,10 +454,11 @@ TEST_P(EventDeletion, EventsThatCanBeListedButNotDeleted) {
     EXPECT_EQ(Refused({"G1-a", "G1-b", "G1-c"}), r.err);
   } else {
     const std::string remove = "delete from events where reid='G1' or groupId='G1'";
-    EXPECT_EQ("", r.out);
-    EXPECT_EQ("unable to prepare: " + remove + "stmt Error: 1  sql='" + remove + "'\n", r.err);
+    EXPECT_RUN(
+        (RunResult{"", "unable to prepare: " + remove + "stmt Error: 1  sql='" + remove + "'\n",
+                   0}),
+        r);
   }
-  EXPECT_EQ(0, r.status);
   ExpectStoreUnchanged();
 }
 

@@ -29,7 +29,7 @@ Words Complete(const Words& words) {
       " )\n" + "COMP_CWORD=" + std::to_string(words.size() - 1) + "\n" +
       "COMP_LINE=\"${COMP_WORDS[*]}\"\nCOMP_POINT=${#COMP_LINE}\n" + "_db || exit 1\n" +
       "for reply in \"${COMPREPLY[@]}\"; do printf '%s\\n' \"$reply\"; done\n";
-  const ShellResult result = RunShell("bash --norc -c " + ShellQuote(script));
+  const RunResult result = RunShell("bash --norc -c " + ShellQuote(script));
   EXPECT_EQ(0, result.status) << result.err;
   EXPECT_EQ("", result.err);
   Words replies;
@@ -57,7 +57,7 @@ bool AnalysisAccepted(std::string argument) {
 }  // namespace
 
 TEST(Completion, IsRegisteredForDb) {
-  const ShellResult result =
+  const RunResult result =
       RunShell("bash --norc -c " +
                ShellQuote("source " + ShellQuote(CompletionScript()) + " && complete -p db"));
   EXPECT_EQ("complete -F _db db\n", result.out);

@@ -20,7 +20,7 @@ class Install : public testing::Test {
     std::string command =
         "cmake --install " + ShellQuote(BuildDir()) + " --prefix " + ShellQuote(prefix_.Path());
     if (!component.empty()) command += " --component " + ShellQuote(component);
-    const ShellResult result = RunShell(command);
+    const RunResult result = RunShell(command);
     ASSERT_EQ(0, result.status) << result.out << result.err;
   }
 
@@ -75,7 +75,7 @@ TEST_F(Install, ToolComponentHoldsNoStandIns) {
 
 TEST_F(Install, ManShowsTheInstalledPage) {
   InstallInto("db");
-  const ShellResult result =
+  const RunResult result =
       RunShell("MANWIDTH=80 man -M " + ShellQuote(Prefix() + "/share/man") + " -P cat db");
   ASSERT_EQ(0, result.status) << result.err;
   EXPECT_EQ(0u, result.out.find("DB(1)")) << result.out.substr(0, 200);
@@ -90,7 +90,7 @@ TEST_F(Install, InstalledCompletionCompletesDb) {
       "source " + ShellQuote(Prefix() + "/share/bash-completion/completions/db") +
       " && complete -p db && COMP_WORDS=(db -f s) COMP_CWORD=2 && _db && echo "
       "\"${COMPREPLY[*]}\"";
-  const ShellResult result = RunShell("bash --norc -c " + ShellQuote(script));
+  const RunResult result = RunShell("bash --norc -c " + ShellQuote(script));
   EXPECT_EQ("complete -F _db db\ns0 s1 s2 s3\n", result.out);
   EXPECT_EQ("", result.err);
 }
@@ -116,7 +116,7 @@ TEST_F(Install, InstalledSandboxRunsTheInstalledDbWithTheInstalledStandIns) {
                               ShellQuote(Prefix() + "/bin/recorder-sandbox");
   const std::string disk = ShellQuote(recorder.Path());
 
-  ShellResult r = RunShell(sandbox + " " + disk + " -- sh -c 'command -v db; command -v sql'");
+  RunResult r = RunShell(sandbox + " " + disk + " -- sh -c 'command -v db; command -v sql'");
   EXPECT_EQ(Prefix() + "/bin/db\n" + Prefix() + "/libexec/db/sql\n", r.out);
   EXPECT_EQ(0, r.status) << r.err;
 
@@ -127,8 +127,7 @@ TEST_F(Install, InstalledSandboxRunsTheInstalledDbWithTheInstalledStandIns) {
   EXPECT_RUN((RunResult{kFilledDiskTables, "", 0}), r);
 
   r = RunShell(sandbox + " " + disk + " -- db -s");
-  EXPECT_EQ("", r.out);  // the status table is empty: sql prints no header for no rows
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  // The status table is empty: sql prints no header for no rows.
+  EXPECT_RUN((RunResult{"", "", 0}), r);
   EXPECT_EQ(before, recorder.Dump());
 }

@@ -2,17 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include "testing/expected_start_up.h"
 #include "testing/expected_usage.h"
 #include "testing/run_in_sandbox.h"
 
-const char kFilledDiskTables[] =
-    "\n"
-    "Table Name    Entries\n"
-    "============  =======\n"
-    "events             2\n"
-    "streamfiles        1\n"
-    "status             0\n"
-    "\n";
+const std::string kFilledDiskTables = std::string(kTablesHeading) +
+                                      "events             2\n"
+                                      "streamfiles        1\n"
+                                      "status             0\n"
+                                      "\n";
 
 void FillRecorderDisk(const RecorderDisk& disk) {
   disk.Exec(EventRow("R-1").Insert() + EventRow("R-2").Insert() + FileRow().Insert());

@@ -15,6 +15,6 @@ void FillRecorderDisk(const RecorderDisk& disk);
 void ExpectDbRunsOnARecorderDisk(const std::string& db);
 
 // The table counts that db -t prints for that disk.
-extern const char kFilledDiskTables[];
+extern const std::string kFilledDiskTables;
 
 #endif  // SHIP_INSTALLED_DB_H_

@@ -21,7 +21,7 @@ std::string ManPage() { return SourceDir() + "/docs/db.1"; }
 // The page as plain text on lines long enough that nothing wraps, without
 // hyphenation or emphasis, so that it can be searched.
 std::string PlainText(const std::string& page) {
-  const ShellResult result =
+  const RunResult result =
       RunShell("LC_ALL=C groff -man -Tascii -rLL=250n -rHY=0 -P-cbou " + ShellQuote(page));
   EXPECT_EQ(0, result.status) << result.err;
   return result.out;
@@ -96,7 +96,7 @@ std::string UsageText() {
 }  // namespace
 
 TEST(ManPage, RendersWithoutWarnings) {
-  const ShellResult result = RunShell("LC_ALL=C groff -man -ww -z -Tutf8 " + ShellQuote(ManPage()));
+  const RunResult result = RunShell("LC_ALL=C groff -man -ww -z -Tutf8 " + ShellQuote(ManPage()));
   EXPECT_EQ("", result.err);
   EXPECT_EQ("", result.out);
   EXPECT_EQ(0, result.status);
@@ -106,12 +106,12 @@ TEST(ManPage, TheRenderingCheckCatchesWarnings) {
   ScratchDir scratch;
   const std::string page = scratch.Path() + "/broken.1";
   std::ofstream(page) << ".TH BROKEN 1\n.SH NAME\nbroken \\- a page\n.XY undefined macro\n";
-  const ShellResult result = RunShell("LC_ALL=C groff -man -ww -z -Tutf8 " + ShellQuote(page));
+  const RunResult result = RunShell("LC_ALL=C groff -man -ww -z -Tutf8 " + ShellQuote(page));
   EXPECT_NE(std::string::npos, result.err.find("warning")) << result.err;
 }
 
 TEST(ManPage, ManShowsIt) {
-  const ShellResult result = RunShell("MANWIDTH=80 man -l " + ShellQuote(ManPage()));
+  const RunResult result = RunShell("MANWIDTH=80 man -l " + ShellQuote(ManPage()));
   ASSERT_EQ(0, result.status) << result.err;
   EXPECT_EQ(0u, result.out.find("DB(1)")) << result.out.substr(0, 200);
   EXPECT_NE(std::string::npos,

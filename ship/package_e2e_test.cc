@@ -12,11 +12,11 @@ namespace {
 class Package : public testing::Test {
  protected:
   void SetUp() override {
-    const ShellResult built =
+    const RunResult built =
         RunShell("cpack --config " + ShellQuote(BuildDir() + "/CPackConfig.cmake") + " -B " +
                  ShellQuote(scratch_.Path()));
     ASSERT_EQ(0, built.status) << built.out << built.err;
-    const ShellResult found = RunShell("cd " + ShellQuote(scratch_.Path()) + " && ls *.deb");
+    const RunResult found = RunShell("cd " + ShellQuote(scratch_.Path()) + " && ls *.deb");
     ASSERT_EQ(0, found.status) << found.err;
     ASSERT_EQ("db_" DB_VERSION "_" + Architecture() + ".deb\n", found.out);
     deb_ = scratch_.Path() + "/" + found.out.substr(0, found.out.size() - 1);
@@ -28,7 +28,7 @@ class Package : public testing::Test {
   }
 
   std::string Field(const std::string& name) const {
-    const ShellResult result = RunShell("dpkg-deb -f " + ShellQuote(deb_) + " " + name);
+    const RunResult result = RunShell("dpkg-deb -f " + ShellQuote(deb_) + " " + name);
     EXPECT_EQ(0, result.status) << result.err;
     return result.out;
   }
@@ -55,7 +55,7 @@ TEST_F(Package, ControlNamesThePackageAndItsRuntimeLibraries) {
 }
 
 TEST_F(Package, HoldsTheToolItsManPageAndItsCompletionOnly) {
-  const ShellResult listing =
+  const RunResult listing =
       RunShell("dpkg-deb -c " + ShellQuote(deb_) + " | awk '$1 !~ /^d/ {print $6}' | sort");
   ASSERT_EQ(0, listing.status) << listing.err;
   EXPECT_EQ(
@@ -66,17 +66,17 @@ TEST_F(Package, HoldsTheToolItsManPageAndItsCompletionOnly) {
 }
 
 TEST_F(Package, DbOfTheExtractedPackageRuns) {
-  const ShellResult extracted =
+  const RunResult extracted =
       RunShell("dpkg-deb -x " + ShellQuote(deb_) + " " + ShellQuote(Root()));
   ASSERT_EQ(0, extracted.status) << extracted.err;
 
   ExpectDbRunsOnARecorderDisk(Root() + "/usr/bin/db");
 
   // The man page and the completion work from where the package puts them.
-  const ShellResult man = RunShell("MANWIDTH=80 man -M " + ShellQuote(Root() + "/usr/share/man") +
-                                   " -P cat db | head -1");
+  const RunResult man = RunShell("MANWIDTH=80 man -M " + ShellQuote(Root() + "/usr/share/man") +
+                                 " -P cat db | head -1");
   EXPECT_EQ(0u, man.out.find("DB(1)")) << man.out << man.err;
-  const ShellResult completion = RunShell(
+  const RunResult completion = RunShell(
       "bash --norc -c " +
       ShellQuote("source " + ShellQuote(Root() + "/usr/share/bash-completion/completions/db") +
                  " && complete -p db"));

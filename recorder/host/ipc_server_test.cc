@@ -38,6 +38,26 @@ double MillisecondsSince(Clock::time_point start) {
   return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
+// An Echo daemon that waits `delayMs` before each answer, and db's client
+// aimed at it.
+struct EchoAndClient {
+  explicit EchoAndClient(int delayMs = 0) : daemon(kStreamMgrName, Echo, delayMs) {
+    daemon.Aim(ipc);
+  }
+  ServedDaemon daemon;
+  LinxIpc ipc{"db"};
+};
+
+// Sends `text`, which the daemon does not answer: the request fails at once
+// and leaves the count as it was.
+void ExpectUnansweredAtOnce(LinxIpc& ipc, const std::string& text) {
+  unsigned int count = 5;
+  const Clock::time_point start = Clock::now();
+  EXPECT_FALSE(Count(ipc, text, count));
+  EXPECT_LT(MillisecondsSince(start), 2000);
+  EXPECT_EQ(5u, count);
+}
+
 TEST(IpcEndpoint, AppearsAsASocketWithNothingElseBeside) {
   ServedDaemon daemon(kStreamMgrName, Echo);
   struct stat info {};
@@ -160,56 +180,41 @@ TEST(IpcServe, OversizedRequestDropsOnlyThatConnection) {
 }
 
 TEST(IpcServe, DroppedRequestFailsAndTheNextOneReconnects) {
-  ServedDaemon daemon(kStreamMgrName, Echo);
-  LinxIpc ipc("db");
-  daemon.Aim(ipc);
-  ASSERT_EQ(0, ipc.Init());
+  EchoAndClient served;
+  ASSERT_EQ(0, served.ipc.Init());
+  ExpectUnansweredAtOnce(served.ipc, "drop");
   unsigned int count = 5;
-  const Clock::time_point start = Clock::now();
-  EXPECT_FALSE(Count(ipc, "drop", count));
-  EXPECT_LT(MillisecondsSince(start), 2000);
-  EXPECT_EQ(5u, count);
-  ASSERT_TRUE(Count(ipc, "6", count));
+  ASSERT_TRUE(Count(served.ipc, "6", count));
   EXPECT_EQ(6u, count);
 }
 
 TEST(IpcServe, DyingEndsTheLoopWithoutAnswering) {
-  ServedDaemon daemon(kStreamMgrName, Echo);
-  LinxIpc ipc("db");
-  daemon.Aim(ipc);
-  ASSERT_EQ(0, ipc.Init());
-  unsigned int count = 5;
-  const Clock::time_point start = Clock::now();
-  EXPECT_FALSE(Count(ipc, "die", count));
-  EXPECT_LT(MillisecondsSince(start), 2000);
-  EXPECT_EQ(5u, count);
-  EXPECT_EQ(ServeEnd::kDied, daemon.Stop());
+  EchoAndClient served;
+  ASSERT_EQ(0, served.ipc.Init());
+  ExpectUnansweredAtOnce(served.ipc, "die");
+  EXPECT_EQ(ServeEnd::kDied, served.daemon.Stop());
 }
 
 TEST(IpcServe, DelayComesBeforeEachAnswer) {
-  ServedDaemon daemon(kStreamMgrName, Echo, 200);
-  LinxIpc ipc("db");
-  daemon.Aim(ipc);
-  ASSERT_EQ(0, ipc.Init());
+  EchoAndClient served(200);
+  ASSERT_EQ(0, served.ipc.Init());
   unsigned int count = 0;
   const Clock::time_point start = Clock::now();
-  ASSERT_TRUE(Count(ipc, "1", count));
-  ASSERT_TRUE(Count(ipc, "2", count));
+  ASSERT_TRUE(Count(served.ipc, "1", count));
+  ASSERT_TRUE(Count(served.ipc, "2", count));
   EXPECT_GE(MillisecondsSince(start), 400);
   EXPECT_EQ(2u, count);
-  EXPECT_FALSE(Count(ipc, "3", count, 50));  // gives up before the delay is over
+  EXPECT_FALSE(Count(served.ipc, "3", count, 50));  // gives up before the delay is over
   EXPECT_EQ(2u, count);
 }
 
 TEST(IpcServe, StopEndsTheLoopEvenDuringADelay) {
-  ServedDaemon daemon(kStreamMgrName, Echo, 60000);
-  LinxIpc ipc("db");
-  daemon.Aim(ipc);
-  ASSERT_EQ(0, ipc.Init());
+  EchoAndClient served(60000);
+  ASSERT_EQ(0, served.ipc.Init());
   unsigned int count = 0;
-  EXPECT_FALSE(Count(ipc, "1", count, 100));
+  EXPECT_FALSE(Count(served.ipc, "1", count, 100));
   const Clock::time_point start = Clock::now();
-  EXPECT_EQ(ServeEnd::kStopped, daemon.Stop());
+  EXPECT_EQ(ServeEnd::kStopped, served.daemon.Stop());
   EXPECT_LT(MillisecondsSince(start), 2000);
 }
 

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -54,17 +55,14 @@ TEST(StreamMgrProgram, EndsAbruptlyWhenTheRequestAfterTheLastAllowedArrives) {
   disk.Exec(EventRow{"a"}.Insert());
   const RunResult r = Lifecycle(disk, "--die-after 1 --log /mnt/hd/requests.log",
                                 "db -t; wait $pid; echo \"status $?\"");
-  EXPECT_EQ(
-      "\n"
-      "Table Name    Entries\n"
-      "============  =======\n"
-      "events             1\n"
-      "streamfiles        0\n"
-      "status             0\n"
-      "\n"
-      "status 3\n"
-      "left: \n",
-      r.out);
+  EXPECT_EQ(std::string(kTablesHeading) +
+                "events             1\n"
+                "streamfiles        0\n"
+                "status             0\n"
+                "\n"
+                "status 3\n"
+                "left: \n",
+            r.out);
   EXPECT_EQ("", r.err);
   EXPECT_EQ(
       "count\tselect count(*) from events\n"
@@ -128,9 +126,7 @@ TEST(StreamMgrProgram, SandboxRefusesToStartABrokenDaemon) {
   options.streamMgr = true;
   options.streamMgrArgs = "--bogus";
   const RunResult r = RunDb(disk, {"-t"}, options);
-  EXPECT_EQ(125, r.status);
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ("recorder-sandbox: StreamMgr ended before it was ready\n", r.err);
+  EXPECT_RUN((RunResult{"", "recorder-sandbox: StreamMgr ended before it was ready\n", 125}), r);
 }
 
 }  // namespace

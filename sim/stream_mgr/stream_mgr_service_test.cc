@@ -59,33 +59,28 @@ class Served {
   ServedDaemon daemon_;
 };
 
-// What the tool's direct path loads for `sql`, encoded for comparison.
-std::string DirectEvents(const RecorderDisk& disk, const std::string& sql) {
+// What the tool's direct path loads for `sql` with the row loader `load`,
+// encoded by `encode` for comparison.
+template <typename Item>
+std::string Direct(const RecorderDisk& disk, const std::string& sql, Item (*load)(SQLStatement&),
+                   std::string (*encode)(const std::vector<Item>&)) {
   sqlite3* database = nullptr;
   sqlite3_open(disk.StorePath().c_str(), &database);
-  std::vector<StreamMgrApi::EventRecordItem> events;
+  std::vector<Item> items;
   {
     SQLStatement statement(database, sql);
-    while (statement.Step() == kStepRow) {
-      events.push_back(StreamDB::LoadEventInfoFromStatement(statement));
-    }
+    while (statement.Step() == kStepRow) items.push_back(load(statement));
   }
   sqlite3_close(database);
-  return HostIpc::EventsAnswer(events);
+  return encode(items);
+}
+
+std::string DirectEvents(const RecorderDisk& disk, const std::string& sql) {
+  return Direct(disk, sql, StreamDB::LoadEventInfoFromStatement, HostIpc::EventsAnswer);
 }
 
 std::string DirectFiles(const RecorderDisk& disk, const std::string& sql) {
-  sqlite3* database = nullptr;
-  sqlite3_open(disk.StorePath().c_str(), &database);
-  std::vector<StreamMgrApi::StreamfileRecordItem> files;
-  {
-    SQLStatement statement(database, sql);
-    while (statement.Step() == kStepRow) {
-      files.push_back(StreamDB::LoadFileInfoFromStatement(statement));
-    }
-  }
-  sqlite3_close(database);
-  return HostIpc::FilesAnswer(files);
+  return Direct(disk, sql, StreamDB::LoadFileInfoFromStatement, HostIpc::FilesAnswer);
 }
 
 void FillStore(const RecorderDisk& disk) {

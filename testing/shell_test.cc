@@ -1,10 +1,12 @@
-#include "ship/shell.h"
+#include "testing/shell.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "testing/scratch_dir.h"
+
 TEST(RunShell, KeepsOutputErrorAndStatusApart) {
-  const ShellResult result = RunShell("echo out; echo err >&2; exit 3");
+  const RunResult result = RunShell("echo out; echo err >&2; exit 3");
   EXPECT_EQ("out\n", result.out);
   EXPECT_EQ("err\n", result.err);
   EXPECT_EQ(3, result.status);
@@ -16,7 +18,7 @@ TEST(RunShell, ReportsASignalAsOneHundredAndTwentyEightPlusItsNumber) {
 
 TEST(ShellQuote, MakesOneWordOfAnyText) {
   for (const std::string text : {"", "a b", "it's", "'*r'", "$HOME `x` \"q\" \\", "two\nlines"}) {
-    const ShellResult result = RunShell("printf '%s|' " + ShellQuote(text));
+    const RunResult result = RunShell("printf '%s|' " + ShellQuote(text));
     EXPECT_EQ(text + "|", result.out) << text;
   }
 }
