@@ -15,51 +15,13 @@
 
 #include "events/expected_event_table.h"
 #include "sim/file_pes/ts_builder.h"
+#include "testing/host_canary.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
 namespace {
 
 constexpr int kBoundSeconds = 20;
-const char kCanaryText[] = "canary: left alone\n";
-
-// A host folder outside the disk with one file in it, removed at the end.
-class Canary {
- public:
-  explicit Canary(const std::string& parent) {
-    std::string pattern = parent + "/hostile-canary.XXXXXX";
-    if (mkdtemp(&pattern[0]) == nullptr) {
-      ADD_FAILURE() << "cannot make a canary folder below " << parent;
-      return;
-    }
-    folder_ = pattern;
-    chmod(folder_.c_str(), 0777);
-    FILE* file = std::fopen(File().c_str(), "w");
-    if (file != nullptr) {
-      std::fputs(kCanaryText, file);
-      std::fclose(file);
-    }
-    chmod(File().c_str(), 0666);
-  }
-  ~Canary() {
-    if (!folder_.empty()) std::system(("rm -rf '" + folder_ + "'").c_str());
-  }
-  std::string File() const { return folder_ + "/victim"; }
-  // What the folder holds: only the file, as it was.
-  std::string State() const {
-    std::string listing;
-    const std::string command = "cd '" + folder_ + "' && ls -A && cat victim";
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return "<unreadable>";
-    char buffer[256];
-    for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) listing.append(buffer, n);
-    pclose(pipe);
-    return listing;
-  }
-
- private:
-  std::string folder_;
-};
 
 std::string StagedRow(const std::string& reid) {
   std::string row = DefaultRow(reid);
