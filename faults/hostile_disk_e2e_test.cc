@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -15,51 +16,13 @@
 
 #include "events/expected_event_table.h"
 #include "sim/file_pes/ts_builder.h"
+#include "testing/host_canary.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
 namespace {
 
 constexpr int kBoundSeconds = 20;
-const char kCanaryText[] = "canary: left alone\n";
-
-// A host folder outside the disk with one file in it, removed at the end.
-class Canary {
- public:
-  explicit Canary(const std::string& parent) {
-    std::string pattern = parent + "/hostile-canary.XXXXXX";
-    if (mkdtemp(&pattern[0]) == nullptr) {
-      ADD_FAILURE() << "cannot make a canary folder below " << parent;
-      return;
-    }
-    folder_ = pattern;
-    chmod(folder_.c_str(), 0777);
-    FILE* file = std::fopen(File().c_str(), "w");
-    if (file != nullptr) {
-      std::fputs(kCanaryText, file);
-      std::fclose(file);
-    }
-    chmod(File().c_str(), 0666);
-  }
-  ~Canary() {
-    if (!folder_.empty()) std::system(("rm -rf '" + folder_ + "'").c_str());
-  }
-  std::string File() const { return folder_ + "/victim"; }
-  // What the folder holds: only the file, as it was.
-  std::string State() const {
-    std::string listing;
-    const std::string command = "cd '" + folder_ + "' && ls -A && cat victim";
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return "<unreadable>";
-    char buffer[256];
-    for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) listing.append(buffer, n);
-    pclose(pipe);
-    return listing;
-  }
-
- private:
-  std::string folder_;
-};
 
 std::string StagedRow(const std::string& reid) {
   std::string row = DefaultRow(reid);
@@ -151,9 +114,13 @@ class HostileDisk : public ::testing::TestWithParam<Param> {
   }
   // Checks that neither canary nor the disk changed beyond `files`.
   void ExpectUnchanged(const std::string& store, const std::string& files) {
+    EXPECT_EQ(store, disk_.Dump());
+    ExpectFilesUnchanged(files);
+  }
+  // The same, for a store that is no database (and that no dump may open).
+  void ExpectFilesUnchanged(const std::string& files) {
     EXPECT_EQ(std::string("victim\n") + kCanaryText, tmpCanary_.State());
     EXPECT_EQ(std::string("victim\n") + kCanaryText, visibleCanary_.State());
-    EXPECT_EQ(store, disk_.Dump());
     EXPECT_EQ(files, DiskFiles(disk_));
   }
 
@@ -313,3 +280,186 @@ INSTANTIATE_TEST_SUITE_P(Hostile, HostileDisk,
                          });
 
 }  // namespace
+
+// Files that user nobody may not read (root reads them all): the description
+// file reads as one that cannot be loaded, the data file is only measured,
+// the stream file is not extracted, and the store does not open.
+TEST_P(HostileDisk, UnreadableFilesReadAsFilesThatCannotBeRead) {
+  const bool unprivileged = std::get<1>(GetParam());
+  const bool direct = std::get<0>(GetParam()) == AccessPath::kDirect;
+  const std::string tableHeading =
+      "\n"
+      "Table Name    Entries\n"
+      "============  =======\n";
+  struct Case {
+    const char* file;
+    std::vector<std::string> args;
+    std::string out;
+    std::string err;
+    int status;
+    std::string outAsRoot;
+  };
+  const Case cases[] = {
+      {"connectionmgr/r1.xml",
+       {"-e"},
+       kGibHeading + StagedRow("r1"),
+       "Failed to load XML file: /mnt/hd/connectionmgr/r1.xml",
+       0,
+       kGibHeading + StagedRow("r1")},
+      {"connectionmgr/r1.mtd",
+       {"-e"},
+       kGibHeading + StagedRow("r1"),
+       "",
+       0,
+       kGibHeading + StagedRow("r1")},
+      {"streams/1.ts",
+       {"-a", "d"},
+       "File count = 1\n Checking 1.ts:  extracting...",
+       "StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: Permission denied\n",
+       0,
+       kAnalysisPassed},
+      {"streammgr/stream.db",
+       {"-t"},
+       tableHeading + "\n",
+       std::string("error opening sqlite3\n") +
+           (direct ? "unable to prepare: select number, size from streamfilesmainunable to access "
+                     "database\n"
+                   : "") +
+           "unable to prepare: select tbl_name from sqlite_master where type='table'",
+       14,
+       tableHeading + "events             1\n"
+                      "streamfiles        1\n"
+                      "status             0\n"
+                      "\n"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.file);
+    ASSERT_EQ(0, chmod(At(c.file).c_str(), 0));
+    const std::string store = disk_.Dump();
+    const std::string files = DiskFiles(disk_);
+    const RunResult r = Db(c.args);
+    EXPECT_EQ(unprivileged ? c.out : c.outAsRoot, r.out);
+    EXPECT_EQ(unprivileged ? c.err : "", r.err);
+    EXPECT_EQ(unprivileged ? c.status : 0, r.status);
+    ExpectUnchanged(store, files);
+    ASSERT_EQ(0, chmod(At(c.file).c_str(), 0666));
+  }
+}
+
+// Links at the event's data file, which is only measured: one that leads to
+// a file (or a folder) counts it, one that leads nowhere (the host's /tmp is
+// hidden) leaves the event unstaged.
+TEST_P(HostileDisk, LinkedDataFileIsOnlyMeasured) {
+  struct Case {
+    std::string target;
+    bool staged;
+  };
+  const Case cases[] = {{visibleCanary_.File(), true},   {tmpCanary_.File(), false},
+                        {visibleCanary_.Folder(), true}, {"r1.xml", true},
+                        {"no-such-file", false},         {"r1.mtd", false}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.target);
+    unlink(At("connectionmgr/r1.mtd").c_str());
+    ASSERT_EQ(0, symlink(c.target.c_str(), At("connectionmgr/r1.mtd").c_str()));
+    const std::string store = disk_.Dump();
+    const std::string files = DiskFiles(disk_);
+    const RunResult r = Db({"-e"});
+    EXPECT_EQ(kGibHeading + (c.staged ? StagedRow("r1") : DefaultRow("r1")), r.out);
+    EXPECT_EQ("", r.err);
+    EXPECT_EQ(0, r.status);
+    ExpectUnchanged(store, files);
+  }
+}
+
+// The metadata and stream folders are links to host folders outside the
+// disk: nothing the tool looks for is there, and nothing is written there.
+TEST_P(HostileDisk, LinkedFoldersLeadOffTheDisk) {
+  for (const Canary* canary : {&visibleCanary_, &tmpCanary_}) {
+    SCOPED_TRACE(canary->Folder());
+    for (const char* folder : {"connectionmgr", "streams"}) {
+      ASSERT_EQ(0, std::system(("mv '" + At(folder) + "' '" + At(folder) + ".kept'").c_str()));
+      ASSERT_EQ(0, symlink(canary->Folder().c_str(), At(folder).c_str()));
+    }
+    const std::string store = disk_.Dump();
+    const std::string files = DiskFiles(disk_);
+    RunResult r = Db({"-e"});
+    EXPECT_EQ(kGibHeading + DefaultRow("r1"), r.out);
+    EXPECT_EQ("", r.err);
+    EXPECT_EQ(0, r.status);
+    ExpectUnchanged(store, files);
+    r = Db({"-a", "d"});
+    EXPECT_EQ("File count = 1\n Checking 1.ts:  extracting...", r.out);
+    EXPECT_EQ(
+        "StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: No such file or "
+        "directory\n",
+        r.err);
+    EXPECT_EQ(0, r.status);
+    ExpectUnchanged(store, files);
+    for (const char* folder : {"connectionmgr", "streams"}) {
+      ASSERT_EQ(0, unlink(At(folder).c_str()));
+      ASSERT_EQ(0, std::system(("mv '" + At(folder) + ".kept' '" + At(folder) + "'").c_str()));
+    }
+  }
+}
+
+// A socket or a device node in place of the store opens as nothing, like a
+// FIFO there; the sql command is not kept waiting by any of them, and does
+// not create what a dangling link names.
+TEST_P(HostileDisk, OddStoreEndsTheSqlCommandToo) {
+  const bool direct = std::get<0>(GetParam()) == AccessPath::kDirect;
+  const std::string kept = disk_.Dump();
+  const std::string saved = At("stream.db.kept");
+  ASSERT_EQ(0, rename(disk_.StorePath().c_str(), saved.c_str()));
+  for (const char* odd : {"socket", "device", "fifo", "dangling", "looping", "folder"}) {
+    SCOPED_TRACE(odd);
+    std::system(("rm -rf '" + disk_.StorePath() + "'").c_str());
+    const std::string kind = odd;
+    if (kind == "socket") {
+      MakeSocket(disk_.StorePath());
+    } else if (kind == "device") {
+      // The null device: the sandbox opens no device on the disk.
+      ASSERT_EQ(0, mknod(disk_.StorePath().c_str(), S_IFCHR | 0666, makedev(1, 3)));
+    } else {
+      MakeOdd(kind == "fifo"       ? Odd::kFifo
+              : kind == "dangling" ? Odd::kDangling
+              : kind == "looping"  ? Odd::kLooping
+                                   : Odd::kFolder,
+              disk_.StorePath());
+    }
+    const std::string files = DiskFiles(disk_);
+    // A FIFO, socket or device is refused before it is opened; a folder or a
+    // link that leads nowhere fails to open.
+    const int status = kind == "fifo" || kind == "socket" || kind == "device" ? 1 : 14;
+    const std::string opening =
+        std::string("error opening sqlite3\n") +
+        (direct ? "unable to prepare: select number, size from streamfilesmainunable to access "
+                  "database\n"
+                : "");
+    RunResult r = Db({"-t", "-d", "r1"});
+    EXPECT_EQ(
+        "\n"
+        "Table Name    Entries\n"
+        "============  =======\n"
+        "\n",
+        r.out);
+    EXPECT_EQ(opening + "unable to prepare: select tbl_name from sqlite_master where type='table'" +
+                  (direct ? "unable to prepare: select count(*) from events where reid='r1' or "
+                            "groupId='r1'stmt Error: 21  sql='select count(*) from events where "
+                            "reid='r1' or groupId='r1''\n"
+                          : "  Event or groupId not found: r1\n"),
+              r.err);
+    EXPECT_EQ(status, r.status);
+    ExpectFilesUnchanged(files);
+    r = Db({"-s"});
+    EXPECT_EQ("", r.out);
+    EXPECT_EQ(opening +
+                  "Error: unable to open database \"/mnt/hd/streammgr/stream.db\": unable to open "
+                  "database file\n",
+              r.err);
+    EXPECT_EQ(status, r.status);
+    ExpectFilesUnchanged(files);
+  }
+  std::system(("rm -rf '" + disk_.StorePath() + "'").c_str());
+  ASSERT_EQ(0, rename(saved.c_str(), disk_.StorePath().c_str()));
+  EXPECT_EQ(kept, disk_.Dump());
+}

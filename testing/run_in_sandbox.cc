@@ -89,6 +89,7 @@ std::vector<std::string> SandboxCommand(const RecorderDisk& disk,
   if (options.configMp) {
     argv.push_back("--configmp=" + options.configMpArgs);
   }
+  argv.insert(argv.end(), options.sandboxArgs.begin(), options.sandboxArgs.end());
   argv.push_back(disk.Path());
   argv.push_back("--");
   argv.insert(argv.end(), command.begin(), command.end());

@@ -20,6 +20,7 @@ struct SandboxOptions {
   std::vector<std::string> environment;  // extra NAME=VALUE entries
   std::string input;                     // fed to standard input
   bool unprivileged = false;             // run the sandbox as user nobody
+  std::vector<std::string> sandboxArgs;  // more options of the sandbox, e.g. --ro DIR
   int timeoutSeconds = 90;
 };
 

@@ -1,0 +1,227 @@
+// The sandbox keeps the host away from what runs in it: only the disk, the
+// endpoint folder and a private /tmp can be written, the host's /tmp is not
+// there, and a write sent to the host (directly or through a link on the
+// disk) fails with the writer's own message. As root and as user nobody,
+// with and without the simulators running.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+#include <tuple>
+
+#include "testing/host_canary.h"
+#include "testing/recorder_disk.h"
+#include "testing/run_in_sandbox.h"
+
+namespace {
+
+const char kSynopsis[] =
+    "usage: recorder-sandbox [--streammgr[=ARGS]] [--configmp[=ARGS]] [--ro DIR]... DISK_DIR -- "
+    "COMMAND [ARG...]\n";
+
+const char kPayload[] = "payload from the disk\n";
+
+bool Exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
+
+// Who runs the sandbox, and which simulators it starts.
+enum class Daemons { kNone, kStreamMgr, kConfigMp, kBoth };
+using Param = std::tuple<bool, Daemons>;
+
+class SandboxConfinement : public ::testing::TestWithParam<Param> {
+ protected:
+  void SetUp() override {
+    disk_.WriteFile("payload", kPayload);
+    // The unprivileged user maps to root in a namespace of its own, which
+    // owns nothing of the disk; it writes where anyone may.
+    ASSERT_EQ(0, std::system(("chmod -R a+rwX '" + disk_.Path() + "'").c_str()));
+  }
+  bool Unprivileged() const { return std::get<0>(GetParam()); }
+  SandboxOptions Options() const {
+    SandboxOptions options;
+    options.unprivileged = Unprivileged();
+    const Daemons daemons = std::get<1>(GetParam());
+    options.streamMgr = daemons == Daemons::kStreamMgr || daemons == Daemons::kBoth;
+    options.configMp = daemons == Daemons::kConfigMp || daemons == Daemons::kBoth;
+    options.timeoutSeconds = 30;
+    return options;
+  }
+  RunResult Run(const std::string& script, SandboxOptions options) {
+    return RunInSandbox(disk_, {"sh", "-c", script}, options);
+  }
+  RunResult Run(const std::string& script) { return Run(script, Options()); }
+  // The disk with everything on it, the store's rows included.
+  std::string DiskState() const {
+    std::string listing = disk_.Dump();
+    const std::string command = "cd '" + disk_.Path() +
+                                "' && find . ! -path ./streammgr/stream.db -printf '%p %y %l\\n' | "
+                                "sort && find . -type f ! -path ./streammgr/stream.db -exec md5sum "
+                                "{} + | sort";
+    FILE* pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr) return "<unreadable>";
+    char buffer[4096];
+    for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) listing.append(buffer, n);
+    pclose(pipe);
+    return listing;
+  }
+
+  RecorderDisk disk_;
+  // Beside the built programs, which the sandbox shows read-only, and below
+  // the host's /tmp, which it hides.
+  Canary visible_{BinDir() + "/.."};
+  Canary hidden_{"/tmp"};
+};
+
+const std::string kUntouched = std::string("victim\n") + kCanaryText;
+
+// The checks below can fail: outside the sandbox the same user's cp does
+// overwrite the canary, which is there for everyone to write.
+TEST_P(SandboxConfinement, TheWriterChangesTheCanaryOutsideTheSandbox) {
+  const std::string user =
+      Unprivileged() ? "setpriv --reuid=65534 --regid=65534 --clear-groups " : "";
+  ASSERT_EQ(0, std::system(
+                   (user + "cp '" + disk_.Path() + "/payload' '" + visible_.File() + "'").c_str()));
+  EXPECT_EQ(std::string("victim\n") + kPayload, visible_.State());
+}
+
+// Host folders outside the disk refuse every write, named directly or
+// reached through a link on the disk, and stay as they were.
+TEST_P(SandboxConfinement, WritesToTheHostFailWithTheWritersMessage) {
+  const std::string etc = "/etc/sandbox-canary-" + std::to_string(getpid());
+  const std::string build = BinDir() + "/../sandbox-canary-" + std::to_string(getpid());
+  ASSERT_EQ(0, symlink(visible_.File().c_str(), (disk_.Path() + "/to-file").c_str()));
+  ASSERT_EQ(0, symlink(visible_.Folder().c_str(), (disk_.Path() + "/to-folder").c_str()));
+  const std::string before = DiskState();
+  const std::string targets[] = {
+      visible_.File(),   visible_.Folder() + "/new", etc, build, "/usr/sandbox-canary",
+      "/mnt/hd/to-file", "/mnt/hd/to-folder/new"};
+  for (const std::string& target : targets) {
+    SCOPED_TRACE(target);
+    const RunResult r = Run("cp /mnt/hd/payload '" + target + "'");
+    EXPECT_EQ("", r.out);
+    EXPECT_EQ("cp: cannot create regular file '" + target + "': Read-only file system\n", r.err);
+    EXPECT_EQ(1, r.status);
+    EXPECT_EQ(kUntouched, visible_.State());
+    EXPECT_FALSE(Exists(etc));
+    EXPECT_FALSE(Exists(build));
+    EXPECT_FALSE(Exists("/usr/sandbox-canary"));
+    EXPECT_EQ(before, DiskState());
+  }
+  // Should a write have got through, the next run starts clean.
+  for (const std::string& path : {etc, build, std::string("/usr/sandbox-canary")}) {
+    unlink(path.c_str());
+  }
+}
+
+// The disk, the endpoint folder and the private /tmp take writes; only the
+// disk's reach the host.
+TEST_P(SandboxConfinement, TheDiskRunAndPrivateTmpAreWritable) {
+  const std::string name = "sandbox-scratch-" + std::to_string(getpid());
+  const RunResult r = Run("echo disk > /mnt/hd/" + name + " && echo run > /run/linx/" + name +
+                          " && echo tmp > /tmp/" + name + " && cat /mnt/hd/" + name +
+                          " /run/linx/" + name + " /tmp/" + name);
+  EXPECT_EQ("disk\nrun\ntmp\n", r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+  EXPECT_EQ("disk\n", disk_.ReadFile(name));
+  EXPECT_FALSE(Exists("/tmp/" + name));
+  EXPECT_FALSE(Exists("/run/linx/" + name));
+  unlink(("/tmp/" + name).c_str());
+  unlink(("/run/linx/" + name).c_str());
+}
+
+// What lies in the host's /tmp is not there inside, and a write to the
+// hidden path lands in the private /tmp only.
+TEST_P(SandboxConfinement, TheHostsTmpIsHidden) {
+  const RunResult r =
+      Run("cat '" + hidden_.File() + "'; mkdir -p '" + hidden_.Folder() +
+          "' && cp /mnt/hd/payload '" + hidden_.File() + "' && cat '" + hidden_.File() + "'");
+  EXPECT_EQ(kPayload, r.out);
+  EXPECT_EQ("cat: " + hidden_.File() + ": No such file or directory\n", r.err);
+  EXPECT_EQ(0, r.status);
+  EXPECT_EQ(kUntouched, hidden_.State());
+}
+
+// --ro shows a folder of the host's /tmp, read-only.
+TEST_P(SandboxConfinement, ReadOnlyOptionShowsAFolderReadOnly) {
+  SandboxOptions options = Options();
+  options.sandboxArgs = {"--ro", hidden_.Folder()};
+  const RunResult r =
+      Run("cat '" + hidden_.File() + "' && cp /mnt/hd/payload '" + hidden_.File() + "'", options);
+  EXPECT_EQ(kCanaryText, r.out);
+  EXPECT_EQ("cp: cannot create regular file '" + hidden_.File() + "': Read-only file system\n",
+            r.err);
+  EXPECT_EQ(1, r.status);
+  EXPECT_EQ(kUntouched, hidden_.State());
+}
+
+std::string ConfinedName(const ::testing::TestParamInfo<Param>& info) {
+  static const char* const kDaemons[] = {"Alone", "StreamMgr", "ConfigMP", "BothDaemons"};
+  return std::string(std::get<0>(info.param) ? "Unprivileged" : "Root") +
+         kDaemons[static_cast<int>(std::get<1>(info.param))];
+}
+
+INSTANTIATE_TEST_SUITE_P(Confined, SandboxConfinement,
+                         ::testing::Combine(::testing::Bool(),
+                                            ::testing::Values(Daemons::kNone, Daemons::kStreamMgr,
+                                                              Daemons::kConfigMp, Daemons::kBoth)),
+                         ConfinedName);
+
+class SandboxCommandLine : public ::testing::TestWithParam<bool> {
+ protected:
+  RunResult Run(const std::vector<std::string>& sandboxArgs) {
+    SandboxOptions options;
+    options.unprivileged = GetParam();
+    options.sandboxArgs = sandboxArgs;
+    return RunInSandbox(disk_, {"true"}, options);
+  }
+  RecorderDisk disk_;
+};
+
+TEST_P(SandboxCommandLine, HelpSaysWhatTheSandboxProtects) {
+  const RunResult r = Run({"--help"});
+  EXPECT_EQ(std::string(kSynopsis) +
+                "\n"
+                "Runs COMMAND on a recorder of its own: DISK_DIR is mounted at /mnt/hd, the\n"
+                "IPC endpoint folder /run/linx is private and empty, the recorder's programs\n"
+                "(RECORDER_BIN_DIR, by default build/bin) come first on PATH, and every\n"
+                "process started inside ends with COMMAND. Exits with COMMAND's status.\n"
+                "\n"
+                "  --streammgr[=ARGS]  start the StreamMgr simulator first (ARGS split as a\n"
+                "                      shell splits words) and wait until it answers\n"
+                "  --configmp[=ARGS]   the same for the ConfigMP simulator\n"
+                "  --ro DIR            show the host folder DIR read-only at the same path\n"
+                "                      (needed only below the host's /tmp, which is hidden)\n"
+                "\n"
+                "What it protects: the host, from the disk. A disk from the field is untrusted\n"
+                "input, and a link on it may point anywhere. Inside, only /mnt/hd (the disk),\n"
+                "/run and a private, empty /tmp can be written; every other folder of the host\n"
+                "is there read-only, and of the host's /tmp only the programs' own folders are\n"
+                "there, read-only. A write that the disk sends through a link to the host\n"
+                "fails with the writing program's own message, and the host stays as it was.\n"
+                "This holds whether the sandbox runs as root or as another user (then in a\n"
+                "user namespace of its own, with no more rights than that user has).\n"
+                "\n"
+                "What it does not protect: the disk, from the commands run on it, which change\n"
+                "it as they are asked to; and the host, from the programs themselves. The\n"
+                "programs and COMMAND are trusted: the sandbox does not limit what they read\n"
+                "(host files readable outside /tmp are readable inside), the network, or the\n"
+                "processes and devices they may reach.\n",
+            r.out);
+  EXPECT_EQ("", r.err);
+  EXPECT_EQ(0, r.status);
+}
+
+TEST_P(SandboxCommandLine, UnknownOptionGivesTheUsage) {
+  const RunResult r = Run({"--bogus"});
+  EXPECT_EQ("", r.out);
+  EXPECT_EQ(std::string("recorder-sandbox: unknown option --bogus\n") + kSynopsis, r.err);
+  EXPECT_EQ(125, r.status);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sandbox, SandboxCommandLine, ::testing::Bool(),
+                         [](const ::testing::TestParamInfo<bool>& info) {
+                           return std::string(info.param ? "Unprivileged" : "Root");
+                         });
+
+}  // namespace

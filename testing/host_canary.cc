@@ -1,0 +1,42 @@
+#include "testing/host_canary.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+const char kCanaryText[] = "canary: left alone\n";
+
+Canary::Canary(const std::string& parent) {
+  std::string pattern = parent + "/hostile-canary.XXXXXX";
+  if (mkdtemp(&pattern[0]) == nullptr) {
+    ADD_FAILURE() << "cannot make a canary folder below " << parent;
+    return;
+  }
+  folder_ = pattern;
+  chmod(folder_.c_str(), 0777);
+  FILE* file = std::fopen(File().c_str(), "w");
+  if (file != nullptr) {
+    std::fputs(kCanaryText, file);
+    std::fclose(file);
+  }
+  chmod(File().c_str(), 0666);
+}
+
+Canary::~Canary() {
+  if (!folder_.empty() && std::system(("rm -rf '" + folder_ + "'").c_str()) != 0) {
+    // Nothing to do about it but leave the folder behind.
+  }
+}
+
+std::string Canary::State() const {
+  std::string listing;
+  const std::string command = "cd '" + folder_ + "' && ls -A && cat victim";
+  FILE* pipe = popen(command.c_str(), "r");
+  if (pipe == nullptr) return "<unreadable>";
+  char buffer[256];
+  for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) listing.append(buffer, n);
+  pclose(pipe);
+  return listing;
+}
