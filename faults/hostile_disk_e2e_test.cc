@@ -125,10 +125,10 @@ class HostileDisk : public ::testing::TestWithParam<Param> {
   }
 
   RecorderDisk disk_;
-  // One canary below the host's /tmp, which the sandbox hides, one beside the
-  // built programs, which it shows read-only.
+  // One canary below the host's /tmp, which the sandbox hides, one in a host
+  // folder that it shows read-only wherever the checkout lies.
   Canary tmpCanary_{"/tmp"};
-  Canary visibleCanary_{BinDir() + "/.."};
+  Canary visibleCanary_{"/var/tmp"};
 };
 
 const char kAnalysisPassed[] =

@@ -66,9 +66,10 @@ class SandboxConfinement : public ::testing::TestWithParam<Param> {
   }
 
   RecorderDisk disk_;
-  // Beside the built programs, which the sandbox shows read-only, and below
-  // the host's /tmp, which it hides.
-  Canary visible_{BinDir() + "/.."};
+  // In a host folder that the sandbox shows read-only wherever the checkout
+  // lies (a build below the host's /tmp is hidden but for its programs), and
+  // below the host's /tmp, which it hides.
+  Canary visible_{"/var/tmp"};
   Canary hidden_{"/tmp"};
 };
 
@@ -88,12 +89,12 @@ TEST_P(SandboxConfinement, TheWriterChangesTheCanaryOutsideTheSandbox) {
 // reached through a link on the disk, and stay as they were.
 TEST_P(SandboxConfinement, WritesToTheHostFailWithTheWritersMessage) {
   const std::string etc = "/etc/sandbox-canary-" + std::to_string(getpid());
-  const std::string build = BinDir() + "/../sandbox-canary-" + std::to_string(getpid());
+  const std::string varTmp = "/var/tmp/sandbox-canary-" + std::to_string(getpid());
   ASSERT_EQ(0, symlink(visible_.File().c_str(), (disk_.Path() + "/to-file").c_str()));
   ASSERT_EQ(0, symlink(visible_.Folder().c_str(), (disk_.Path() + "/to-folder").c_str()));
   const std::string before = DiskState();
   const std::string targets[] = {
-      visible_.File(),   visible_.Folder() + "/new", etc, build, "/usr/sandbox-canary",
+      visible_.File(),   visible_.Folder() + "/new", etc, varTmp, "/usr/sandbox-canary",
       "/mnt/hd/to-file", "/mnt/hd/to-folder/new"};
   for (const std::string& target : targets) {
     SCOPED_TRACE(target);
@@ -103,12 +104,12 @@ TEST_P(SandboxConfinement, WritesToTheHostFailWithTheWritersMessage) {
     EXPECT_EQ(1, r.status);
     EXPECT_EQ(kUntouched, visible_.State());
     EXPECT_FALSE(Exists(etc));
-    EXPECT_FALSE(Exists(build));
+    EXPECT_FALSE(Exists(varTmp));
     EXPECT_FALSE(Exists("/usr/sandbox-canary"));
     EXPECT_EQ(before, DiskState());
   }
   // Should a write have got through, the next run starts clean.
-  for (const std::string& path : {etc, build, std::string("/usr/sandbox-canary")}) {
+  for (const std::string& path : {etc, varTmp, std::string("/usr/sandbox-canary")}) {
     unlink(path.c_str());
   }
 }
