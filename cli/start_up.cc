@@ -9,6 +9,7 @@
 #include "recorder/log_client.h"
 #include "recorder/recorder_places.h"
 #include "store/sql_statement.h"
+#include "store/store_file.h"
 
 const char* const kStorePath = Recorder::kStorePath;
 
@@ -47,16 +48,11 @@ int StartUp() {
   // As sqlite3_open opens it; the tool runs one thread, so SQLite need not
   // lock the connection on every call. A store that is a link is opened only
   // if it leads to a file: a dangling one must not create a file elsewhere.
-  // A FIFO, socket or device there (a FIFO would block the open) is not
-  // opened at all: asking for a file system that does not exist fails at once.
   struct stat store;
   const bool link = lstat(kStorePath, &store) == 0 && S_ISLNK(store.st_mode);
-  const bool odd =
-      stat(kStorePath, &store) == 0 && !S_ISREG(store.st_mode) && !S_ISDIR(store.st_mode);
   const int exitStatus =
-      sqlite3_open_v2(kStorePath, &toolContext.database,
-                      SQLITE_OPEN_READWRITE | (link ? 0 : SQLITE_OPEN_CREATE) | SQLITE_OPEN_NOMUTEX,
-                      odd ? "no file system for what is not a file" : nullptr);
+      OpenStoreFile(kStorePath, &toolContext.database,
+                    SQLITE_OPEN_READWRITE | (link ? 0 : SQLITE_OPEN_CREATE) | SQLITE_OPEN_NOMUTEX);
   if (exitStatus != SQLITE_OK) {
     std::cerr << "error opening sqlite3" << std::endl;
   }

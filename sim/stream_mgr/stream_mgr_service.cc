@@ -1,7 +1,5 @@
 #include "sim/stream_mgr/stream_mgr_service.h"
 
-#include <sys/stat.h>
-
 #include <cstdio>
 #include <utility>
 #include <vector>
@@ -9,6 +7,7 @@
 #include "recorder/host/ipc_codec.h"
 #include "recorder/stream_db.h"
 #include "store/sql_statement.h"
+#include "store/store_file.h"
 
 using HostIpc::Kind;
 using HostIpc::Reply;
@@ -52,13 +51,7 @@ std::string Bounded(std::string answer, Kind kind) {
 sqlite3* OpenOwnedStore(const std::string& path) {
   sqlite3* database = nullptr;
   // One thread serves every request, so the connection needs no locking.
-  // A FIFO, socket or device is not opened: a FIFO would block the open for
-  // ever. A folder fails the open by itself.
-  struct stat info;
-  const bool odd =
-      stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode);
-  sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX,
-                  odd ? "no file system for what is not a file" : nullptr);
+  OpenStoreFile(path.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX);
   return database;
 }
 

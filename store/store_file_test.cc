@@ -1,0 +1,100 @@
+#include "store/store_file.h"
+#include "testing/scratch_dir.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <string>
+
+namespace {
+
+class StoreFileTest : public ::testing::Test {
+ protected:
+  void TearDown() override { sqlite3_close(database_); }
+
+  // Opens `path` read-write as the tool does and returns the result code.
+  int Open(const std::string& path, int create = 0) {
+    return OpenStoreFile(path.c_str(), &database_, SQLITE_OPEN_READWRITE | create);
+  }
+  // The first statement's result: it reads the file's first page.
+  int FirstRead() {
+    return sqlite3_exec(database_, "select count(*) from sqlite_master", nullptr, nullptr,
+                        nullptr);
+  }
+
+  ScratchDir scratch_{"db-store-file"};
+  std::string store_ = scratch_.Path() + "/stream.db";
+  sqlite3* database_ = nullptr;
+};
+
+TEST_F(StoreFileTest, RegularStoreOpensAndReads) {
+  ASSERT_EQ(SQLITE_OK, Open(store_, SQLITE_OPEN_CREATE));
+  EXPECT_EQ(SQLITE_OK, sqlite3_exec(database_, "create table t(a)", nullptr, nullptr, nullptr));
+  sqlite3_close(database_);
+  database_ = nullptr;
+  ASSERT_EQ(SQLITE_OK, Open(store_));
+  EXPECT_EQ(SQLITE_OK, FirstRead());
+}
+
+TEST_F(StoreFileTest, MissingStoreWithoutCreateCannotBeOpened) {
+  EXPECT_EQ(SQLITE_CANTOPEN, Open(store_));
+  EXPECT_NE(0, access(store_.c_str(), F_OK));
+}
+
+// Opened, a FIFO with no writer would keep the first read waiting for ever.
+TEST_F(StoreFileTest, FifoIsRefusedAsAFileThatCannotBeOpened) {
+  ASSERT_EQ(0, mkfifo(store_.c_str(), 0666));
+  EXPECT_EQ(SQLITE_CANTOPEN, Open(store_, SQLITE_OPEN_CREATE));
+  EXPECT_NE(SQLITE_OK, FirstRead());
+  struct stat info;
+  ASSERT_EQ(0, lstat(store_.c_str(), &info));
+  EXPECT_TRUE(S_ISFIFO(info.st_mode));
+}
+
+TEST_F(StoreFileTest, SocketIsRefusedAsAFileThatCannotBeOpened) {
+  const int s = socket(AF_UNIX, SOCK_STREAM, 0);
+  ASSERT_LE(0, s);
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  ASSERT_LT(store_.size(), sizeof address.sun_path);
+  std::strcpy(address.sun_path, store_.c_str());
+  ASSERT_EQ(0, bind(s, reinterpret_cast<sockaddr*>(&address), sizeof address));
+  close(s);
+  EXPECT_EQ(SQLITE_CANTOPEN, Open(store_));
+  EXPECT_NE(SQLITE_OK, FirstRead());
+}
+
+TEST_F(StoreFileTest, DeviceIsRefusedAsAFileThatCannotBeOpened) {
+  EXPECT_EQ(SQLITE_CANTOPEN, Open("/dev/null"));
+  EXPECT_NE(SQLITE_OK, FirstRead());
+}
+
+// A link is followed to what it leads to: a FIFO behind one is refused too.
+TEST_F(StoreFileTest, LinkToAFifoIsRefused) {
+  const std::string fifo = scratch_.Path() + "/fifo";
+  ASSERT_EQ(0, mkfifo(fifo.c_str(), 0666));
+  ASSERT_EQ(0, symlink(fifo.c_str(), store_.c_str()));
+  EXPECT_EQ(SQLITE_CANTOPEN, Open(store_));
+}
+
+TEST_F(StoreFileTest, FolderCannotBeOpened) {
+  ASSERT_EQ(0, mkdir(store_.c_str(), 0755));
+  EXPECT_EQ(SQLITE_CANTOPEN, Open(store_));
+}
+
+// Refusing one store leaves SQLite's own file system the default for others.
+TEST_F(StoreFileTest, RefusalLeavesOtherOpensAlone) {
+  ASSERT_EQ(0, mkfifo(store_.c_str(), 0666));
+  EXPECT_EQ(SQLITE_CANTOPEN, Open(store_));
+  sqlite3* other = nullptr;
+  const std::string regular = scratch_.Path() + "/other.db";
+  EXPECT_EQ(SQLITE_OK, sqlite3_open(regular.c_str(), &other));
+  EXPECT_EQ(SQLITE_OK, sqlite3_exec(other, "create table t(a)", nullptr, nullptr, nullptr));
+  sqlite3_close(other);
+}
+
+}  // namespace
