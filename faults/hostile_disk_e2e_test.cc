@@ -20,6 +20,7 @@
 #include "testing/host_canary.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/shell.h"
 
 namespace {
 
@@ -73,17 +74,10 @@ void MakeOdd(Odd odd, const std::string& path) {
 
 // Everything on the disk below the store: names, kinds and file contents.
 std::string DiskFiles(const RecorderDisk& disk) {
-  std::string listing;
-  const std::string command = "cd '" + disk.Path() +
-                              "' && find . -path ./streammgr -prune -o -printf '%p %y %l\\n' | "
-                              "sort && find . -type f ! -path './streammgr/*' -exec md5sum {} + | "
-                              "sort";
-  FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) return "<unreadable>";
-  char buffer[4096];
-  for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) listing.append(buffer, n);
-  pclose(pipe);
-  return listing;
+  return RunShell("cd '" + disk.Path() +
+                  "' && find . -path ./streammgr -prune -o -printf '%p %y %l\\n' | "
+                  "sort && find . -type f ! -path './streammgr/*' -exec md5sum {} + | sort")
+      .out;
 }
 
 using Param = std::tuple<AccessPath, bool>;

@@ -13,6 +13,7 @@
 #include "testing/host_canary.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/shell.h"
 
 namespace {
 
@@ -52,17 +53,11 @@ class SandboxConfinement : public ::testing::TestWithParam<Param> {
   RunResult Run(const std::string& script) { return Run(script, Options()); }
   // The disk with everything on it, the store's rows included.
   std::string DiskState() const {
-    std::string listing = disk_.Dump();
-    const std::string command = "cd '" + disk_.Path() +
-                                "' && find . ! -path ./streammgr/stream.db -printf '%p %y %l\\n' | "
-                                "sort && find . -type f ! -path ./streammgr/stream.db -exec md5sum "
-                                "{} + | sort";
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return "<unreadable>";
-    char buffer[4096];
-    for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) listing.append(buffer, n);
-    pclose(pipe);
-    return listing;
+    return disk_.Dump() +
+           RunShell("cd '" + disk_.Path() +
+                    "' && find . ! -path ./streammgr/stream.db -printf '%p %y %l\\n' | sort && "
+                    "find . -type f ! -path ./streammgr/stream.db -exec md5sum {} + | sort")
+               .out;
   }
 
   RecorderDisk disk_;

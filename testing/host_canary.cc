@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "testing/shell.h"
+
 const char kCanaryText[] = "canary: left alone\n";
 
 Canary::Canary(const std::string& parent) {
@@ -31,12 +33,5 @@ Canary::~Canary() {
 }
 
 std::string Canary::State() const {
-  std::string listing;
-  const std::string command = "cd '" + folder_ + "' && ls -A && cat victim";
-  FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) return "<unreadable>";
-  char buffer[256];
-  for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) listing.append(buffer, n);
-  pclose(pipe);
-  return listing;
+  return RunShell("cd '" + folder_ + "' && ls -A && cat victim").out;
 }
