@@ -1,7 +1,5 @@
 #include "cli/start_up.h"
 
-#include <sys/stat.h>
-
 #include <cstdlib>
 #include <iostream>
 
@@ -46,13 +44,10 @@ void LoadStreamFileSizes() {
 
 int StartUp() {
   // As sqlite3_open opens it; the tool runs one thread, so SQLite need not
-  // lock the connection on every call. A store that is a link is opened only
-  // if it leads to a file: a dangling one must not create a file elsewhere.
-  struct stat store;
-  const bool link = lstat(kStorePath, &store) == 0 && S_ISLNK(store.st_mode);
+  // lock the connection on every call.
   const int exitStatus =
       OpenStoreFile(kStorePath, &toolContext.database,
-                    SQLITE_OPEN_READWRITE | (link ? 0 : SQLITE_OPEN_CREATE) | SQLITE_OPEN_NOMUTEX);
+                    SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX);
   if (exitStatus != SQLITE_OK) {
     std::cerr << "error opening sqlite3" << std::endl;
   }

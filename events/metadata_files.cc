@@ -1,8 +1,5 @@
 #include "events/metadata_files.h"
-#include "recorder/recorder_places.h"
-#include "store/recorder_arithmetic.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <tinyxml2.h>
 #include <unistd.h>
@@ -11,6 +8,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+
+#include "recorder/recorder_places.h"
+#include "store/recorder_arithmetic.h"
+#include "store/regular_file.h"
 
 const char* const kMetadataDirectory = Recorder::kMetadataFolder;
 
@@ -22,23 +23,14 @@ bool Exists(const std::string& path) {
 }
 
 // Opens a description file for the XML loader, or gives null when it cannot
-// be read as one. Only a regular file (or a link to one) will do: opening a
-// FIFO would wait for a writer for ever, and a socket, device or folder holds
-// no description.
+// be read as one (not there, unreadable, or no regular file).
 std::FILE* OpenDescription(const std::string& path) {
-  struct stat info;
-  if (stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
-    return nullptr;
-  }
-  // Non-blocking, in case a FIFO took the file's place since the stat.
-  const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  bool notRegular = false;
+  const int descriptor = OpenRegularFile(path.c_str(), notRegular);
   if (descriptor < 0) {
     return nullptr;
   }
-  std::FILE* file = nullptr;
-  if (fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode)) {
-    file = fdopen(descriptor, "rb");
-  }
+  std::FILE* file = fdopen(descriptor, "rb");
   if (file == nullptr) {
     close(descriptor);
   }

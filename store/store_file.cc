@@ -30,6 +30,9 @@ const char* RefusingFileSystem() {
 
 int OpenStoreFile(const char* path, sqlite3** database, int flags) {
   struct stat info;
+  if (lstat(path, &info) == 0 && S_ISLNK(info.st_mode)) {
+    flags &= ~SQLITE_OPEN_CREATE;
+  }
   const bool odd = stat(path, &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode);
   return sqlite3_open_v2(path, database, flags, odd ? RefusingFileSystem() : nullptr);
 }

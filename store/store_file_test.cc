@@ -22,8 +22,7 @@ class StoreFileTest : public ::testing::Test {
   }
   // The first statement's result: it reads the file's first page.
   int FirstRead() {
-    return sqlite3_exec(database_, "select count(*) from sqlite_master", nullptr, nullptr,
-                        nullptr);
+    return sqlite3_exec(database_, "select count(*) from sqlite_master", nullptr, nullptr, nullptr);
   }
 
   ScratchDir scratch_{"db-store-file"};
@@ -79,6 +78,26 @@ TEST_F(StoreFileTest, LinkToAFifoIsRefused) {
   ASSERT_EQ(0, mkfifo(fifo.c_str(), 0666));
   ASSERT_EQ(0, symlink(fifo.c_str(), store_.c_str()));
   EXPECT_EQ(SQLITE_CANTOPEN, Open(store_));
+}
+
+// SQLite would create the file that a dangling link names, wherever it is.
+TEST_F(StoreFileTest, DanglingLinkCreatesNothing) {
+  const std::string target = scratch_.Path() + "/elsewhere.db";
+  ASSERT_EQ(0, symlink(target.c_str(), store_.c_str()));
+  EXPECT_EQ(SQLITE_CANTOPEN, Open(store_, SQLITE_OPEN_CREATE));
+  EXPECT_NE(0, access(target.c_str(), F_OK));
+}
+
+// A link to a store is followed, and the store it leads to is opened.
+TEST_F(StoreFileTest, LinkToAStoreOpensIt) {
+  const std::string target = scratch_.Path() + "/elsewhere.db";
+  ASSERT_EQ(SQLITE_OK, Open(target, SQLITE_OPEN_CREATE));
+  ASSERT_EQ(SQLITE_OK, sqlite3_exec(database_, "create table t(a)", nullptr, nullptr, nullptr));
+  sqlite3_close(database_);
+  database_ = nullptr;
+  ASSERT_EQ(0, symlink(target.c_str(), store_.c_str()));
+  ASSERT_EQ(SQLITE_OK, Open(store_, SQLITE_OPEN_CREATE));
+  EXPECT_EQ(SQLITE_OK, sqlite3_exec(database_, "select a from t", nullptr, nullptr, nullptr));
 }
 
 TEST_F(StoreFileTest, FolderCannotBeOpened) {

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <vector>
 
+#include "store/regular_file.h"
+
 const char kStreamMgrCliHelp[] =
     "usage: StreamMgrCli -x N\n"
     "\n"
@@ -31,29 +33,13 @@ bool IsNumber(const std::string& text) {
   return true;
 }
 
-// Opens stream file `path` for reading. Only a regular file (a link to one
-// included) will do: opening a FIFO would wait for a writer for ever, and a
-// device or a folder holds no recording.
+// Opens stream file `path` for reading: only a regular file (a link to one
+// included) holds a recording.
 int OpenStream(const std::string& path, std::string& error) {
-  struct stat info;
-  if (stat(path.c_str(), &info) != 0) {
-    error = path + ": " + std::strerror(errno);
-    return -1;
-  }
-  if (!S_ISREG(info.st_mode)) {
-    error = path + ": not a regular file";
-    return -1;
-  }
-  // Non-blocking, in case a FIFO took the file's place since the stat.
-  const int in = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  bool notRegular = false;
+  const int in = OpenRegularFile(path.c_str(), notRegular);
   if (in < 0) {
-    error = path + ": " + std::strerror(errno);
-    return -1;
-  }
-  if (fstat(in, &info) != 0 || !S_ISREG(info.st_mode)) {
-    error = path + ": not a regular file";
-    close(in);
-    return -1;
+    error = path + ": " + (notRegular ? "not a regular file" : std::strerror(errno));
   }
   return in;
 }
