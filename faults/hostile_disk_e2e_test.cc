@@ -17,6 +17,7 @@
 
 #include "events/expected_event_table.h"
 #include "sim/file_pes/ts_builder.h"
+#include "testing/expected_start_up.h"
 #include "testing/host_canary.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
@@ -107,6 +108,25 @@ class HostileDisk : public ::testing::TestWithParam<Param> {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(kBoundSeconds));
     return r;
   }
+  bool Direct() const { return std::get<0>(GetParam()) == AccessPath::kDirect; }
+  // Start-up's complaints about a store that does not open: the direct path
+  // also fails to read the stream file sizes from it.
+  std::string OpeningFailure() const {
+    return std::string("error opening sqlite3\n") + (Direct() ? kNoFileSizesLine : "");
+  }
+  // db -t -d r1 on a store that cannot be opened: no table, and no event to
+  // delete.
+  RunResult TablesOfAStoreThatCannotBeOpened() const {
+    return RunResult{
+        std::string(kTablesHeading) + "\n",
+        OpeningFailure() +
+            "unable to prepare: select tbl_name from sqlite_master where type='table'" +
+            (Direct() ? "unable to prepare: select count(*) from events where reid='r1' or "
+                        "groupId='r1'stmt Error: 21  sql='select count(*) from events where "
+                        "reid='r1' or groupId='r1''\n"
+                      : "  Event or groupId not found: r1\n"),
+        SQLITE_CANTOPEN};
+  }
   // Checks that neither canary nor the disk changed beyond `files`.
   void ExpectUnchanged(const std::string& store, const std::string& files) {
     EXPECT_EQ(store, disk_.Dump());
@@ -148,9 +168,11 @@ TEST_P(HostileDisk, ExtractionReplacesALinkInsteadOfWritingThroughIt) {
     SCOPED_TRACE(target);
     ASSERT_EQ(0, symlink(target.c_str(), At("1.ts").c_str()));
     const RunResult r = Db({"-a", "d"});
-    EXPECT_EQ(kAnalysisPassed, r.out);
-    EXPECT_EQ("StreamMgrCli: /mnt/hd/1.ts is a link; replacing it, not what it points to\n", r.err);
-    EXPECT_EQ(0, r.status);
+    EXPECT_RUN(
+        (RunResult{kAnalysisPassed,
+                   "StreamMgrCli: /mnt/hd/1.ts is a link; replacing it, not what it points to\n",
+                   0}),
+        r);
     ExpectUnchanged(store, files);
   }
 }
@@ -164,9 +186,7 @@ TEST_P(HostileDisk, ExtractionDoesNotWriteIntoAHardLinkedFile) {
     SCOPED_TRACE(target);
     ASSERT_EQ(0, link(At(target).c_str(), At("1.ts").c_str()));
     const RunResult r = Db({"-a", "d"});
-    EXPECT_EQ(kAnalysisPassed, r.out);
-    EXPECT_EQ("", r.err);
-    EXPECT_EQ(0, r.status);
+    EXPECT_RUN((RunResult{kAnalysisPassed, "", 0}), r);
     ExpectUnchanged(store, files);
   }
 }
@@ -189,11 +209,13 @@ TEST_P(HostileDisk, OddStreamFileIsNotExtracted) {
     const std::string store = disk_.Dump();
     const std::string files = DiskFiles(disk_);
     const RunResult r = Db({"-a", "d"});
-    EXPECT_EQ("File count = 1\n Checking 1.ts:  extracting...", r.out);
-    EXPECT_EQ(std::string("StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: ") +
-                  reasons[i] + "\n",
-              r.err);
-    EXPECT_EQ(0, r.status);
+    EXPECT_RUN(
+        (RunResult{
+            "File count = 1\n Checking 1.ts:  extracting...",
+            std::string("StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: ") +
+                reasons[i] + "\n",
+            0}),
+        r);
     ExpectUnchanged(store, files);
   }
 }
@@ -213,9 +235,10 @@ TEST_P(HostileDisk, OddDescriptionFileCannotBeLoaded) {
     const RunResult r = Db({"-e"});
     // A link that leads nowhere does not exist as far as stat knows: the
     // event is not staged and the file is never opened.
-    EXPECT_EQ(kGibHeading + (dangles ? DefaultRow("r1") : StagedRow("r1")), r.out);
-    EXPECT_EQ(dangles ? "" : "Failed to load XML file: /mnt/hd/connectionmgr/r1.xml", r.err);
-    EXPECT_EQ(0, r.status);
+    EXPECT_RUN(
+        (RunResult{kGibHeading + (dangles ? DefaultRow("r1") : StagedRow("r1")),
+                   dangles ? "" : "Failed to load XML file: /mnt/hd/connectionmgr/r1.xml", 0}),
+        r);
     ExpectUnchanged(store, files);
   }
 }
@@ -225,7 +248,6 @@ TEST_P(HostileDisk, OddDescriptionFileCannotBeLoaded) {
 // store cannot, nothing is created through the link, and the outside store
 // keeps its rows.
 TEST_P(HostileDisk, OddStoreCannotBeOpened) {
-  const bool direct = std::get<0>(GetParam()) == AccessPath::kDirect;
   const std::string outside = tmpCanary_.File() + ".db";
   ASSERT_EQ(0, std::system(("cp '" + disk_.StorePath() + "' '" + outside + "'").c_str()));
   const std::string kept = disk_.Dump();
@@ -239,23 +261,7 @@ TEST_P(HostileDisk, OddStoreCannotBeOpened) {
     }
     const std::string files = DiskFiles(disk_);
     const RunResult r = Db({"-t", "-d", "r1"});
-    EXPECT_EQ(
-        "\n"
-        "Table Name    Entries\n"
-        "============  =======\n"
-        "\n",
-        r.out);
-    EXPECT_EQ(std::string("error opening sqlite3\n") +
-                  (direct ? "unable to prepare: select number, size from streamfiles"
-                            "mainunable to access database\n"
-                          : "") +
-                  "unable to prepare: select tbl_name from sqlite_master where type='table'" +
-                  (direct ? "unable to prepare: select count(*) from events where reid='r1' or "
-                            "groupId='r1'stmt Error: 21  sql='select count(*) from events where "
-                            "reid='r1' or groupId='r1''\n"
-                          : "  Event or groupId not found: r1\n"),
-              r.err);
-    EXPECT_EQ(SQLITE_CANTOPEN, r.status);
+    EXPECT_RUN(TablesOfAStoreThatCannotBeOpened(), r);
     EXPECT_EQ(files, DiskFiles(disk_));
   }
   unlink(disk_.StorePath().c_str());
@@ -277,11 +283,6 @@ INSTANTIATE_TEST_SUITE_P(Hostile, HostileDisk,
 // the stream file is not extracted, and the store does not open.
 TEST_P(HostileDisk, UnreadableFilesReadAsFilesThatCannotBeRead) {
   const bool unprivileged = std::get<1>(GetParam());
-  const bool direct = std::get<0>(GetParam()) == AccessPath::kDirect;
-  const std::string tableHeading =
-      "\n"
-      "Table Name    Entries\n"
-      "============  =======\n";
   struct Case {
     const char* file;
     std::vector<std::string> args;
@@ -311,17 +312,14 @@ TEST_P(HostileDisk, UnreadableFilesReadAsFilesThatCannotBeRead) {
        kAnalysisPassed},
       {"streammgr/stream.db",
        {"-t"},
-       tableHeading + "\n",
-       std::string("error opening sqlite3\n") +
-           (direct ? "unable to prepare: select number, size from streamfilesmainunable to access "
-                     "database\n"
-                   : "") +
+       std::string(kTablesHeading) + "\n",
+       OpeningFailure() +
            "unable to prepare: select tbl_name from sqlite_master where type='table'",
        14,
-       tableHeading + "events             1\n"
-                      "streamfiles        1\n"
-                      "status             0\n"
-                      "\n"},
+       std::string(kTablesHeading) + "events             1\n"
+                                     "streamfiles        1\n"
+                                     "status             0\n"
+                                     "\n"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.file);
@@ -329,9 +327,9 @@ TEST_P(HostileDisk, UnreadableFilesReadAsFilesThatCannotBeRead) {
     const std::string store = disk_.Dump();
     const std::string files = DiskFiles(disk_);
     const RunResult r = Db(c.args);
-    EXPECT_EQ(unprivileged ? c.out : c.outAsRoot, r.out);
-    EXPECT_EQ(unprivileged ? c.err : "", r.err);
-    EXPECT_EQ(unprivileged ? c.status : 0, r.status);
+    EXPECT_RUN((RunResult{unprivileged ? c.out : c.outAsRoot, unprivileged ? c.err : "",
+                          unprivileged ? c.status : 0}),
+               r);
     ExpectUnchanged(store, files);
     ASSERT_EQ(0, chmod(At(c.file).c_str(), 0666));
   }
@@ -355,9 +353,8 @@ TEST_P(HostileDisk, LinkedDataFileIsOnlyMeasured) {
     const std::string store = disk_.Dump();
     const std::string files = DiskFiles(disk_);
     const RunResult r = Db({"-e"});
-    EXPECT_EQ(kGibHeading + (c.staged ? StagedRow("r1") : DefaultRow("r1")), r.out);
-    EXPECT_EQ("", r.err);
-    EXPECT_EQ(0, r.status);
+    EXPECT_RUN((RunResult{kGibHeading + (c.staged ? StagedRow("r1") : DefaultRow("r1")), "", 0}),
+               r);
     ExpectUnchanged(store, files);
   }
 }
@@ -374,17 +371,16 @@ TEST_P(HostileDisk, LinkedFoldersLeadOffTheDisk) {
     const std::string store = disk_.Dump();
     const std::string files = DiskFiles(disk_);
     RunResult r = Db({"-e"});
-    EXPECT_EQ(kGibHeading + DefaultRow("r1"), r.out);
-    EXPECT_EQ("", r.err);
-    EXPECT_EQ(0, r.status);
+    EXPECT_RUN((RunResult{kGibHeading + DefaultRow("r1"), "", 0}), r);
     ExpectUnchanged(store, files);
     r = Db({"-a", "d"});
-    EXPECT_EQ("File count = 1\n Checking 1.ts:  extracting...", r.out);
-    EXPECT_EQ(
-        "StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: No such file or "
-        "directory\n",
-        r.err);
-    EXPECT_EQ(0, r.status);
+    EXPECT_RUN(
+        (RunResult{
+            "File count = 1\n Checking 1.ts:  extracting...",
+            "StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: No such file or "
+            "directory\n",
+            0}),
+        r);
     ExpectUnchanged(store, files);
     for (const char* folder : {"connectionmgr", "streams"}) {
       ASSERT_EQ(0, unlink(At(folder).c_str()));
@@ -397,7 +393,6 @@ TEST_P(HostileDisk, LinkedFoldersLeadOffTheDisk) {
 // FIFO there or an unreadable store; the sql command is not kept waiting by
 // any of them, and does not create what a dangling link names.
 TEST_P(HostileDisk, OddStoreEndsTheSqlCommandToo) {
-  const bool direct = std::get<0>(GetParam()) == AccessPath::kDirect;
   const std::string kept = disk_.Dump();
   const std::string saved = At("stream.db.kept");
   ASSERT_EQ(0, rename(disk_.StorePath().c_str(), saved.c_str()));
@@ -418,33 +413,18 @@ TEST_P(HostileDisk, OddStoreEndsTheSqlCommandToo) {
               disk_.StorePath());
     }
     const std::string files = DiskFiles(disk_);
-    const std::string opening =
-        std::string("error opening sqlite3\n") +
-        (direct ? "unable to prepare: select number, size from streamfilesmainunable to access "
-                  "database\n"
-                : "");
     RunResult r = Db({"-t", "-d", "r1"});
-    EXPECT_EQ(
-        "\n"
-        "Table Name    Entries\n"
-        "============  =======\n"
-        "\n",
-        r.out);
-    EXPECT_EQ(opening + "unable to prepare: select tbl_name from sqlite_master where type='table'" +
-                  (direct ? "unable to prepare: select count(*) from events where reid='r1' or "
-                            "groupId='r1'stmt Error: 21  sql='select count(*) from events where "
-                            "reid='r1' or groupId='r1''\n"
-                          : "  Event or groupId not found: r1\n"),
-              r.err);
-    EXPECT_EQ(SQLITE_CANTOPEN, r.status);
+    EXPECT_RUN(TablesOfAStoreThatCannotBeOpened(), r);
     ExpectFilesUnchanged(files);
     r = Db({"-s"});
-    EXPECT_EQ("", r.out);
-    EXPECT_EQ(opening +
-                  "Error: unable to open database \"/mnt/hd/streammgr/stream.db\": unable to open "
-                  "database file\n",
-              r.err);
-    EXPECT_EQ(SQLITE_CANTOPEN, r.status);
+    EXPECT_RUN(
+        (RunResult{
+            "",
+            OpeningFailure() +
+                "Error: unable to open database \"/mnt/hd/streammgr/stream.db\": unable to open "
+                "database file\n",
+            SQLITE_CANTOPEN}),
+        r);
     ExpectFilesUnchanged(files);
   }
   std::system(("rm -rf '" + disk_.StorePath() + "'").c_str());

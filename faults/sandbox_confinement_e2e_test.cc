@@ -94,9 +94,10 @@ TEST_P(SandboxConfinement, WritesToTheHostFailWithTheWritersMessage) {
   for (const std::string& target : targets) {
     SCOPED_TRACE(target);
     const RunResult r = Run("cp /mnt/hd/payload '" + target + "'");
-    EXPECT_EQ("", r.out);
-    EXPECT_EQ("cp: cannot create regular file '" + target + "': Read-only file system\n", r.err);
-    EXPECT_EQ(1, r.status);
+    EXPECT_RUN(
+        (RunResult{"", "cp: cannot create regular file '" + target + "': Read-only file system\n",
+                   1}),
+        r);
     EXPECT_EQ(kUntouched, visible_.State());
     EXPECT_FALSE(Exists(etc));
     EXPECT_FALSE(Exists(varTmp));
@@ -116,9 +117,7 @@ TEST_P(SandboxConfinement, TheDiskRunAndPrivateTmpAreWritable) {
   const RunResult r = Run("echo disk > /mnt/hd/" + name + " && echo run > /run/linx/" + name +
                           " && echo tmp > /tmp/" + name + " && cat /mnt/hd/" + name +
                           " /run/linx/" + name + " /tmp/" + name);
-  EXPECT_EQ("disk\nrun\ntmp\n", r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{"disk\nrun\ntmp\n", "", 0}), r);
   EXPECT_EQ("disk\n", disk_.ReadFile(name));
   EXPECT_FALSE(Exists("/tmp/" + name));
   EXPECT_FALSE(Exists("/run/linx/" + name));
@@ -132,9 +131,8 @@ TEST_P(SandboxConfinement, TheHostsTmpIsHidden) {
   const RunResult r =
       Run("cat '" + hidden_.File() + "'; mkdir -p '" + hidden_.Folder() +
           "' && cp /mnt/hd/payload '" + hidden_.File() + "' && cat '" + hidden_.File() + "'");
-  EXPECT_EQ(kPayload, r.out);
-  EXPECT_EQ("cat: " + hidden_.File() + ": No such file or directory\n", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN((RunResult{kPayload, "cat: " + hidden_.File() + ": No such file or directory\n", 0}),
+             r);
   EXPECT_EQ(kUntouched, hidden_.State());
 }
 
@@ -144,10 +142,11 @@ TEST_P(SandboxConfinement, ReadOnlyOptionShowsAFolderReadOnly) {
   options.sandboxArgs = {"--ro", hidden_.Folder()};
   const RunResult r =
       Run("cat '" + hidden_.File() + "' && cp /mnt/hd/payload '" + hidden_.File() + "'", options);
-  EXPECT_EQ(kCanaryText, r.out);
-  EXPECT_EQ("cp: cannot create regular file '" + hidden_.File() + "': Read-only file system\n",
-            r.err);
-  EXPECT_EQ(1, r.status);
+  EXPECT_RUN(
+      (RunResult{kCanaryText,
+                 "cp: cannot create regular file '" + hidden_.File() + "': Read-only file system\n",
+                 1}),
+      r);
   EXPECT_EQ(kUntouched, hidden_.State());
 }
 
@@ -176,43 +175,44 @@ class SandboxCommandLine : public ::testing::TestWithParam<bool> {
 
 TEST_P(SandboxCommandLine, HelpSaysWhatTheSandboxProtects) {
   const RunResult r = Run({"--help"});
-  EXPECT_EQ(std::string(kSynopsis) +
-                "\n"
-                "Runs COMMAND on a recorder of its own: DISK_DIR is mounted at /mnt/hd, the\n"
-                "IPC endpoint folder /run/linx is private and empty, the recorder's programs\n"
-                "(RECORDER_BIN_DIR, by default build/bin) come first on PATH, and every\n"
-                "process started inside ends with COMMAND. Exits with COMMAND's status.\n"
-                "\n"
-                "  --streammgr[=ARGS]  start the StreamMgr simulator first (ARGS split as a\n"
-                "                      shell splits words) and wait until it answers\n"
-                "  --configmp[=ARGS]   the same for the ConfigMP simulator\n"
-                "  --ro DIR            show the host folder DIR read-only at the same path\n"
-                "                      (needed only below the host's /tmp, which is hidden)\n"
-                "\n"
-                "What it protects: the host, from the disk. A disk from the field is untrusted\n"
-                "input, and a link on it may point anywhere. Inside, only /mnt/hd (the disk),\n"
-                "/run and a private, empty /tmp can be written; every other folder of the host\n"
-                "is there read-only, and of the host's /tmp only the programs' own folders are\n"
-                "there, read-only. A write that the disk sends through a link to the host\n"
-                "fails with the writing program's own message, and the host stays as it was.\n"
-                "This holds whether the sandbox runs as root or as another user (then in a\n"
-                "user namespace of its own, with no more rights than that user has).\n"
-                "\n"
-                "What it does not protect: the disk, from the commands run on it, which change\n"
-                "it as they are asked to; and the host, from the programs themselves. The\n"
-                "programs and COMMAND are trusted: the sandbox does not limit what they read\n"
-                "(host files readable outside /tmp are readable inside), the network, or the\n"
-                "processes and devices they may reach.\n",
-            r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(
+      (RunResult{
+          std::string(kSynopsis) +
+              "\n"
+              "Runs COMMAND on a recorder of its own: DISK_DIR is mounted at /mnt/hd, the\n"
+              "IPC endpoint folder /run/linx is private and empty, the recorder's programs\n"
+              "(RECORDER_BIN_DIR, by default build/bin) come first on PATH, and every\n"
+              "process started inside ends with COMMAND. Exits with COMMAND's status.\n"
+              "\n"
+              "  --streammgr[=ARGS]  start the StreamMgr simulator first (ARGS split as a\n"
+              "                      shell splits words) and wait until it answers\n"
+              "  --configmp[=ARGS]   the same for the ConfigMP simulator\n"
+              "  --ro DIR            show the host folder DIR read-only at the same path\n"
+              "                      (needed only below the host's /tmp, which is hidden)\n"
+              "\n"
+              "What it protects: the host, from the disk. A disk from the field is untrusted\n"
+              "input, and a link on it may point anywhere. Inside, only /mnt/hd (the disk),\n"
+              "/run and a private, empty /tmp can be written; every other folder of the host\n"
+              "is there read-only, and of the host's /tmp only the programs' own folders are\n"
+              "there, read-only. A write that the disk sends through a link to the host\n"
+              "fails with the writing program's own message, and the host stays as it was.\n"
+              "This holds whether the sandbox runs as root or as another user (then in a\n"
+              "user namespace of its own, with no more rights than that user has).\n"
+              "\n"
+              "What it does not protect: the disk, from the commands run on it, which change\n"
+              "it as they are asked to; and the host, from the programs themselves. The\n"
+              "programs and COMMAND are trusted: the sandbox does not limit what they read\n"
+              "(host files readable outside /tmp are readable inside), the network, or the\n"
+              "processes and devices they may reach.\n",
+          "", 0}),
+      r);
 }
 
 TEST_P(SandboxCommandLine, UnknownOptionGivesTheUsage) {
   const RunResult r = Run({"--bogus"});
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ(std::string("recorder-sandbox: unknown option --bogus\n") + kSynopsis, r.err);
-  EXPECT_EQ(125, r.status);
+  EXPECT_RUN(
+      (RunResult{"", std::string("recorder-sandbox: unknown option --bogus\n") + kSynopsis, 125}),
+      r);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sandbox, SandboxCommandLine, ::testing::Bool(),
