@@ -6,18 +6,16 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "testing/scratch_dir.h"
 #include "testing/shell.h"
 
 const char kCanaryText[] = "canary: left alone\n";
 
 Canary::Canary(const std::string& parent) {
-  std::string pattern = parent + "/hostile-canary.XXXXXX";
-  if (mkdtemp(&pattern[0]) == nullptr) {
-    ADD_FAILURE() << "cannot make a canary folder below " << parent;
+  folder_ = MakeFolderBelow(parent, "hostile-canary", 0777);
+  if (folder_.empty()) {
     return;
   }
-  folder_ = pattern;
-  chmod(folder_.c_str(), 0777);
   FILE* file = std::fopen(File().c_str(), "w");
   if (file != nullptr) {
     std::fputs(kCanaryText, file);

@@ -9,6 +9,8 @@
 #include <sstream>
 #include <vector>
 
+#include "testing/scratch_dir.h"
+
 #ifndef DB_SCHEMA_PATH
 #error "DB_SCHEMA_PATH must name the store schema"
 #endif
@@ -41,22 +43,9 @@ std::string Quote(const std::string& text) {
   return quoted + "'";
 }
 
-std::string MakeTemporaryFolder(const std::string& name) {
-  const char* tmp = std::getenv("TMPDIR");
-  std::string pattern =
-      std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") + "/" + name + ".XXXXXX";
-  std::vector<char> buffer(pattern.begin(), pattern.end());
-  buffer.push_back('\0');
-  if (mkdtemp(buffer.data()) == nullptr) {
-    ADD_FAILURE() << "cannot make a temporary folder " << pattern;
-    return "";
-  }
-  chmod(buffer.data(), 0755);
-  return buffer.data();
-}
-
 RecorderDisk::RecorderDisk(Store store) {
-  path_ = MakeTemporaryFolder("disk");
+  // Everyone may enter it: the unprivileged runs of the sandbox read it.
+  path_ = MakeFolderBelow(TemporaryParent(), "disk", 0755);
   if (path_.empty()) {
     return;
   }

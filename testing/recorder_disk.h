@@ -75,8 +75,4 @@ struct FileRow {
 // Single-quotes text for SQL.
 std::string Quote(const std::string& text);
 
-// Makes a new folder NAME.XXXXXX in $TMPDIR (or /tmp) that everyone may read
-// and enter; returns its path, or "" (and a test failure) when it cannot.
-std::string MakeTemporaryFolder(const std::string& name);
-
 #endif  // TESTING_RECORDER_DISK_H_

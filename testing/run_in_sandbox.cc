@@ -12,6 +12,8 @@
 #include <cstring>
 #include <fstream>
 
+#include "testing/scratch_dir.h"
+
 extern char** environ;
 
 #ifndef DB_BIN_DIR
@@ -41,7 +43,7 @@ namespace {
 // their own that everyone may read. Removed when the test program ends.
 class WorldReadableTools {
  public:
-  WorldReadableTools() : folder_(MakeTemporaryFolder("db-tools")) {
+  WorldReadableTools() : folder_(MakeFolderBelow(TemporaryParent(), "db-tools", 0755)) {
     if (folder_.empty()) return;
     // cp keeps the programs' modes; -L copies what links point at.
     const std::string copy = "cp -RL '" + BinDir() + "' '" + folder_ + "/bin' && cp '" +

@@ -1,21 +1,29 @@
 #include "testing/scratch_dir.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <vector>
 
-ScratchDir::ScratchDir(const std::string& name) {
-  const std::string pattern = "/tmp/" + name + "-XXXXXX";
+std::string MakeFolderBelow(const std::string& parent, const std::string& name, mode_t mode) {
+  std::string pattern = parent + "/" + name + ".XXXXXX";
   std::vector<char> buffer(pattern.begin(), pattern.end());
   buffer.push_back('\0');
-  const char* made = mkdtemp(buffer.data());
-  if (made == nullptr) {
-    ADD_FAILURE() << "cannot make a scratch folder";
-    return;
+  if (mkdtemp(buffer.data()) == nullptr) {
+    ADD_FAILURE() << "cannot make a temporary folder " << pattern;
+    return "";
   }
-  path_ = made;
+  chmod(buffer.data(), mode);
+  return buffer.data();
 }
+
+std::string TemporaryParent() {
+  const char* tmp = std::getenv("TMPDIR");
+  return tmp != nullptr && *tmp != '\0' ? tmp : "/tmp";
+}
+
+ScratchDir::ScratchDir(const std::string& name) : path_(MakeFolderBelow("/tmp", name, 0700)) {}
 
 ScratchDir::~ScratchDir() {
   if (!path_.empty()) {

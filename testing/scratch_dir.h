@@ -3,11 +3,20 @@
 #ifndef TESTING_SCRATCH_DIR_H_
 #define TESTING_SCRATCH_DIR_H_
 
+#include <sys/types.h>
+
 #include <string>
+
+// Makes a new folder PARENT/NAME.XXXXXX with the access `mode` and returns
+// its path, or "" (and a test failure) when it cannot.
+std::string MakeFolderBelow(const std::string& parent, const std::string& name, mode_t mode);
+
+// $TMPDIR, or /tmp without it.
+std::string TemporaryParent();
 
 class ScratchDir {
  public:
-  // The folder is named /tmp/NAME-XXXXXX.
+  // The folder is named /tmp/NAME.XXXXXX and only its owner may enter it.
   explicit ScratchDir(const std::string& name = "db-test");
   ~ScratchDir();
   ScratchDir(const ScratchDir&) = delete;
