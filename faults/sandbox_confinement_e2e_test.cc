@@ -18,8 +18,8 @@
 namespace {
 
 const char kSynopsis[] =
-    "usage: recorder-sandbox [--streammgr[=ARGS]] [--configmp[=ARGS]] [--ro DIR]... DISK_DIR -- "
-    "COMMAND [ARG...]\n";
+    "usage: recorder-sandbox [--streammgr[=ARGS]] [--configmp[=ARGS]] [--snapshot[=DIR]] "
+    "[--ro DIR]... DISK_DIR -- COMMAND [ARG...]\n";
 
 const char kPayload[] = "payload from the disk\n";
 
@@ -187,6 +187,11 @@ TEST_P(SandboxCommandLine, HelpSaysWhatTheSandboxProtects) {
               "  --streammgr[=ARGS]  start the StreamMgr simulator first (ARGS split as a\n"
               "                      shell splits words) and wait until it answers\n"
               "  --configmp[=ARGS]   the same for the ConfigMP simulator\n"
+              "  --snapshot[=DIR]    leave DISK_DIR exactly as it is: /mnt/hd is a\n"
+              "                      copy-on-write view of it, and what the programs change\n"
+              "                      goes to a scratch folder below $TMPDIR (default\n"
+              "                      /var/tmp), removed at exit; with =DIR it goes to DIR\n"
+              "                      (a new or empty folder outside DISK_DIR) and stays there\n"
               "  --ro DIR            show the host folder DIR read-only at the same path\n"
               "                      (needed only below the host's /tmp, which is hidden)\n"
               "\n"
@@ -199,11 +204,24 @@ TEST_P(SandboxCommandLine, HelpSaysWhatTheSandboxProtects) {
               "This holds whether the sandbox runs as root or as another user (then in a\n"
               "user namespace of its own, with no more rights than that user has).\n"
               "\n"
-              "What it does not protect: the disk, from the commands run on it, which change\n"
-              "it as they are asked to; and the host, from the programs themselves. The\n"
-              "programs and COMMAND are trusted: the sandbox does not limit what they read\n"
-              "(host files readable outside /tmp are readable inside), the network, or the\n"
-              "processes and devices they may reach.\n",
+              "A pulled disk, from the commands. A disk taken from a unit is evidence: use\n"
+              "--snapshot, or mount it read-only, and the examination changes nothing on it,\n"
+              "not a byte, a name, a mode or a time. A read-only DISK_DIR is never made\n"
+              "writable: the sandbox then gives the programs a copy-on-write view of it, as\n"
+              "--snapshot does. In the view everything works as on a writable disk: SQLite\n"
+              "rolls back the journal that a power cut left beside the store, db -a d\n"
+              "extracts and removes its stream files, and deletions delete, all in the\n"
+              "view. With --snapshot=DIR, DIR afterwards holds every file the run changed\n"
+              "or made, at its path below the disk, so that a trial deletion can be looked\n"
+              "at with sqlite3 DIR/streammgr/stream.db; each file the run removed is named\n"
+              "on standard error at the end. Run as another user than root, the view can\n"
+              "change only what that user owns on the disk.\n"
+              "\n"
+              "What it does not protect: a writable disk without --snapshot, from the\n"
+              "commands run on it, which change it as they are asked to; and the host, from\n"
+              "the programs themselves. The programs and COMMAND are trusted: the sandbox\n"
+              "does not limit what they read (host files readable outside /tmp are\n"
+              "readable inside), the network, or the processes and devices they may reach.\n",
           "", 0}),
       r);
 }

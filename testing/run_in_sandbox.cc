@@ -76,12 +76,12 @@ const WorldReadableTools& UnprivilegedTools() {
 std::vector<std::string> SandboxCommand(const RecorderDisk& disk,
                                         const std::vector<std::string>& command,
                                         const SandboxOptions& options) {
-  std::vector<std::string> argv;
+  std::vector<std::string> argv = options.prefix;
   if (options.unprivileged) {
     // Without root the sandbox maps the caller to root in a user namespace of
     // its own, which grants nothing over files of other users.
-    argv = {"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups",
-            UnprivilegedTools().Sandbox()};
+    argv.insert(argv.end(), {"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups",
+                             UnprivilegedTools().Sandbox()});
   } else {
     argv.push_back(DB_SANDBOX);
   }
@@ -92,7 +92,7 @@ std::vector<std::string> SandboxCommand(const RecorderDisk& disk,
     argv.push_back("--configmp=" + options.configMpArgs);
   }
   argv.insert(argv.end(), options.sandboxArgs.begin(), options.sandboxArgs.end());
-  argv.push_back(disk.Path());
+  argv.push_back(options.diskDir.empty() ? disk.Path() : options.diskDir);
   argv.push_back("--");
   argv.insert(argv.end(), command.begin(), command.end());
   return argv;

@@ -21,6 +21,10 @@ struct SandboxOptions {
   std::string input;                     // fed to standard input
   bool unprivileged = false;             // run the sandbox as user nobody
   std::vector<std::string> sandboxArgs;  // more options of the sandbox, e.g. --ro DIR
+  // A command that runs the sandbox's command line given as its arguments,
+  // e.g. one that mounts the disk read-only in a mount namespace first.
+  std::vector<std::string> prefix;
+  std::string diskDir;  // DISK_DIR of the sandbox, when not the disk's own folder
   int timeoutSeconds = 90;
 };
 

@@ -23,7 +23,8 @@ std::string TemporaryParent() {
   return tmp != nullptr && *tmp != '\0' ? tmp : "/tmp";
 }
 
-ScratchDir::ScratchDir(const std::string& name) : path_(MakeFolderBelow("/tmp", name, 0700)) {}
+ScratchDir::ScratchDir(const std::string& name, mode_t mode)
+    : path_(MakeFolderBelow("/tmp", name, mode)) {}
 
 ScratchDir::~ScratchDir() {
   if (!path_.empty()) {

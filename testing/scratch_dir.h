@@ -16,8 +16,9 @@ std::string TemporaryParent();
 
 class ScratchDir {
  public:
-  // The folder is named /tmp/NAME.XXXXXX and only its owner may enter it.
-  explicit ScratchDir(const std::string& name = "db-test");
+  // The folder is named /tmp/NAME.XXXXXX and only its owner may enter it,
+  // unless `mode` says otherwise.
+  explicit ScratchDir(const std::string& name = "db-test", mode_t mode = 0700);
   ~ScratchDir();
   ScratchDir(const ScratchDir&) = delete;
   ScratchDir& operator=(const ScratchDir&) = delete;

@@ -1,0 +1,359 @@
+// A disk pulled from a unit is evidence: looked at on a read-only mount or
+// through --snapshot, it shows what a writable copy of it shows, SQLite's
+// recovery of a power-cut store included, and not a byte, a name, a mode or
+// a time of it changes. As root and as user nobody, on both access paths.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "testing/disk_manifest.h"
+#include "testing/expected_start_up.h"
+#include "testing/power_cut.h"
+#include "testing/recorder_disk.h"
+#include "testing/run_in_sandbox.h"
+#include "testing/scratch_dir.h"
+#include "testing/shell.h"
+
+#ifndef DB_SOURCE_DIR
+#error "DB_SOURCE_DIR must name the project's source folder"
+#endif
+
+namespace {
+
+const char kSplitPart[] = "20240102-030405-0002";
+
+// -t on the sample disk as the recorder left it, before the transaction
+// that the power cut interrupted.
+const std::string kSampleCounts = std::string(kTablesHeading) +
+                                  "events             5\n"
+                                  "streamfiles        8\n"
+                                  "status             3\n"
+                                  "\n";
+
+// Runs the sandbox's command line with DISK in a mount namespace of its own
+// in which DISK's folder is a read-only bind mount of itself, as a disk
+// image mounted read-only would be.
+std::vector<std::string> OnReadOnlyMount(const std::string& disk) {
+  return {"/usr/bin/unshare",
+          "--mount",
+          "--propagation",
+          "private",
+          "/bin/sh",
+          "-c",
+          "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" && exec \"$@\"",
+          disk};
+}
+
+// The number of events in the store at `path`, or -1 when it cannot be read.
+int EventCount(const std::string& path) {
+  sqlite3* db = nullptr;
+  sqlite3_stmt* count = nullptr;
+  int events = -1;
+  if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK &&
+      sqlite3_prepare_v2(db, "select count(*) from events", -1, &count, nullptr) == SQLITE_OK &&
+      sqlite3_step(count) == SQLITE_ROW) {
+    events = sqlite3_column_int(count, 0);
+  }
+  sqlite3_finalize(count);
+  sqlite3_close(db);
+  return events;
+}
+
+using Param = std::tuple<bool, AccessPath>;
+
+class PulledDisk : public ::testing::TestWithParam<Param> {
+ protected:
+  void SetUp() override { MakeSampleDisk(disk_); }
+
+  static void MakeSampleDisk(const RecorderDisk& disk) {
+    ASSERT_EQ(0, RunShell(std::string(DB_SOURCE_DIR) + "/tools/make-sample-disk " +
+                          ShellQuote(disk.Path()) + " > /dev/null")
+                     .status);
+  }
+  bool Unprivileged() const { return std::get<0>(GetParam()); }
+  AccessPath Path() const { return std::get<1>(GetParam()); }
+  SandboxOptions Options() const {
+    SandboxOptions options;
+    options.unprivileged = Unprivileged();
+    return options;
+  }
+  // The disk as it comes to the bench, and its manifest. The unprivileged
+  // user examines a disk of its own: in its user namespace, what others own
+  // could be read but not changed, not even in a copy-on-write view.
+  std::string Seal() const {
+    if (Unprivileged()) {
+      EXPECT_EQ(0, RunShell("chown -R 65534:65534 " + ShellQuote(disk_.Path())).status);
+    }
+    return DiskManifest(disk_.Path());
+  }
+  RunResult Db(const std::vector<std::string>& args, SandboxOptions options) const {
+    return RunDb(disk_, Path(), args, options);
+  }
+  RunResult OnReadOnlyDisk(const std::vector<std::string>& args) const {
+    SandboxOptions options = Options();
+    options.prefix = OnReadOnlyMount(disk_.Path());
+    return Db(args, options);
+  }
+  RunResult InSnapshot(const std::vector<std::string>& args,
+                       const std::string& snapshot = "--snapshot") const {
+    SandboxOptions options = Options();
+    options.sandboxArgs = {snapshot};
+    return Db(args, options);
+  }
+  // The same command line on a writable copy of the disk, as it was.
+  RunResult OnWritableCopy(const std::vector<std::string>& args) const {
+    RecorderDisk copy(RecorderDisk::Store::kNone);
+    EXPECT_EQ(0, RunShell("cp -a " + ShellQuote(disk_.Path() + "/.") + " " +
+                          ShellQuote(copy.Path()) + " && chown --reference=" +
+                          ShellQuote(disk_.Path()) + " " + ShellQuote(copy.Path()))
+                     .status);
+    return RunDb(copy, Path(), args, Options());
+  }
+
+  RecorderDisk disk_{RecorderDisk::Store::kNone};
+};
+
+// The journal a power cut left is rolled back in the view, never on the
+// disk: on a read-only mount, and on a writable disk with --snapshot.
+TEST_P(PulledDisk, PowerCutStoreReadsAsRecovered) {
+  ASSERT_TRUE(LeaveHotJournal(disk_.StorePath()));
+  const std::string before = Seal();
+  const std::vector<std::string> args = {"-t", "-e", "-f", "*"};
+  const RunResult writable = OnWritableCopy(args);
+  for (const bool snapshot : {false, true}) {
+    SCOPED_TRACE(snapshot ? "--snapshot" : "read-only mount");
+    const auto examine = [&](const std::vector<std::string>& command) {
+      return snapshot ? InSnapshot(command) : OnReadOnlyDisk(command);
+    };
+    EXPECT_RUN(writable, examine(args));
+    EXPECT_RUN((RunResult{kSampleCounts, "", 0}), examine({"-t"}));
+    EXPECT_EQ(before, DiskManifest(disk_.Path()));
+    EXPECT_TRUE(disk_.Exists("streammgr/stream.db-journal"));
+  }
+}
+
+// Extraction, deletion of one group and of everything: done in the view as
+// on the disk itself, and the disk is as it was.
+TEST_P(PulledDisk, TrialDeletionsLeaveTheDiskAsItWas) {
+  const std::string before = Seal();
+  const std::vector<std::string> args = {"-e", "-a",          "d",  "-d", kSplitPart,
+                                         "-e", "--deleteall", "-e", "-t"};
+  const RunResult writable = OnWritableCopy(args);
+  // Part of the run on purpose: that the copy's events were all deleted.
+  EXPECT_NE(std::string::npos, writable.out.find("events             0\n")) << writable.out;
+  EXPECT_RUN(writable, InSnapshot(args));
+  EXPECT_EQ(before, DiskManifest(disk_.Path()));
+}
+
+// The disk of a read-only mount gets the same view without being asked.
+TEST_P(PulledDisk, DeletionOnAReadOnlyMountHappensInTheViewOnly) {
+  const std::string before = Seal();
+  const std::vector<std::string> args = {"-d", kSplitPart, "-t", "-a", "d"};
+  EXPECT_RUN(OnWritableCopy(args), OnReadOnlyDisk(args));
+  EXPECT_EQ(before, DiskManifest(disk_.Path()));
+}
+
+// A store in WAL mode gets its -wal and -shm files in the view.
+TEST_P(PulledDisk, WalStoreGetsNoWalFilesOnTheDisk) {
+  disk_.Exec("pragma journal_mode = wal");
+  const std::string before = Seal();
+  const std::vector<std::string> args = {"-e", "-d", kSplitPart, "-t"};
+  EXPECT_RUN(OnWritableCopy(args), InSnapshot(args));
+  EXPECT_RUN(OnWritableCopy(args), OnReadOnlyDisk(args));
+  EXPECT_EQ(before, DiskManifest(disk_.Path()));
+  EXPECT_FALSE(disk_.Exists("streammgr/stream.db-wal"));
+  EXPECT_FALSE(disk_.Exists("streammgr/stream.db-shm"));
+}
+
+// --snapshot=DIR keeps what the run changed, at its path below the disk.
+TEST_P(PulledDisk, SnapshotFolderKeepsTheStoreAfterATrialDeletion) {
+  const std::string before = Seal();
+  const std::string rows = disk_.Dump();
+  const ScratchDir place("snapshot", 0777);
+  const std::string kept = place.Path() + "/changes";
+  EXPECT_RUN(OnWritableCopy({"--deleteall"}), InSnapshot({"--deleteall"}, "--snapshot=" + kept));
+  EXPECT_EQ(0, EventCount(kept + "/streammgr/stream.db"));
+  EXPECT_EQ(5, EventCount(disk_.StorePath()));
+  EXPECT_EQ(rows, disk_.Dump());
+  EXPECT_EQ(before, DiskManifest(disk_.Path()));
+  // Only what was asked for is left beside it: overlayfs's work folder goes.
+  EXPECT_EQ("changes\n", RunShell("ls -A " + ShellQuote(place.Path())).out);
+}
+
+// The journal that SQLite rolled back is gone in the view; the kept store
+// opens on its own, and the sandbox names what the run removed.
+TEST_P(PulledDisk, SnapshotFolderKeepsARecoveredStoreThatOpens) {
+  ASSERT_TRUE(LeaveHotJournal(disk_.StorePath()));
+  const std::string before = Seal();
+  const ScratchDir place("snapshot", 0777);
+  const std::string kept = place.Path() + "/changes";
+  RunResult expected = OnWritableCopy({"-d", kSplitPart, "-t"});
+  expected.err += "recorder-sandbox: the run removed /mnt/hd/streammgr/stream.db-journal\n";
+  EXPECT_RUN(expected, InSnapshot({"-d", kSplitPart, "-t"}, "--snapshot=" + kept));
+  EXPECT_EQ(4, EventCount(kept + "/streammgr/stream.db"));
+  EXPECT_EQ("stream.db\n", RunShell("ls -A " + ShellQuote(kept + "/streammgr")).out);
+  EXPECT_EQ(before, DiskManifest(disk_.Path()));
+}
+
+// Without DIR the changes go to a folder below $TMPDIR, removed at the end.
+TEST_P(PulledDisk, ScratchFolderIsRemovedAtExit) {
+  const std::string before = Seal();
+  const ScratchDir tmp("tmpdir", 01777);
+  SandboxOptions options = Options();
+  options.sandboxArgs = {"--snapshot"};
+  options.environment = {"TMPDIR=" + tmp.Path()};
+  const RunResult r = Db({"-d", kSplitPart}, options);
+  EXPECT_EQ(0, r.status) << r.err;
+  EXPECT_EQ("", RunShell("ls -A " + ShellQuote(tmp.Path())).out);
+  EXPECT_EQ(before, DiskManifest(disk_.Path()));
+}
+
+std::string PulledName(const ::testing::TestParamInfo<Param>& info) {
+  return std::string(std::get<0>(info.param) ? "Unprivileged" : "Root") +
+         AccessPathName(std::get<1>(info.param));
+}
+
+INSTANTIATE_TEST_SUITE_P(Examined, PulledDisk,
+                         ::testing::Combine(::testing::Bool(), BothAccessPaths()), PulledName);
+
+// A raw image of the disk, loop-mounted read-only as an examiner mounts it
+// (noload: ext4 would otherwise replay its own journal onto the image).
+class PulledImage : public PulledDisk {};
+
+TEST_P(PulledImage, ReadOnlyExt4ImageShowsWhatAWritableCopyShows) {
+  ASSERT_TRUE(LeaveHotJournal(disk_.StorePath()));
+  const ScratchDir place("image", 0755);
+  const std::string image = place.Path() + "/disk.ext4";
+  const std::string mounted = place.Path() + "/mnt";
+  ASSERT_EQ(0, RunShell("truncate -s 64M " + ShellQuote(image) + " && mkfs.ext4 -q -d " +
+                        ShellQuote(disk_.Path()) + " " + ShellQuote(image) + " && mkdir " +
+                        ShellQuote(mounted))
+                   .status);
+  const std::string hash = RunShell("md5sum < " + ShellQuote(image)).out;
+  SandboxOptions options = Options();
+  options.prefix = {"/usr/bin/unshare",
+                    "--mount",
+                    "--propagation",
+                    "private",
+                    "/bin/sh",
+                    "-c",
+                    "mount -o loop,ro,noload \"$0\" \"$1\" 2>/dev/null || exit 77; shift; "
+                    "exec \"$@\"",
+                    image,
+                    mounted};
+  options.diskDir = mounted;
+  const std::vector<std::string> args = {"-t", "-e", "-f", "*", "-d", kSplitPart, "-t"};
+  const RunResult r = Db(args, options);
+  if (r.status == 77) GTEST_SKIP() << "no loop device to mount the image on";
+  EXPECT_RUN(OnWritableCopy(args), r);
+  EXPECT_EQ(hash, RunShell("md5sum < " + ShellQuote(image)).out);
+}
+
+// Mounting an image needs root.
+INSTANTIATE_TEST_SUITE_P(Examined, PulledImage,
+                         ::testing::Combine(::testing::Values(false), BothAccessPaths()),
+                         PulledName);
+
+// What --snapshot=DIR refuses, before anything is mounted or made.
+class SnapshotFolder : public ::testing::Test {
+ protected:
+  RunResult Run(const std::string& snapshot) {
+    SandboxOptions options;
+    options.sandboxArgs = {snapshot};
+    return RunInSandbox(disk_, {"db", "-t"}, options);
+  }
+  static RunResult Refused(const std::string& message) {
+    return RunResult{"", "recorder-sandbox: " + message + "\n", 125};
+  }
+  RecorderDisk disk_;
+  ScratchDir place_{"snapshot"};
+};
+
+TEST_F(SnapshotFolder, InsideTheDiskIsRefused) {
+  const std::string before = DiskManifest(disk_.Path());
+  const std::string inside = disk_.Path() + "/changes";
+  EXPECT_RUN(Refused("--snapshot=" + inside + " lies inside the disk " + disk_.Path() +
+                     "; keep the changes outside it"),
+             Run("--snapshot=" + inside));
+  EXPECT_RUN(Refused("--snapshot=" + disk_.Path() + " lies inside the disk " + disk_.Path() +
+                     "; keep the changes outside it"),
+             Run("--snapshot=" + disk_.Path()));
+  EXPECT_EQ(before, DiskManifest(disk_.Path()));
+}
+
+TEST_F(SnapshotFolder, FolderThatIsNotEmptyIsRefused) {
+  const std::string kept = place_.Path() + "/changes";
+  ASSERT_EQ(
+      0, RunShell("mkdir " + ShellQuote(kept) + " && touch " + ShellQuote(kept + "/.old")).status);
+  EXPECT_RUN(Refused("--snapshot=" + kept +
+                     " is not empty; give a new or empty folder, so that it holds this run's "
+                     "changes and nothing else"),
+             Run("--snapshot=" + kept));
+}
+
+TEST_F(SnapshotFolder, FileIsRefused) {
+  const std::string file = place_.Path() + "/file";
+  ASSERT_EQ(0, RunShell("touch " + ShellQuote(file)).status);
+  EXPECT_RUN(Refused("--snapshot=" + file + " is not a folder"), Run("--snapshot=" + file));
+}
+
+TEST_F(SnapshotFolder, MissingParentIsRefused) {
+  const std::string kept = place_.Path() + "/no/changes";
+  EXPECT_RUN(Refused("--snapshot=" + kept + ": there is no folder " + place_.Path() + "/no"),
+             Run("--snapshot=" + kept));
+}
+
+TEST_F(SnapshotFolder, EmptyNameIsRefused) {
+  EXPECT_RUN(Refused("--snapshot= names no folder to keep the changes in"), Run("--snapshot="));
+}
+
+TEST_F(SnapshotFolder, NameOverlayfsCannotTakeIsRefused) {
+  const std::string kept = place_.Path() + "/a,b";
+  EXPECT_RUN(Refused("--snapshot=" + kept +
+                     ": overlayfs cannot take a folder whose name holds a comma, colon or "
+                     "backslash"),
+             Run("--snapshot=" + kept));
+}
+
+// An empty folder that is already there takes the changes.
+TEST_F(SnapshotFolder, EmptyFolderTakesTheChanges) {
+  disk_.Exec(EventRow("kept-event").Insert());
+  ASSERT_EQ(0, RunShell("mkdir " + ShellQuote(place_.Path() + "/changes")).status);
+  SandboxOptions options;
+  options.sandboxArgs = {"--snapshot=" + place_.Path() + "/changes"};
+  EXPECT_RUN((RunResult{"  Successfully deleted 1 event:  id = kept-event\n", "", 0}),
+             RunInSandbox(disk_, {"db", "-d", "kept-event"}, options));
+  EXPECT_EQ(0, EventCount(place_.Path() + "/changes/streammgr/stream.db"));
+  EXPECT_EQ(1, EventCount(disk_.StorePath()));
+}
+
+// As another user than root, the view reads what others own on the disk but
+// cannot copy it up to change it: the sandbox says so, and the change fails
+// with the tool's own message.
+TEST(UnprivilegedSnapshot, DiskOfAnotherUserIsReadWithANote) {
+  RecorderDisk disk;
+  disk.Exec(EventRow("other-users-event").Insert());
+  const std::string before = DiskManifest(disk.Path());
+  SandboxOptions options;
+  options.unprivileged = true;
+  options.sandboxArgs = {"--snapshot"};
+  EXPECT_RUN((RunResult{std::string(kTablesHeading) + "events             1\n"
+                                                      "streamfiles        0\n"
+                                                      "status             0\n"
+                                                      "\n",
+                        "recorder-sandbox: note: as nobody the view cannot change what other "
+                        "users own on the disk (" +
+                            disk.Path() +
+                            "); run as root for that\n"
+                            "  Error deleting event or groupId:  id = other-users-event\n"
+                            "could not free statement, leaking memory\n",
+                        0}),
+             RunDb(disk, {"-t", "-d", "other-users-event"}, options));
+  EXPECT_EQ(before, DiskManifest(disk.Path()));
+}
+
+}  // namespace
