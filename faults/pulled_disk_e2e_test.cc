@@ -261,10 +261,17 @@ INSTANTIATE_TEST_SUITE_P(Examined, PulledImage,
 // What --snapshot=DIR refuses, before anything is mounted or made.
 class SnapshotFolder : public ::testing::Test {
  protected:
-  RunResult Run(const std::string& snapshot) {
+  RunResult Run(const std::string& snapshot, const std::vector<std::string>& prefix = {}) {
     SandboxOptions options;
     options.sandboxArgs = {snapshot};
+    options.prefix = prefix;
     return RunInSandbox(disk_, {"db", "-t"}, options);
+  }
+  // Runs the sandbox's command line after `mount` (shell words, $0 standing
+  // for the place) in a mount namespace of its own.
+  std::vector<std::string> After(const std::string& mount) const {
+    return {"/usr/bin/unshare", "--mount", "--propagation",           "private",
+            "/bin/sh",          "-c",      mount + " && exec \"$@\"", place_.Path()};
   }
   static RunResult Refused(const std::string& message) {
     return RunResult{"", "recorder-sandbox: " + message + "\n", 125};
@@ -282,6 +289,18 @@ TEST_F(SnapshotFolder, InsideTheDiskIsRefused) {
   EXPECT_RUN(Refused("--snapshot=" + disk_.Path() + " lies inside the disk " + disk_.Path() +
                      "; keep the changes outside it"),
              Run("--snapshot=" + disk_.Path()));
+  EXPECT_EQ(before, DiskManifest(disk_.Path()));
+}
+
+TEST_F(SnapshotFolder, ScratchInsideTheDiskIsRefused) {
+  disk_.WriteFile("tmp/.keep", "");
+  const std::string before = DiskManifest(disk_.Path());
+  SandboxOptions options;
+  options.sandboxArgs = {"--snapshot"};
+  options.environment = {"TMPDIR=" + disk_.Path() + "/tmp"};
+  EXPECT_RUN(Refused("TMPDIR=" + disk_.Path() + "/tmp lies inside the disk " + disk_.Path() +
+                     "; the changes go outside it"),
+             RunInSandbox(disk_, {"db", "-t"}, options));
   EXPECT_EQ(before, DiskManifest(disk_.Path()));
 }
 
@@ -305,6 +324,35 @@ TEST_F(SnapshotFolder, MissingParentIsRefused) {
   const std::string kept = place_.Path() + "/no/changes";
   EXPECT_RUN(Refused("--snapshot=" + kept + ": there is no folder " + place_.Path() + "/no"),
              Run("--snapshot=" + kept));
+}
+
+// Overlayfs's work folder must lie beside DIR on the same mount.
+TEST_F(SnapshotFolder, MountPointIsRefused) {
+  const std::string kept = place_.Path() + "/changes";
+  ASSERT_EQ(0, RunShell("mkdir " + ShellQuote(kept)).status);
+  EXPECT_RUN(Refused("--snapshot=" + kept + " is a mount point; give a new folder inside it"),
+             Run("--snapshot=" + kept, After("mount -t tmpfs scratch \"$0/changes\"")));
+}
+
+// A place where overlayfs cannot keep an upper layer (an overlayfs itself)
+// stops the sandbox before anything runs; the disk is not used instead.
+TEST_F(SnapshotFolder, ViewThatOverlayfsRefusesStopsTheSandbox) {
+  ASSERT_EQ(0,
+            RunShell("cd " + ShellQuote(place_.Path()) + " && mkdir lower upper work view").status);
+  const std::string before = DiskManifest(disk_.Path());
+  const RunResult r = Run("--snapshot=" + place_.Path() + "/view/changes",
+                          After("mount -t overlay lower -o "
+                                "lowerdir=\"$0/lower\",upperdir=\"$0/upper\",workdir=\"$0/work\" "
+                                "\"$0/view\""));
+  // Part of standard error on purpose: between the two, mount(8)'s own words.
+  const std::string head = "recorder-sandbox: overlayfs cannot make a copy-on-write view of " +
+                           disk_.Path() + " with the changes in " + place_.Path() + "/view (";
+  const std::string tail = "); the disk is left as it was\n";
+  EXPECT_EQ(0u, r.err.find(head)) << r.err;
+  EXPECT_EQ(r.err.size() - tail.size(), r.err.rfind(tail)) << r.err;
+  EXPECT_EQ("", r.out);
+  EXPECT_EQ(125, r.status);
+  EXPECT_EQ(before, DiskManifest(disk_.Path()));
 }
 
 TEST_F(SnapshotFolder, EmptyNameIsRefused) {
