@@ -42,11 +42,13 @@ void LoadStreamFileSizes() {
 
 }  // namespace
 
-int StartUp() {
+int StartUp() { return StartUpOn(kStorePath); }
+
+int StartUpOn(const char* storePath) {
   // As sqlite3_open opens it; the tool runs one thread, so SQLite need not
   // lock the connection on every call.
   const int exitStatus =
-      OpenStoreFile(kStorePath, &toolContext.database,
+      OpenStoreFile(storePath, &toolContext.database,
                     SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX);
   if (exitStatus != SQLITE_OK) {
     std::cerr << "error opening sqlite3" << std::endl;
