@@ -6,6 +6,7 @@
 #include "cli/tool_context.h"
 #include "recorder/log_client.h"
 #include "recorder/recorder_places.h"
+#include "store/row_bound.h"
 #include "store/sql_statement.h"
 #include "store/store_file.h"
 
@@ -31,7 +32,8 @@ void LoadStreamFileSizes() {
     std::cerr << "mainunable to access database" << std::endl;
     return;
   }
-  while (sizes.Step() == kStepRow) {
+  RowBound bound(toolContext.database);
+  while (bound.Step(sizes) == kStepRow) {
     toolContext.fileAccess.InitializeFileSize(sqlite3_column_int(sizes.handle, 0),
                                               sqlite3_column_int(sizes.handle, 1));
   }

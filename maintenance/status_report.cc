@@ -8,6 +8,7 @@
 
 #include "cli/tool_context.h"
 #include "recorder/recorder_places.h"
+#include "store/row_bound.h"
 #include "store/row_count.h"
 #include "store/sql_statement.h"
 
@@ -25,7 +26,8 @@ namespace {
 // back to a row it already gave, over and over, and the report would never end.
 std::vector<std::string> TableNames(SQLStatement& tables) {
   std::vector<std::string> names;
-  while (tables.Step() == kStepRow) {
+  RowBound bound(toolContext.database);
+  while (bound.Step(tables) == kStepRow) {
     const unsigned char* text = sqlite3_column_text(tables.handle, 0);
     names.emplace_back(text == nullptr ? "" : reinterpret_cast<const char*>(text));
   }
