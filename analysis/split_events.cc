@@ -10,6 +10,7 @@
 #include "recorder/stream_db.h"
 #include "recorder/stream_mgr_api.h"
 #include "store/access_path.h"
+#include "store/row_bound.h"
 #include "store/sql_statement.h"
 
 namespace {
@@ -30,7 +31,8 @@ std::vector<EventRecordItem> AllEvents() {
   if (statement.resultCode != SQLITE_OK) {
     return events;
   }
-  while (statement.Step() == kStepRow) {
+  RowBound bound(toolContext.database);
+  while (bound.Step(statement) == kStepRow) {
     events.push_back(StreamDB::LoadEventInfoFromStatement(statement));
   }
   return events;

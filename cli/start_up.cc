@@ -6,6 +6,7 @@
 #include "cli/tool_context.h"
 #include "recorder/log_client.h"
 #include "recorder/recorder_places.h"
+#include "store/row_bound.h"
 #include "store/sql_statement.h"
 #include "store/store_file.h"
 
@@ -31,7 +32,8 @@ void LoadStreamFileSizes() {
     std::cerr << "mainunable to access database" << std::endl;
     return;
   }
-  while (sizes.Step() == kStepRow) {
+  RowBound bound(toolContext.database);
+  while (bound.Step(sizes) == kStepRow) {
     toolContext.fileAccess.InitializeFileSize(sqlite3_column_int(sizes.handle, 0),
                                               sqlite3_column_int(sizes.handle, 1));
   }
@@ -42,11 +44,13 @@ void LoadStreamFileSizes() {
 
 }  // namespace
 
-int StartUp() {
+int StartUp() { return StartUpOn(kStorePath); }
+
+int StartUpOn(const char* storePath) {
   // As sqlite3_open opens it; the tool runs one thread, so SQLite need not
   // lock the connection on every call.
   const int exitStatus =
-      OpenStoreFile(kStorePath, &toolContext.database,
+      OpenStoreFile(storePath, &toolContext.database,
                     SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX);
   if (exitStatus != SQLITE_OK) {
     std::cerr << "error opening sqlite3" << std::endl;

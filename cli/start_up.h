@@ -17,4 +17,7 @@ FILE* ProbeForDaemon();
 // daemon runs but its IPC endpoint cannot be initialised.
 int StartUp();
 
+// StartUp on the store at `storePath` instead of the recorder's.
+int StartUpOn(const char* storePath);
+
 #endif  // CLI_START_UP_H_

@@ -13,6 +13,7 @@
 #include "recorder/stream_db.h"
 #include "recorder/stream_mgr_api.h"
 #include "store/access_path.h"
+#include "store/row_bound.h"
 #include "store/sql_statement.h"
 
 namespace {
@@ -37,7 +38,8 @@ size_t ForEachEvent(const std::string& sql,
   if (!statement.prepared) {
     return count;
   }
-  while (statement.Step() == kStepRow) {
+  RowBound bound(toolContext.database);
+  while (bound.Step(statement) == kStepRow) {
     show(StreamDB::LoadEventInfoFromStatement(statement));
     ++count;
   }

@@ -9,6 +9,7 @@
 #include "recorder/stream_db.h"
 #include "recorder/stream_mgr_api.h"
 #include "store/access_path.h"
+#include "store/row_bound.h"
 #include "store/sql_statement.h"
 
 namespace {
@@ -59,7 +60,8 @@ unsigned int ListDirect(const std::string& condition) {
   }
   SQLStatement rows(toolContext.database, "select * from streamfiles where " + condition);
   if (rows.prepared) {
-    while (rows.Step() == kStepRow) {
+    RowBound bound(toolContext.database);
+    while (bound.Step(rows) == kStepRow) {
       StreamMgrApi::StreamfileRecordItem file = StreamDB::LoadFileInfoFromStatement(rows);
       DisplayFile(file);
     }

@@ -6,6 +6,7 @@
 
 #include "recorder/host/ipc_codec.h"
 #include "recorder/stream_db.h"
+#include "store/row_bound.h"
 #include "store/sql_statement.h"
 #include "store/store_file.h"
 
@@ -34,7 +35,8 @@ template <typename Record, typename Load>
 bool LoadAll(sqlite3* database, const std::string& sql, std::vector<Record>& records, Load load) {
   SQLStatement statement(database, sql);
   if (statement.resultCode != SQLITE_OK) return false;
-  while (statement.Step() == kStepRow) {
+  RowBound bound(database);
+  while (bound.Step(statement) == kStepRow) {
     records.push_back(load(statement));
   }
   return statement.resultCode == kStepDone;
