@@ -1,5 +1,6 @@
 // Tells a key frame from the video itself: the first picture of a frame
-// decides. H.264: an IDR picture, or any picture after a recovery point SEI;
+// decides. H.264: an IDR picture, or any picture after an SEI unit that holds
+// a recovery point message (see sei_messages.h);
 // H.265: an IRAP picture (IDR, CRA, BLA); MPEG-2: an I-picture. The bytes of
 // a frame arrive packet by packet, so a start code may be split between two
 // packets.
@@ -10,6 +11,7 @@
 #include <cstdint>
 
 #include "sim/file_pes/psi_tables.h"
+#include "sim/file_pes/sei_messages.h"
 
 enum class FrameKind { kUnknown, kKey, kOther };
 
@@ -27,6 +29,7 @@ class PictureScanner {
  private:
   // Bytes read after a start code before its unit is judged.
   static constexpr size_t kHeadSize = 3;
+  void Open(uint8_t header);
   void Judge();
 
   VideoCodec codec_ = VideoCodec::kNone;
@@ -35,6 +38,8 @@ class PictureScanner {
   uint8_t head_[kHeadSize] = {};
   size_t headSize_ = 0;
   bool collecting_ = false;
+  bool inSei_ = false;  // the current unit is an H.264 SEI unit
+  SeiReader sei_;
   bool recoveryPoint_ = false;
 };
 
