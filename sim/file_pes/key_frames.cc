@@ -1,6 +1,24 @@
 #include "sim/file_pes/key_frames.h"
 
+void PictureScanner::SetCodec(VideoCodec codec) {
+  const bool learnt = codec_ == VideoCodec::kNone && codec != VideoCodec::kNone;
+  codec_ = codec;
+  if (learnt && !kept_.empty()) {
+    std::vector<uint8_t> kept;
+    kept.swap(kept_);
+    Scan(kept.data(), kept.size());
+    if (kept.size() == kKeptWhileUnknown) {
+      // Bytes were dropped after these: no unit runs on across the gap.
+      recent_ = 0xFFFFFFFF;
+      collecting_ = false;
+      inSei_ = false;
+    }
+  }
+  kept_.clear();
+}
+
 void PictureScanner::StartFrame() {
+  kept_.clear();
   kind_ = FrameKind::kUnknown;
   recent_ = 0xFFFFFFFF;
   headSize_ = 0;
@@ -10,7 +28,16 @@ void PictureScanner::StartFrame() {
 }
 
 void PictureScanner::Feed(const uint8_t* data, size_t size) {
-  if (kind_ != FrameKind::kUnknown || codec_ == VideoCodec::kNone || codec_ == VideoCodec::kOther) {
+  if (codec_ == VideoCodec::kNone) {
+    const size_t room = kKeptWhileUnknown - kept_.size();
+    kept_.insert(kept_.end(), data, data + (size < room ? size : room));
+    return;
+  }
+  Scan(data, size);
+}
+
+void PictureScanner::Scan(const uint8_t* data, size_t size) {
+  if (kind_ != FrameKind::kUnknown || codec_ == VideoCodec::kOther) {
     return;  // decided, or a bitstream this scanner cannot read
   }
   for (size_t i = 0; i < size && kind_ == FrameKind::kUnknown; ++i) {

@@ -124,6 +124,30 @@ TEST(KeyFrames, UnreadableOrUnknown) {
   EXPECT_EQ(FrameKind::kUnknown, KindOf(VideoCodec::kH264, std::string("\0\0\1", 3)));
 }
 
+TEST(KeyFrames, CodecLearntInTheMiddleOfAFrame) {
+  // The frame's first bytes came before the PMT: they are read once the
+  // codec is known.
+  // The SEI unit runs on from the bytes kept to those after.
+  const SeiMessage userData{5, std::string(700, '\x5A')};
+  for (const bool recovery : {true, false}) {
+    PictureScanner scanner;
+    scanner.StartFrame();
+    const std::string frame = recovery ? H264SeiPicture({userData, {6, std::string("\x84\x80", 2)}})
+                                       : H264SeiPicture({userData});
+    scanner.Feed(reinterpret_cast<const uint8_t*>(frame.data()), 300);
+    EXPECT_EQ(FrameKind::kUnknown, scanner.Kind());
+    scanner.SetCodec(VideoCodec::kH264);
+    scanner.Feed(reinterpret_cast<const uint8_t*>(frame.data()) + 300, frame.size() - 300);
+    EXPECT_EQ(recovery ? FrameKind::kKey : FrameKind::kOther, scanner.Kind());
+  }
+  PictureScanner scanner;
+  scanner.StartFrame();
+  const std::string idr = H264Picture(true);
+  scanner.Feed(reinterpret_cast<const uint8_t*>(idr.data()), idr.size());
+  scanner.SetCodec(VideoCodec::kH264);
+  EXPECT_EQ(FrameKind::kKey, scanner.Kind());
+}
+
 TEST(KeyFrames, EachFrameIsJudgedAfresh) {
   PictureScanner scanner;
   scanner.SetCodec(VideoCodec::kH264);

@@ -1,0 +1,50 @@
+// Report items held in a temporary file instead of memory. The report comes
+// out in stream order, so while an early split point waits for its key
+// frame every later line waits with it; in a long stream without key frames
+// that would be every line of the stream. Past a bound, the oldest items go
+// to this file and come back, in the same order, once they are judged.
+#ifndef SIM_FILE_PES_HELD_ITEMS_H_
+#define SIM_FILE_PES_HELD_ITEMS_H_
+
+#include <cstdint>
+#include <cstdio>
+
+#include "sim/file_pes/report_item.h"
+
+struct HeldItem {
+  ReportItem item;
+  int64_t place = 0;     // of the split point on its clock
+  bool keyKnown = true;  // false while the point waits for its key frame
+  // Offset of the next held point waiting on the same video, -1 for none:
+  // a key frame judges them all without reading the others.
+  int64_t next = -1;
+};
+
+class HeldItems {
+ public:
+  HeldItems() = default;
+  HeldItems(const HeldItems&) = delete;
+  HeldItems& operator=(const HeldItems&) = delete;
+  ~HeldItems();
+  // Appends an item at the end and returns its offset; -1 when the file
+  // cannot be made or written.
+  int64_t Append(const HeldItem& held);
+  // Reads the item at `offset`; its size goes to `size`.
+  bool Read(int64_t offset, HeldItem& held, int64_t& size);
+  // Writes the item at `offset` again, its note unchanged.
+  bool Rewrite(int64_t offset, const HeldItem& held);
+  // Offsets of the first item not yet taken back and of the end.
+  int64_t Front() const { return front_; }
+  int64_t End() const { return end_; }
+  bool Empty() const { return front_ == end_; }
+  // The item at Front() has been taken back.
+  void PopFront(int64_t size);
+
+ private:
+  std::FILE* file_ = nullptr;
+  bool broken_ = false;
+  int64_t front_ = 0;
+  int64_t end_ = 0;
+};
+
+#endif  // SIM_FILE_PES_HELD_ITEMS_H_
