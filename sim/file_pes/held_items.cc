@@ -47,7 +47,7 @@ void Encode(const HeldItem& held, uint8_t (&bytes)[kFixedSize]) {
   Put(at, point.time);
   Put(at, point.keyFrameDelay.value_or(0));
   Put(at, held.place);
-  Put(at, held.next);
+  Put(at, held.previous);
   Put(at, static_cast<uint32_t>(held.item.note.size()));
 }
 
@@ -70,21 +70,22 @@ int64_t HeldItems::Append(const HeldItem& held) {
   uint8_t bytes[kFixedSize];
   Encode(held, bytes);
   const std::string& note = held.item.note;
-  if (std::fseek(file_, static_cast<long>(end_), SEEK_SET) != 0 ||
-      std::fwrite(bytes, 1, kFixedSize, file_) != kFixedSize ||
+  if (!Seek(end_, true) || std::fwrite(bytes, 1, kFixedSize, file_) != kFixedSize ||
       std::fwrite(note.data(), 1, note.size(), file_) != note.size()) {
     broken_ = true;  // what was written before stays readable
+    position_ = -1;
     return -1;
   }
   const int64_t offset = end_;
   end_ += static_cast<int64_t>(kFixedSize + note.size());
+  position_ = end_;
   return offset;
 }
 
 bool HeldItems::Read(int64_t offset, HeldItem& held, int64_t& size) {
   uint8_t bytes[kFixedSize];
-  if (file_ == nullptr || std::fseek(file_, static_cast<long>(offset), SEEK_SET) != 0 ||
-      std::fread(bytes, 1, kFixedSize, file_) != kFixedSize) {
+  if (!Seek(offset, false) || std::fread(bytes, 1, kFixedSize, file_) != kFixedSize) {
+    position_ = -1;
     return false;
   }
   const uint8_t* at = bytes;
@@ -104,21 +105,39 @@ bool HeldItems::Read(int64_t offset, HeldItem& held, int64_t& size) {
     point.keyFrameDelay = delay;
   }
   held.place = Get<int64_t>(at);
-  held.next = Get<int64_t>(at);
+  held.previous = Get<int64_t>(at);
   const auto noteSize = Get<uint32_t>(at);
   held.item.note.resize(noteSize);
   if (noteSize != 0 && std::fread(&held.item.note[0], 1, noteSize, file_) != noteSize) {
+    position_ = -1;
     return false;
   }
   size = static_cast<int64_t>(kFixedSize + noteSize);
+  position_ = offset + size;
   return true;
 }
 
 bool HeldItems::Rewrite(int64_t offset, const HeldItem& held) {
   uint8_t bytes[kFixedSize];
   Encode(held, bytes);
-  return file_ != nullptr && std::fseek(file_, static_cast<long>(offset), SEEK_SET) == 0 &&
-         std::fwrite(bytes, 1, kFixedSize, file_) == kFixedSize;
+  if (!Seek(offset, true) || std::fwrite(bytes, 1, kFixedSize, file_) != kFixedSize) {
+    position_ = -1;
+    return false;
+  }
+  position_ = offset + static_cast<int64_t>(kFixedSize);
+  return true;
+}
+
+bool HeldItems::Seek(int64_t offset, bool writing) {
+  if (file_ == nullptr) {
+    return false;
+  }
+  if (offset == position_ && writing == writing_) {
+    return true;  // already there: a seek would empty the stream's buffer
+  }
+  writing_ = writing;
+  position_ = -1;
+  return std::fseek(file_, static_cast<long>(offset), SEEK_SET) == 0;
 }
 
 void HeldItems::PopFront(int64_t size) {

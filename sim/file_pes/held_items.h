@@ -15,9 +15,10 @@ struct HeldItem {
   ReportItem item;
   int64_t place = 0;     // of the split point on its clock
   bool keyKnown = true;  // false while the point waits for its key frame
-  // Offset of the next held point waiting on the same video, -1 for none:
-  // a key frame judges them all without reading the others.
-  int64_t next = -1;
+  // Offset of the held point that waited on the same video before this
+  // one, -1 for none: a key frame judges them, newest first, without
+  // reading the others, and nothing written is changed to link them.
+  int64_t previous = -1;
 };
 
 class HeldItems {
@@ -33,7 +34,9 @@ class HeldItems {
   bool Read(int64_t offset, HeldItem& held, int64_t& size);
   // Writes the item at `offset` again, its note unchanged.
   bool Rewrite(int64_t offset, const HeldItem& held);
-  // Offsets of the first item not yet taken back and of the end.
+  // Offsets of the first item not yet taken back and of the end. Items
+  // are written at the end and read back from the front, each in turn, so
+  // the file is mostly read and written in sequence.
   int64_t Front() const { return front_; }
   int64_t End() const { return end_; }
   bool Empty() const { return front_ == end_; }
@@ -41,8 +44,14 @@ class HeldItems {
   void PopFront(int64_t size);
 
  private:
+  // Moves to `offset` for reading or writing; a stream must be positioned
+  // again when it turns from one to the other.
+  bool Seek(int64_t offset, bool writing);
+
   std::FILE* file_ = nullptr;
   bool broken_ = false;
+  int64_t position_ = -1;  // of the stream, -1 when unknown
+  bool writing_ = false;
   int64_t front_ = 0;
   int64_t end_ = 0;
 };

@@ -37,7 +37,7 @@ TEST(HeldItems, ComeBackAsTheyWentIn) {
   EXPECT_EQ(second - first, size);
   held.keyKnown = true;
   held.item.point.keyFrameDelay = -190000;
-  held.next = 99;
+  held.previous = 99;
   ASSERT_TRUE(items.Rewrite(first, held));
 
   HeldItem back;
@@ -51,7 +51,7 @@ TEST(HeldItems, ComeBackAsTheyWentIn) {
   EXPECT_EQ(-190000, back.item.point.keyFrameDelay.value_or(0));
   EXPECT_EQ(int64_t{1} << 40, back.place);
   EXPECT_TRUE(back.keyKnown);
-  EXPECT_EQ(99, back.next);
+  EXPECT_EQ(99, back.previous);
   items.PopFront(size);
 
   ASSERT_TRUE(items.Read(items.Front(), back, size));

@@ -39,8 +39,8 @@ struct SplitPointScanner::Track {
   std::map<uint16_t, uint64_t> waitingOnClock;  // points waiting, by PCR PID
   std::deque<uint64_t> awaitingKey;             // sequence numbers of pending points
   std::vector<uint64_t> awaitingBoundary;
-  // The waiting points that were moved to held_: the first and last of
-  // their chain, -1 for none.
+  // The first and last points moved to held_ that still wait, -1 for none.
+  // Only these are read: older ones may have been taken back already.
   int64_t heldFirst = -1;
   int64_t heldLast = -1;
 };
@@ -241,7 +241,9 @@ void SplitPointScanner::CompleteFrame(Track& track) {
   if (!key || !track.framePts) {
     return;
   }
-  JudgeHeld(track);
+  if (track.heldLast >= 0) {
+    JudgeHeld(track);
+  }
   while (!track.awaitingKey.empty()) {
     Pending& pending = At(track.awaitingKey.front());
     if (pending.item.point.packet > track.frameStart) {
@@ -253,27 +255,30 @@ void SplitPointScanner::CompleteFrame(Track& track) {
   }
 }
 
-// The points of the track that wait in held_ are older than those in
-// memory: they take the key frame first.
+// The points of the track that wait in held_ take the key frame too. They
+// are linked newest first; those that began after the frame's start, the
+// newest, go on waiting.
 void SplitPointScanner::JudgeHeld(Track& track) {
-  while (track.heldFirst >= 0) {
+  int64_t firstLeft = -1;
+  for (int64_t at = track.heldLast; at >= 0;) {
     HeldItem held;
     int64_t size = 0;
-    if (!held_.Read(track.heldFirst, held, size)) {
-      track.heldFirst = -1;  // left waiting: they end with no key frame
-      break;
+    if (!held_.Read(at, held, size)) {
+      return;  // left waiting: they end with no key frame
     }
     SplitPoint& point = held.item.point;
-    if (point.packet > track.frameStart) {
-      break;
+    if (point.packet <= track.frameStart) {
+      held.keyKnown = true;
+      point.keyFrameDelay = KeyDelay(track, point.pcrPid, held.place);
+      held_.Rewrite(at, held);
+      heldChanged_ = true;
+    } else {
+      firstLeft = at;
     }
-    held.keyKnown = true;
-    point.keyFrameDelay = KeyDelay(track, point.pcrPid, held.place);
-    held_.Rewrite(track.heldFirst, held);
-    heldChanged_ = true;
-    track.heldFirst = held.next;
+    at = at == track.heldFirst ? -1 : held.previous;
   }
-  if (track.heldFirst < 0) {
+  track.heldFirst = firstLeft;
+  if (firstLeft < 0) {
     track.heldLast = -1;
   }
 }
@@ -341,22 +346,20 @@ bool SplitPointScanner::HoldFront() {
   held.item = front.item;
   held.place = front.place;
   held.keyKnown = front.keyKnown;
+  Track* track = front.keyKnown ? nullptr : tracks_[static_cast<size_t>(front.track)].get();
+  if (track != nullptr) {
+    held.previous = track->heldLast;
+  }
   const int64_t offset = held_.Append(held);
   if (offset < 0) {
     return false;
   }
-  if (!front.keyKnown) {
-    Track& track = *tracks_[static_cast<size_t>(front.track)];
-    track.awaitingKey.pop_front();
-    HeldItem last;
-    int64_t size = 0;
-    if (track.heldLast >= 0 && held_.Read(track.heldLast, last, size)) {
-      last.next = offset;
-      held_.Rewrite(track.heldLast, last);
-    } else {
-      track.heldFirst = offset;
+  if (track != nullptr) {
+    track->awaitingKey.pop_front();
+    if (track->heldFirst < 0) {
+      track->heldFirst = offset;
     }
-    track.heldLast = offset;
+    track->heldLast = offset;
   }
   pending_.pop_front();
   ++firstPending_;
