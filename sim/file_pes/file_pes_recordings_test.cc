@@ -17,6 +17,36 @@ struct Recording {
   const char* report;
 };
 
+// h264-hrd-open-gop.ts, and h264-one-sei-no-rai.ts made from it.
+const char kHrdOpenGopReport[] =
+    "ok   split point 1 at packet 3 (0.000 s): key frame within 2 seconds (after 0.780 s)\n"
+    "ok   split point 2 at packet 88 (0.400 s): key frame within 2 seconds (after 0.860 s)\n"
+    "ok   split point 3 at packet 96 (0.480 s): key frame within 2 seconds (after 0.780 s)\n"
+    "ok   split point 4 at packet 156 (0.800 s): key frame within 2 seconds (after 0.940 s)\n"
+    "ok   split point 5 at packet 171 (0.920 s): key frame within 2 seconds (after 0.820 s)\n"
+    "ok   split point 6 at packet 220 (1.200 s): key frame within 2 seconds (after 1.020 s)\n"
+    "ok   split point 7 at packet 241 (1.360 s): key frame within 2 seconds (after 0.860 s)\n"
+    "ok   split point 8 at packet 282 (1.600 s): key frame within 2 seconds (after 1.100 s)\n"
+    "ok   split point 9 at packet 309 (1.800 s): key frame within 2 seconds (after 0.900 s)\n"
+    "ok   split point 10 at packet 347 (2.000 s): key frame within 2 seconds (after 1.180 s)\n"
+    "ok   split point 11 at packet 401 (2.400 s): key frame within 2 seconds (after 0.780 s)\n"
+    "ok   split point 12 at packet 462 (2.760 s): key frame within 2 seconds (after 0.900 s)\n"
+    "ok   split point 13 at packet 479 (2.800 s): key frame within 2 seconds (after 1.340 s)\n"
+    "ok   split point 14 at packet 533 (3.200 s): key frame within 2 seconds (after 0.940 s)\n"
+    "ok   split point 15 at packet 548 (3.320 s): key frame within 2 seconds (after 0.820 s)\n"
+    "ok   split point 16 at packet 591 (3.600 s): key frame within 2 seconds (after 1.020 s)\n"
+    "ok   split point 17 at packet 606 (3.720 s): key frame within 2 seconds (after 0.900 s)\n"
+    "ok   split point 18 at packet 645 (4.000 s): key frame within 2 seconds (after 1.100 s)\n"
+    "ok   split point 19 at packet 675 (4.280 s): key frame within 2 seconds (after 0.820 s)\n"
+    "ok   split point 20 at packet 700 (4.400 s): key frame within 2 seconds (after 1.180 s)\n"
+    "ok   split point 21 at packet 731 (4.680 s): key frame within 2 seconds (after 0.900 s)\n"
+    "ok   split point 22 at packet 753 (4.800 s): key frame within 2 seconds (after 1.260 s)\n"
+    "ok   split point 23 at packet 801 (5.200 s): key frame within 2 seconds (after 0.860 s)\n"
+    "ok   split point 24 at packet 806 (5.240 s): key frame within 2 seconds (after 0.820 s)\n"
+    "ok   split point 25 at packet 858 (5.600 s): key frame within 2 seconds (after 0.940 s)\n"
+    "ok   split point 26 at packet 872 (5.720 s): key frame within 2 seconds (after 0.820 s)\n"
+    "26 split points, 0 failed\n";
+
 const Recording kRecordings[] = {
     {"h264-192.m2ts",
      "ok   split point 1 at packet 3 (0.000 s): key frame within 2 seconds (after 0.780 s)\n"
@@ -197,34 +227,7 @@ const Recording kRecordings[] = {
      "FAIL split point 14 at packet 792 (5.200 s): no key frame follows\n"
      "FAIL split point 15 at packet 841 (5.600 s): no key frame follows\n"
      "15 split points, 6 failed\n"},
-    {"h264-hrd-open-gop.ts",
-     "ok   split point 1 at packet 3 (0.000 s): key frame within 2 seconds (after 0.780 s)\n"
-     "ok   split point 2 at packet 88 (0.400 s): key frame within 2 seconds (after 0.860 s)\n"
-     "ok   split point 3 at packet 96 (0.480 s): key frame within 2 seconds (after 0.780 s)\n"
-     "ok   split point 4 at packet 156 (0.800 s): key frame within 2 seconds (after 0.940 s)\n"
-     "ok   split point 5 at packet 171 (0.920 s): key frame within 2 seconds (after 0.820 s)\n"
-     "ok   split point 6 at packet 220 (1.200 s): key frame within 2 seconds (after 1.020 s)\n"
-     "ok   split point 7 at packet 241 (1.360 s): key frame within 2 seconds (after 0.860 s)\n"
-     "ok   split point 8 at packet 282 (1.600 s): key frame within 2 seconds (after 1.100 s)\n"
-     "ok   split point 9 at packet 309 (1.800 s): key frame within 2 seconds (after 0.900 s)\n"
-     "ok   split point 10 at packet 347 (2.000 s): key frame within 2 seconds (after 1.180 s)\n"
-     "ok   split point 11 at packet 401 (2.400 s): key frame within 2 seconds (after 0.780 s)\n"
-     "ok   split point 12 at packet 462 (2.760 s): key frame within 2 seconds (after 0.900 s)\n"
-     "ok   split point 13 at packet 479 (2.800 s): key frame within 2 seconds (after 1.340 s)\n"
-     "ok   split point 14 at packet 533 (3.200 s): key frame within 2 seconds (after 0.940 s)\n"
-     "ok   split point 15 at packet 548 (3.320 s): key frame within 2 seconds (after 0.820 s)\n"
-     "ok   split point 16 at packet 591 (3.600 s): key frame within 2 seconds (after 1.020 s)\n"
-     "ok   split point 17 at packet 606 (3.720 s): key frame within 2 seconds (after 0.900 s)\n"
-     "ok   split point 18 at packet 645 (4.000 s): key frame within 2 seconds (after 1.100 s)\n"
-     "ok   split point 19 at packet 675 (4.280 s): key frame within 2 seconds (after 0.820 s)\n"
-     "ok   split point 20 at packet 700 (4.400 s): key frame within 2 seconds (after 1.180 s)\n"
-     "ok   split point 21 at packet 731 (4.680 s): key frame within 2 seconds (after 0.900 s)\n"
-     "ok   split point 22 at packet 753 (4.800 s): key frame within 2 seconds (after 1.260 s)\n"
-     "ok   split point 23 at packet 801 (5.200 s): key frame within 2 seconds (after 0.860 s)\n"
-     "ok   split point 24 at packet 806 (5.240 s): key frame within 2 seconds (after 0.820 s)\n"
-     "ok   split point 25 at packet 858 (5.600 s): key frame within 2 seconds (after 0.940 s)\n"
-     "ok   split point 26 at packet 872 (5.720 s): key frame within 2 seconds (after 0.820 s)\n"
-     "26 split points, 0 failed\n"},
+    {"h264-hrd-open-gop.ts", kHrdOpenGopReport},
     {"h264-intra-refresh.ts",
      "ok   split point 1 at packet 3 (0.000 s): key frame within 2 seconds (after 0.700 s)\n"
      "FAIL split point 2 at packet 52 (0.400 s): no key frame within 2 seconds (after 2.300 s)\n"
@@ -365,34 +368,9 @@ const Recording kRecordings[] = {
      "FAIL split point 17 at packet 807 (5.200 s): no key frame follows\n"
      "FAIL split point 18 at packet 864 (5.600 s): no key frame follows\n"
      "18 split points, 2 failed\n"},
-    {"h264-one-sei-no-rai.ts",
-     "ok   split point 1 at packet 3 (0.000 s): key frame within 2 seconds (after 0.780 s)\n"
-     "ok   split point 2 at packet 88 (0.400 s): key frame within 2 seconds (after 0.860 s)\n"
-     "ok   split point 3 at packet 96 (0.480 s): key frame within 2 seconds (after 0.780 s)\n"
-     "ok   split point 4 at packet 156 (0.800 s): key frame within 2 seconds (after 0.940 s)\n"
-     "ok   split point 5 at packet 171 (0.920 s): key frame within 2 seconds (after 0.820 s)\n"
-     "ok   split point 6 at packet 220 (1.200 s): key frame within 2 seconds (after 1.020 s)\n"
-     "ok   split point 7 at packet 241 (1.360 s): key frame within 2 seconds (after 0.860 s)\n"
-     "ok   split point 8 at packet 282 (1.600 s): key frame within 2 seconds (after 1.100 s)\n"
-     "ok   split point 9 at packet 309 (1.800 s): key frame within 2 seconds (after 0.900 s)\n"
-     "ok   split point 10 at packet 347 (2.000 s): key frame within 2 seconds (after 1.180 s)\n"
-     "ok   split point 11 at packet 401 (2.400 s): key frame within 2 seconds (after 0.780 s)\n"
-     "ok   split point 12 at packet 462 (2.760 s): key frame within 2 seconds (after 0.900 s)\n"
-     "ok   split point 13 at packet 479 (2.800 s): key frame within 2 seconds (after 1.340 s)\n"
-     "ok   split point 14 at packet 533 (3.200 s): key frame within 2 seconds (after 0.940 s)\n"
-     "ok   split point 15 at packet 548 (3.320 s): key frame within 2 seconds (after 0.820 s)\n"
-     "ok   split point 16 at packet 591 (3.600 s): key frame within 2 seconds (after 1.020 s)\n"
-     "ok   split point 17 at packet 606 (3.720 s): key frame within 2 seconds (after 0.900 s)\n"
-     "ok   split point 18 at packet 645 (4.000 s): key frame within 2 seconds (after 1.100 s)\n"
-     "ok   split point 19 at packet 675 (4.280 s): key frame within 2 seconds (after 0.820 s)\n"
-     "ok   split point 20 at packet 700 (4.400 s): key frame within 2 seconds (after 1.180 s)\n"
-     "ok   split point 21 at packet 731 (4.680 s): key frame within 2 seconds (after 0.900 s)\n"
-     "ok   split point 22 at packet 753 (4.800 s): key frame within 2 seconds (after 1.260 s)\n"
-     "ok   split point 23 at packet 801 (5.200 s): key frame within 2 seconds (after 0.860 s)\n"
-     "ok   split point 24 at packet 806 (5.240 s): key frame within 2 seconds (after 0.820 s)\n"
-     "ok   split point 25 at packet 858 (5.600 s): key frame within 2 seconds (after 0.940 s)\n"
-     "ok   split point 26 at packet 872 (5.720 s): key frame within 2 seconds (after 0.820 s)\n"
-     "26 split points, 0 failed\n"},
+    // Its SEI units joined and its random access indicators cleared, the
+    // recording it was made from is judged alike.
+    {"h264-one-sei-no-rai.ts", kHrdOpenGopReport},
     {"h264-open-gop.ts",
      "ok   split point 1 at packet 3 (0.000 s): key frame within 2 seconds (after 0.780 s)\n"
      "ok   split point 2 at packet 51 (0.400 s): key frame within 2 seconds (after 0.860 s)\n"

@@ -84,12 +84,7 @@ TEST_F(FilePes, LateKeyFrameFails) {
 
 TEST_F(FilePes, KeyFrameFarBehindItsPcrIsLate) {
   // PTS 1.9 s before the PCR: a multiplex running behind. 2.1 s: late.
-  PacketSpec frame;
-  frame.unitStart = true;
-  frame.randomAccess = true;
-  frame.streamId = 0xE0;
-  frame.pcrBase = 900000;
-  frame.pts = 900000 - 171000;
+  PacketSpec frame = FrameStart(900000 - 171000, 900000, true);
   const Result behind = Analyze(Write(MakePacket(frame)));
   EXPECT_EQ(
       "ok   split point 1 at packet 0 (0.000 s): key frame within 2 seconds (after -1.900 s)\n"

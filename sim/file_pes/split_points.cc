@@ -45,7 +45,8 @@ struct SplitPointScanner::Track {
   int64_t heldLast = -1;
 };
 
-SplitPointScanner::SplitPointScanner(size_t heldInMemory) : heldInMemory_(heldInMemory) {
+SplitPointScanner::SplitPointScanner(size_t heldInMemory)
+    : heldInMemory_(heldInMemory > 0 ? heldInMemory : 1) {
   trackOfPid_.fill(-1);
   codecOfPid_.fill(VideoCodec::kNone);
   pmtPid_.fill(false);
@@ -320,7 +321,11 @@ bool SplitPointScanner::TakeBackHeld() {
       held.item.note = "FAIL the lines held in a temporary file cannot be read back";
       held.item.fails = true;
       ready_.push_back(held.item);
-      while (!held_.Empty()) held_.PopFront(held_.End() - held_.Front());
+      held_.PopFront(held_.End() - held_.Front());
+      for (const std::unique_ptr<Track>& track : tracks_) {
+        track->heldFirst = -1;  // their points are lost with the rest
+        track->heldLast = -1;
+      }
       break;
     }
     if (!held.keyKnown && !finished_) {

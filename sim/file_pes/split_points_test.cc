@@ -173,13 +173,8 @@ TEST(SplitPoints, ClockWrapsAt33Bits) {
 std::string Frame(uint16_t pid, uint64_t pts, const std::string& data,
                   std::optional<uint64_t> pcr = std::nullopt, bool randomAccess = false,
                   int packets = 2) {
-  PacketSpec first;
+  PacketSpec first = FrameStart(pts, pcr, randomAccess);
   first.pid = pid;
-  first.unitStart = true;
-  first.streamId = 0xE0;
-  first.pts = pts;
-  first.pcrBase = pcr;
-  first.randomAccess = randomAccess;
   first.data = data;
   std::string frame = MakePacket(first);
   for (int i = 1; i < packets; ++i) {
@@ -447,13 +442,8 @@ TEST(SplitPoints, EveryPointIsMeasuredOnItsOwnClock) {
 TEST(SplitPoints, KeyFrameUpToTwoSecondsBehindItsPcrIsAccepted) {
   // The multiplex runs behind: PTS 1.9 s and 2.1 s before the PCR.
   for (const int64_t behind : {171000, 180000, 180001, 189000}) {
-    PacketSpec late;
-    late.unitStart = true;
-    late.randomAccess = true;
-    late.streamId = 0xE0;
-    late.pcrBase = 900000;
-    late.pts = 900000 - behind;
-    const std::vector<SplitPoint> points = Scan(MakePacket(late));
+    const uint64_t pts = 900000 - static_cast<uint64_t>(behind);
+    const std::vector<SplitPoint> points = Scan(MakePacket(FrameStart(pts, 900000, true)));
     ASSERT_EQ(1u, points.size());
     EXPECT_EQ(-behind, points[0].keyFrameDelay.value_or(1));
     EXPECT_EQ(behind <= 180000, points[0].Passes()) << behind;

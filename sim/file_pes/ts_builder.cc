@@ -75,6 +75,16 @@ std::string MakePacket(const PacketSpec& fields) {
   return packet;
 }
 
+PacketSpec FrameStart(uint64_t pts, std::optional<uint64_t> pcr, bool randomAccess) {
+  PacketSpec fields;
+  fields.unitStart = true;
+  fields.randomAccess = randomAccess;
+  fields.streamId = 0xE0;
+  fields.pts = pts;
+  fields.pcrBase = pcr;
+  return fields;
+}
+
 namespace {
 
 // One packet holding a table section (from table_id on, CRC added).

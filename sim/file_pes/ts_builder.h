@@ -26,6 +26,10 @@ struct PacketSpec {
 // One 188-byte packet.
 std::string MakePacket(const PacketSpec& fields);
 
+// The first packet of a frame of video on PID 0x100: a PES header with the
+// PTS, the PCR when given.
+PacketSpec FrameStart(uint64_t pts, std::optional<uint64_t> pcr, bool randomAccess);
+
 struct StreamShape {
   int frames = 50;
   int framesPerSecond = 25;
