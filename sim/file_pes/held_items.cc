@@ -5,9 +5,9 @@
 
 namespace {
 
-// The fixed part of an item: flags, PID, then six 64-bit numbers and the
+// The fixed part of an item: flags, PID, then seven 64-bit numbers and the
 // note's length; the note's bytes follow.
-constexpr size_t kFixedSize = 1 + 2 + 6 * 8 + 4;
+constexpr size_t kFixedSize = 1 + 2 + 7 * 8 + 4;
 
 enum Flags : uint8_t {
   kIsPoint = 1,
@@ -15,6 +15,7 @@ enum Flags : uint8_t {
   kOnFrameBoundary = 4,
   kHasDelay = 8,
   kKeyKnown = 16,
+  kBoundaryKnown = 32,
 };
 
 template <typename T>
@@ -39,6 +40,7 @@ void Encode(const HeldItem& held, uint8_t (&bytes)[kFixedSize]) {
   flags |= point.onFrameBoundary ? kOnFrameBoundary : 0;
   flags |= point.keyFrameDelay ? kHasDelay : 0;
   flags |= held.keyKnown ? kKeyKnown : 0;
+  flags |= held.boundaryKnown ? kBoundaryKnown : 0;
   uint8_t* at = bytes;
   Put(at, flags);
   Put(at, point.pcrPid);
@@ -47,7 +49,8 @@ void Encode(const HeldItem& held, uint8_t (&bytes)[kFixedSize]) {
   Put(at, point.time);
   Put(at, point.keyFrameDelay.value_or(0));
   Put(at, held.place);
-  Put(at, held.previous);
+  Put(at, held.previousForKey);
+  Put(at, held.previousForBoundary);
   Put(at, static_cast<uint32_t>(held.item.note.size()));
 }
 
@@ -95,6 +98,7 @@ bool HeldItems::Read(int64_t offset, HeldItem& held, int64_t& size) {
   held.item.fails = (flags & kFails) != 0;
   point.onFrameBoundary = (flags & kOnFrameBoundary) != 0;
   held.keyKnown = (flags & kKeyKnown) != 0;
+  held.boundaryKnown = (flags & kBoundaryKnown) != 0;
   point.pcrPid = Get<uint16_t>(at);
   point.packet = Get<uint64_t>(at);
   point.pcrBase = Get<uint64_t>(at);
@@ -105,7 +109,8 @@ bool HeldItems::Read(int64_t offset, HeldItem& held, int64_t& size) {
     point.keyFrameDelay = delay;
   }
   held.place = Get<int64_t>(at);
-  held.previous = Get<int64_t>(at);
+  held.previousForKey = Get<int64_t>(at);
+  held.previousForBoundary = Get<int64_t>(at);
   const auto noteSize = Get<uint32_t>(at);
   held.item.note.resize(noteSize);
   if (noteSize != 0 && std::fread(&held.item.note[0], 1, noteSize, file_) != noteSize) {

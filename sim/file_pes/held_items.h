@@ -13,12 +13,15 @@
 
 struct HeldItem {
   ReportItem item;
-  int64_t place = 0;     // of the split point on its clock
-  bool keyKnown = true;  // false while the point waits for its key frame
-  // Offset of the held point that waited on the same video before this
-  // one, -1 for none: a key frame judges them, newest first, without
-  // reading the others, and nothing written is changed to link them.
-  int64_t previous = -1;
+  int64_t place = 0;          // of the split point on its clock
+  bool keyKnown = true;       // false while the point waits for its key frame
+  bool boundaryKnown = true;  // false while it waits for the video's next packet
+  // Offsets of the held points that waited for the same video's key frame,
+  // and for its next packet, before this one; -1 for none. An event of the
+  // video judges its points newest first without reading the others, and
+  // nothing written is changed to link them.
+  int64_t previousForKey = -1;
+  int64_t previousForBoundary = -1;
 };
 
 class HeldItems {

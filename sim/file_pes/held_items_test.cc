@@ -15,6 +15,7 @@ HeldItem Point(uint64_t packet) {
   held.item.point.onFrameBoundary = true;
   held.place = int64_t{1} << 40;
   held.keyKnown = false;
+  held.boundaryKnown = false;
   return held;
 }
 
@@ -37,7 +38,8 @@ TEST(HeldItems, ComeBackAsTheyWentIn) {
   EXPECT_EQ(second - first, size);
   held.keyKnown = true;
   held.item.point.keyFrameDelay = -190000;
-  held.previous = 99;
+  held.previousForKey = 99;
+  held.previousForBoundary = 98;
   ASSERT_TRUE(items.Rewrite(first, held));
 
   HeldItem back;
@@ -51,7 +53,9 @@ TEST(HeldItems, ComeBackAsTheyWentIn) {
   EXPECT_EQ(-190000, back.item.point.keyFrameDelay.value_or(0));
   EXPECT_EQ(int64_t{1} << 40, back.place);
   EXPECT_TRUE(back.keyKnown);
-  EXPECT_EQ(99, back.previous);
+  EXPECT_FALSE(back.boundaryKnown);
+  EXPECT_EQ(99, back.previousForKey);
+  EXPECT_EQ(98, back.previousForBoundary);
   items.PopFront(size);
 
   ASSERT_TRUE(items.Read(items.Front(), back, size));

@@ -25,6 +25,19 @@ std::string JumpNote(const ClockJump& jump, uint64_t packet, uint16_t pid, int64
 
 }  // namespace
 
+// Points moved to held_ that still wait for the same event, linked newest
+// first: the oldest and newest of them, -1 for none. Older points of the
+// chain may have been taken back already and are never read again.
+struct SplitPointScanner::HeldChain {
+  int64_t first = -1;
+  int64_t last = -1;
+  bool Empty() const { return last < 0; }
+  void Link(int64_t offset) {
+    first = first < 0 ? offset : first;
+    last = offset;
+  }
+};
+
 struct SplitPointScanner::Track {
   uint16_t pid = 0;
   int16_t index = 0;
@@ -38,11 +51,11 @@ struct SplitPointScanner::Track {
   std::vector<std::pair<uint16_t, int64_t>> framePlaces;
   std::map<uint16_t, uint64_t> waitingOnClock;  // points waiting, by PCR PID
   std::deque<uint64_t> awaitingKey;             // sequence numbers of pending points
-  std::vector<uint64_t> awaitingBoundary;
-  // The first and last points moved to held_ that still wait, -1 for none.
-  // Only these are read: older ones may have been taken back already.
-  int64_t heldFirst = -1;
-  int64_t heldLast = -1;
+  std::deque<uint64_t> awaitingBoundary;
+  // The held points waiting for a key frame (one chain more for those that
+  // waited before any video was seen), and for the next packet.
+  std::vector<HeldChain> heldForKey;
+  HeldChain heldForBoundary;
 };
 
 SplitPointScanner::SplitPointScanner(size_t heldInMemory)
@@ -67,13 +80,24 @@ void SplitPointScanner::Add(const TsPacket& packet) {
   }
   if (!firstVideo_ && BeginsFrame(packet)) {
     firstVideo_ = packet.pid;
-    if (!awaitingVideo_.empty()) {
+    if (noVideoYet_ >= 0) {
+      // The points that waited for any video wait for this one.
+      Track& waiting = *tracks_[static_cast<size_t>(noVideoYet_)];
       Track& track = TrackOf(packet.pid);
-      for (const uint64_t sequence : awaitingVideo_) {
-        AwaitKey(track, sequence);
+      for (const uint64_t sequence : waiting.awaitingKey) {
+        At(sequence).track = track.index;
+        track.awaitingKey.push_back(sequence);
       }
       std::sort(track.awaitingKey.begin(), track.awaitingKey.end());
-      awaitingVideo_.clear();
+      for (const auto& clock : waiting.waitingOnClock) {
+        track.waitingOnClock[clock.first] += clock.second;
+      }
+      for (const HeldChain& chain : waiting.heldForKey) {
+        track.heldForKey.push_back(chain);
+      }
+      waiting.awaitingKey.clear();
+      waiting.waitingOnClock.clear();
+      waiting.heldForKey.clear();
     }
   }
   const int16_t track = trackOfPid_[packet.pid];
@@ -137,6 +161,15 @@ SplitPointScanner::Track& SplitPointScanner::TrackOf(uint16_t pid) {
   return *tracks_[static_cast<size_t>(index)];
 }
 
+SplitPointScanner::Track& SplitPointScanner::NoVideoYet() {
+  if (noVideoYet_ < 0) {
+    noVideoYet_ = static_cast<int16_t>(tracks_.size());
+    tracks_.push_back(std::make_unique<Track>());
+    tracks_.back()->index = noVideoYet_;
+  }
+  return *tracks_[static_cast<size_t>(noVideoYet_)];
+}
+
 void SplitPointScanner::AwaitKey(Track& track, uint64_t sequence) {
   Pending& pending = At(sequence);
   pending.track = track.index;
@@ -179,11 +212,7 @@ void SplitPointScanner::AddSplitPoint(const TsPacket& packet) {
   // first video.
   pending.boundaryKnown = true;
   point.onFrameBoundary = BeginsFrame(packet) && (!firstVideo_ || *firstVideo_ == packet.pid);
-  if (firstVideo_) {
-    AwaitKey(TrackOf(*firstVideo_), sequence);
-  } else {
-    awaitingVideo_.push_back(sequence);
-  }
+  AwaitKey(firstVideo_ ? TrackOf(*firstVideo_) : NoVideoYet(), sequence);
 }
 
 void SplitPointScanner::AddVideo(const TsPacket& packet, Track& track) {
@@ -195,6 +224,14 @@ void SplitPointScanner::AddVideo(const TsPacket& packet, Track& track) {
     At(sequence).item.point.onFrameBoundary = BeginsFrame(packet);
   }
   track.awaitingBoundary.clear();
+  if (!track.heldForBoundary.Empty()) {
+    const bool begins = BeginsFrame(packet);
+    JudgeHeld(track.heldForBoundary, &HeldItem::previousForBoundary, [begins](HeldItem& held) {
+      held.boundaryKnown = true;
+      held.item.point.onFrameBoundary = begins;
+      return true;
+    });
+  }
   if (BeginsFrame(packet)) {
     CompleteFrame(track);
     track.inFrame = true;
@@ -242,9 +279,21 @@ void SplitPointScanner::CompleteFrame(Track& track) {
   if (!key || !track.framePts) {
     return;
   }
-  if (track.heldLast >= 0) {
-    JudgeHeld(track);
+  // Held points are older than those in memory: they take it first.
+  for (HeldChain& chain : track.heldForKey) {
+    JudgeHeld(chain, &HeldItem::previousForKey, [this, &track](HeldItem& held) {
+      SplitPoint& point = held.item.point;
+      if (point.packet > track.frameStart) {
+        return false;
+      }
+      held.keyKnown = true;
+      point.keyFrameDelay = KeyDelay(track, point.pcrPid, held.place);
+      return true;
+    });
   }
+  track.heldForKey.erase(std::remove_if(track.heldForKey.begin(), track.heldForKey.end(),
+                                        [](const HeldChain& chain) { return chain.Empty(); }),
+                         track.heldForKey.end());
   while (!track.awaitingKey.empty()) {
     Pending& pending = At(track.awaitingKey.front());
     if (pending.item.point.packet > track.frameStart) {
@@ -256,31 +305,28 @@ void SplitPointScanner::CompleteFrame(Track& track) {
   }
 }
 
-// The points of the track that wait in held_ take the key frame too. They
-// are linked newest first; those that began after the frame's start, the
-// newest, go on waiting.
-void SplitPointScanner::JudgeHeld(Track& track) {
+// Walks a chain of held points newest first and writes back those that
+// `judge` settles; those it leaves, the newest, go on waiting.
+template <typename Judge>
+void SplitPointScanner::JudgeHeld(HeldChain& chain, int64_t HeldItem::*previous, Judge judge) {
   int64_t firstLeft = -1;
-  for (int64_t at = track.heldLast; at >= 0;) {
+  for (int64_t at = chain.last; at >= 0;) {
     HeldItem held;
     int64_t size = 0;
     if (!held_.Read(at, held, size)) {
-      return;  // left waiting: they end with no key frame
+      return;  // left waiting: they end unjudged
     }
-    SplitPoint& point = held.item.point;
-    if (point.packet <= track.frameStart) {
-      held.keyKnown = true;
-      point.keyFrameDelay = KeyDelay(track, point.pcrPid, held.place);
+    if (judge(held)) {
       held_.Rewrite(at, held);
       heldChanged_ = true;
     } else {
       firstLeft = at;
     }
-    at = at == track.heldFirst ? -1 : held.previous;
+    at = at == chain.first ? -1 : held.*previous;
   }
-  track.heldFirst = firstLeft;
+  chain.first = firstLeft;
   if (firstLeft < 0) {
-    track.heldLast = -1;
+    chain.last = -1;
   }
 }
 
@@ -323,12 +369,12 @@ bool SplitPointScanner::TakeBackHeld() {
       ready_.push_back(held.item);
       held_.PopFront(held_.End() - held_.Front());
       for (const std::unique_ptr<Track>& track : tracks_) {
-        track->heldFirst = -1;  // their points are lost with the rest
-        track->heldLast = -1;
+        track->heldForKey.clear();  // their points are lost with the rest
+        track->heldForBoundary = HeldChain();
       }
       break;
     }
-    if (!held.keyKnown && !finished_) {
+    if ((!held.keyKnown || !held.boundaryKnown) && !finished_) {
       heldChanged_ = false;
       return false;
     }
@@ -341,30 +387,43 @@ bool SplitPointScanner::TakeBackHeld() {
 // Moves the oldest item in memory to held_; false when it cannot go there.
 bool SplitPointScanner::HoldFront() {
   Pending& front = pending_.front();
-  if (!front.boundaryKnown ||
-      (!front.keyKnown &&
-       (front.track < 0 || tracks_[static_cast<size_t>(front.track)]->awaitingKey.empty() ||
-        tracks_[static_cast<size_t>(front.track)]->awaitingKey.front() != firstPending_))) {
-    return false;  // what it waits for has no chain in held_
+  Track* track = front.track >= 0 ? tracks_[static_cast<size_t>(front.track)].get() : nullptr;
+  // A waiting point is the oldest its video waits for.
+  const bool waitsForKey = !front.keyKnown;
+  const bool waitsForBoundary = !front.boundaryKnown;
+  if ((waitsForKey || waitsForBoundary) &&
+      (track == nullptr ||
+       (waitsForKey &&
+        (track->awaitingKey.empty() || track->awaitingKey.front() != firstPending_)) ||
+       (waitsForBoundary &&
+        (track->awaitingBoundary.empty() || track->awaitingBoundary.front() != firstPending_)))) {
+    return false;
   }
   HeldItem held;
   held.item = front.item;
   held.place = front.place;
-  held.keyKnown = front.keyKnown;
-  Track* track = front.keyKnown ? nullptr : tracks_[static_cast<size_t>(front.track)].get();
-  if (track != nullptr) {
-    held.previous = track->heldLast;
+  held.keyKnown = !waitsForKey;
+  held.boundaryKnown = !waitsForBoundary;
+  if (waitsForKey) {
+    if (track->heldForKey.empty()) {
+      track->heldForKey.emplace_back();
+    }
+    held.previousForKey = track->heldForKey.back().last;
+  }
+  if (waitsForBoundary) {
+    held.previousForBoundary = track->heldForBoundary.last;
   }
   const int64_t offset = held_.Append(held);
   if (offset < 0) {
     return false;
   }
-  if (track != nullptr) {
+  if (waitsForKey) {
     track->awaitingKey.pop_front();
-    if (track->heldFirst < 0) {
-      track->heldFirst = offset;
-    }
-    track->heldLast = offset;
+    track->heldForKey.back().Link(offset);
+  }
+  if (waitsForBoundary) {
+    track->awaitingBoundary.pop_front();
+    track->heldForBoundary.Link(offset);
   }
   pending_.pop_front();
   ++firstPending_;
@@ -377,10 +436,9 @@ void SplitPointScanner::Finish() {
     track->awaitingKey.clear();
     track->awaitingBoundary.clear();
     track->waitingOnClock.clear();
-    track->heldFirst = -1;
-    track->heldLast = -1;
+    track->heldForKey.clear();
+    track->heldForBoundary = HeldChain();
   }
-  awaitingVideo_.clear();
   for (Pending& pending : pending_) {
     pending.boundaryKnown = true;
     pending.keyKnown = true;

@@ -77,8 +77,11 @@ class SplitPointScanner {
   void AddSplitPoint(const TsPacket& packet);
   void AddVideo(const TsPacket& packet, Track& track);
   void CompleteFrame(Track& track);
-  void JudgeHeld(Track& track);
+  struct HeldChain;
+  template <typename Judge>
+  void JudgeHeld(HeldChain& chain, int64_t HeldItem::*previous, Judge judge);
   Track& TrackOf(uint16_t pid);
+  Track& NoVideoYet();
   void AwaitKey(Track& track, uint64_t sequence);
   int64_t KeyDelay(Track& track, uint16_t pcrPid, int64_t place);
   Pending& At(uint64_t sequence) { return pending_[sequence - firstPending_]; }
@@ -96,8 +99,10 @@ class SplitPointScanner {
   std::map<uint16_t, SectionCollector> sections_;
   // The judged video by PCR PID, from the PMTs.
   std::map<uint16_t, uint16_t> videoOf_;
-  std::optional<uint16_t> firstVideo_;   // until tables are known
-  std::vector<uint64_t> awaitingVideo_;  // points seen before any video
+  std::optional<uint16_t> firstVideo_;  // until tables are known
+  // Stands for the first video while none has been seen: the points that
+  // wait for it wait here.
+  int16_t noVideoYet_ = -1;
   std::deque<Pending> pending_;
   uint64_t firstPending_ = 0;  // sequence number of pending_.front()
   HeldItems held_;             // older than everything in pending_

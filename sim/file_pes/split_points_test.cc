@@ -530,4 +530,31 @@ TEST(SplitPoints, HeldItemsComeBackUnchanged) {
   }
 }
 
+TEST(SplitPoints, PointsWaitingForAnyVideoOrForItsNextPacketAreHeldToo) {
+  // PCRs for minutes before any video (as of a radio program), and PCRs
+  // on their own PID while the video the PMT names sends nothing: then
+  // the video comes, with a key frame at its second frame.
+  std::string noVideo;
+  std::string silentVideo = MakePat({{1, 0x1000}}) + MakePmt({1, 0x1000}, 0x1FF, {{0x1B, 0x100}});
+  for (uint64_t at = 0; at < 3000; ++at) {
+    noVideo += PcrOnly(0x1FF, 900000 + at * 3600);
+    silentVideo += PcrOnly(0x1FF, 900000 + at * 3600);
+  }
+  for (std::string* stream : {&noVideo, &silentVideo}) {
+    const uint64_t video = 900000 + 3000 * 3600;
+    *stream += Frame(0x100, video, H264Picture(false), std::nullopt, false) +
+               Frame(0x100, video + 3600, H264Picture(true), std::nullopt, true);
+    size_t most = 0;
+    const std::vector<ReportItem> held = Report(*stream, 16, &most);
+    EXPECT_LE(most, 17u);
+    const std::vector<ReportItem> inMemory = Report(*stream, size_t{1} << 30);
+    ExpectSameReport(inMemory, held);
+    const auto first = std::find_if(inMemory.begin(), inMemory.end(),
+                                    [](const ReportItem& item) { return item.isPoint; });
+    ASSERT_NE(inMemory.end(), first);
+    EXPECT_EQ(3000 * 3600 + 3600, first->point.keyFrameDelay.value_or(-1));
+    EXPECT_EQ(stream == &silentVideo, first->point.onFrameBoundary);
+  }
+}
+
 }  // namespace
