@@ -135,6 +135,10 @@ int AnalyzeStreamFile(const char* path, std::ostream& out) {
   }
   out << std::fixed << std::setprecision(3);
   SplitPointScanner scanner;
+  // Lines held while a split point waits go beside the file, on its disk.
+  const std::string name(path);
+  const size_t slash = name.rfind('/');
+  scanner.HoldIn(slash == std::string::npos ? "." : slash == 0 ? "/" : name.substr(0, slash));
   Reading reading(scanner);
   PacketReader reader(reading);
   Tally tally;

@@ -1,7 +1,9 @@
 #include "sim/file_pes/held_items.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstring>
-#include <string>
 
 namespace {
 
@@ -56,6 +58,21 @@ void Encode(const HeldItem& held, uint8_t (&bytes)[kFixedSize]) {
 
 }  // namespace
 
+std::FILE* HeldItems::Open() const {
+  if (!folder_.empty()) {
+    // An unnamed file in the folder, gone when closed.
+    const int fd = open(folder_.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+    if (fd >= 0) {
+      std::FILE* file = fdopen(fd, "w+b");
+      if (file != nullptr) {
+        return file;
+      }
+      close(fd);
+    }
+  }
+  return std::tmpfile();  // removed by the system when closed
+}
+
 HeldItems::~HeldItems() {
   if (file_ != nullptr) {
     std::fclose(file_);
@@ -64,7 +81,7 @@ HeldItems::~HeldItems() {
 
 int64_t HeldItems::Append(const HeldItem& held) {
   if (file_ == nullptr && !broken_) {
-    file_ = std::tmpfile();  // removed by the system when closed
+    file_ = Open();
     broken_ = file_ == nullptr;
   }
   if (broken_) {

@@ -2,12 +2,15 @@
 // out in stream order, so while an early split point waits for its key
 // frame every later line waits with it; in a long stream without key frames
 // that would be every line of the stream. Past a bound, the oldest items go
-// to this file and come back, in the same order, once they are judged.
+// to this file and come back, in the same order, once they are judged. The
+// file has no name, so nothing is left behind, and it lies in a folder of
+// the caller's choice: on the recorder /tmp is memory, the disk is not.
 #ifndef SIM_FILE_PES_HELD_ITEMS_H_
 #define SIM_FILE_PES_HELD_ITEMS_H_
 
 #include <cstdint>
 #include <cstdio>
+#include <string>
 
 #include "sim/file_pes/report_item.h"
 
@@ -30,6 +33,9 @@ class HeldItems {
   HeldItems(const HeldItems&) = delete;
   HeldItems& operator=(const HeldItems&) = delete;
   ~HeldItems();
+  // Where the file is made, before the first Append; the system's folder
+  // for temporary files when it cannot be made there.
+  void SetFolder(const std::string& folder) { folder_ = folder; }
   // Appends an item at the end and returns its offset; -1 when the file
   // cannot be made or written.
   int64_t Append(const HeldItem& held);
@@ -51,6 +57,9 @@ class HeldItems {
   // again when it turns from one to the other.
   bool Seek(int64_t offset, bool writing);
 
+  std::FILE* Open() const;
+
+  std::string folder_;
   std::FILE* file_ = nullptr;
   bool broken_ = false;
   int64_t position_ = -1;  // of the stream, -1 when unknown

@@ -69,6 +69,18 @@ TEST(HeldItems, ComeBackAsTheyWentIn) {
   EXPECT_EQ(0, items.Append(Point(8)));
 }
 
+TEST(HeldItems, MadeInTheFolderGivenOrElseInTheSystemsOne) {
+  for (const char* folder : {".", "/nonexistent-folder"}) {
+    HeldItems items;
+    items.SetFolder(folder);
+    ASSERT_EQ(0, items.Append(Point(1))) << folder;
+    HeldItem back;
+    int64_t size = 0;
+    ASSERT_TRUE(items.Read(0, back, size)) << folder;
+    EXPECT_EQ(1u, back.item.point.packet) << folder;
+  }
+}
+
 TEST(HeldItems, NothingToReadBeforeAnythingIsWritten) {
   HeldItems items;
   HeldItem held;

@@ -51,6 +51,8 @@ class SplitPointScanner {
  public:
   explicit SplitPointScanner(size_t heldInMemory = kHeldInMemory);
   ~SplitPointScanner();
+  // The folder of the temporary file (see held_items.h).
+  void HoldIn(const std::string& folder) { held_.SetFolder(folder); }
   void Add(const TsPacket& packet);
   // A line about what lies between the packets added so far and the next.
   void AddNote(const std::string& note, bool fails);
