@@ -31,17 +31,21 @@ const char kFilePesHelp[] =
     "    carries the PCR, else the program's first video; before any tables, the\n"
     "    first PID on which a PES with a video stream id (0xE0-0xEF) begins;\n"
     "  - each PES of that video is one frame, timed by its PTS; a key frame is an\n"
-    "    H.264 IDR picture or a picture after a recovery point SEI, an H.265 IRAP\n"
-    "    picture (IDR, CRA, BLA) or an MPEG-2 I-picture; where the codec or the\n"
-    "    picture cannot be read, a frame whose first packet has the random access\n"
-    "    indicator set;\n"
+    "    H.264 IDR picture or a picture after an SEI unit holding a recovery point\n"
+    "    message, an H.265 IRAP picture (IDR, CRA, BLA) or an MPEG-2 I-picture, the\n"
+    "    codec taken from the stream type a PMT gives the video's PID, even when\n"
+    "    the PMT comes late or once; where the codec or the picture cannot be\n"
+    "    read, a frame whose first packet has the random access indicator set;\n"
     "  - the clock runs on across a discontinuity: a PCR with the discontinuity\n"
     "    indicator, or one that steps back or more than 2 seconds forward, is\n"
     "    taken to follow the previous PCR after the PCR interval before it. Each\n"
     "    discontinuity gets a note line.\n"
     "A split point passes when\n"
     "  A) it is playable within 2 seconds: a key frame begins at or after it with\n"
-    "     a PTS at most 2 seconds (180000 ticks of 90 kHz) after its PCR, and\n"
+    "     a PTS at most 2 seconds (180000 ticks of 90 kHz) after its PCR, measured\n"
+    "     on the clock of the split point's own PCR PID; a PTS up to 2 seconds\n"
+    "     before the PCR (a multiplex running behind) is accepted, one further\n"
+    "     behind fails as a late key frame, and\n"
     "  B) it is on a frame boundary: the video's next packet with payload, from the\n"
     "     split point on, begins a frame (before any tables: its own packet does).\n"
     "A file that cannot be read, ends inside a packet or has no split point at all\n"
@@ -59,6 +63,9 @@ void Report(const SplitPoint& point, uint64_t number, std::ostream& out) {
   }
   if (!point.keyFrameDelay) {
     out << "no key frame follows";
+  } else if (point.Late()) {
+    out << "key frame late by " << Seconds(-*point.keyFrameDelay)
+        << " s (more than 2 seconds before its PCR)";
   } else {
     out << (point.Playable() ? "" : "no ") << "key frame within 2 seconds (after "
         << Seconds(*point.keyFrameDelay) << " s)";
@@ -128,6 +135,10 @@ int AnalyzeStreamFile(const char* path, std::ostream& out) {
   }
   out << std::fixed << std::setprecision(3);
   SplitPointScanner scanner;
+  // Lines held while a split point waits go beside the file, on its disk.
+  const std::string name(path);
+  const size_t slash = name.rfind('/');
+  scanner.HoldIn(slash == std::string::npos ? "." : slash == 0 ? "/" : name.substr(0, slash));
   Reading reading(scanner);
   PacketReader reader(reading);
   Tally tally;
@@ -153,7 +164,9 @@ int AnalyzeStreamFile(const char* path, std::ostream& out) {
   }
   std::fclose(file);
   scanner.Finish();
-  tally.Write(scanner.TakeReady(), out);
+  for (auto items = scanner.TakeReady(); !items.empty(); items = scanner.TakeReady()) {
+    tally.Write(items, out);
+  }
   if (tally.points == 0) {
     out << "FAIL no split point: no packet carries a PCR\n";
     return 1;

@@ -82,6 +82,25 @@ TEST_F(FilePes, LateKeyFrameFails) {
   EXPECT_EQ(1, r.status);
 }
 
+TEST_F(FilePes, KeyFrameFarBehindItsPcrIsLate) {
+  // PTS 1.9 s before the PCR: a multiplex running behind. 2.1 s: late.
+  PacketSpec frame = FrameStart(900000 - 171000, 900000, true);
+  const Result behind = Analyze(Write(MakePacket(frame)));
+  EXPECT_EQ(
+      "ok   split point 1 at packet 0 (0.000 s): key frame within 2 seconds (after -1.900 s)\n"
+      "1 split points, 0 failed\n",
+      behind.out);
+  EXPECT_EQ(0, behind.status);
+  frame.pts = 900000 - 189000;
+  const Result late = Analyze(Write(MakePacket(frame)));
+  EXPECT_EQ(
+      "FAIL split point 1 at packet 0 (0.000 s): key frame late by 2.100 s (more than 2 seconds "
+      "before its PCR)\n"
+      "1 split points, 1 failed\n",
+      late.out);
+  EXPECT_EQ(1, late.status);
+}
+
 TEST_F(FilePes, MissingFileFails) {
   const Result r = Analyze(folder_ + "/none.ts");
   EXPECT_EQ("FAIL cannot read " + folder_ + "/none.ts: No such file or directory\n", r.out);

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,6 +20,11 @@ std::vector<SplitPoint> Scan(const std::string& stream) {
     scanner.Add(ParsePacket(reinterpret_cast<const uint8_t*>(stream.data() + at)));
   }
   return scanner.Result();
+}
+
+// The PCR of every tenth frame.
+std::optional<uint64_t> EveryTenth(int frame, uint64_t clock) {
+  return frame % 10 == 0 ? std::optional<uint64_t>(clock) : std::nullopt;
 }
 
 TEST(SplitPoints, WellFormedStreamPassesEverywhere) {
@@ -166,13 +173,8 @@ TEST(SplitPoints, ClockWrapsAt33Bits) {
 std::string Frame(uint16_t pid, uint64_t pts, const std::string& data,
                   std::optional<uint64_t> pcr = std::nullopt, bool randomAccess = false,
                   int packets = 2) {
-  PacketSpec first;
+  PacketSpec first = FrameStart(pts, pcr, randomAccess);
   first.pid = pid;
-  first.unitStart = true;
-  first.streamId = 0xE0;
-  first.pts = pts;
-  first.pcrBase = pcr;
-  first.randomAccess = randomAccess;
   first.data = data;
   std::string frame = MakePacket(first);
   for (int i = 1; i < packets; ++i) {
@@ -370,6 +372,189 @@ TEST(SplitPoints, KeyFrameBeforeItsPcrHasANegativeDelay) {
   late.pts = kClockMask + 1 - 9000;
   late.pcrBase = 18000;
   EXPECT_EQ(-27000, Scan(MakePacket(late))[0].keyFrameDelay.value_or(1));
+}
+
+TEST(SplitPoints, PmtSentOnceAndLateGivesTheCodecToTracksMadeBeforeIt) {
+  // The PMT names no PCR PID (0x1FFF), the PCRs ride on the video, and the
+  // encoder sets the random access indicator on every picture: only the
+  // pictures tell the IDR (frame 60) from the P pictures. The tables come
+  // once: before the video, after a packet cut out of a frame, or after the
+  // first frame.
+  const std::string tables =
+      MakePat({{1, 0x1000}}) + MakePmt({1, 0x1000}, 0x1FFF, {{0x0F, 0x101}, {0x1B, 0x100}});
+  PacketSpec cut;  // the end of a frame whose start is not in the file
+  cut.pcrBase = 0;
+  for (int tablesAt = 0; tablesAt < 3; ++tablesAt) {
+    std::string stream = tablesAt == 0 ? tables : "";
+    stream += MakePacket(cut);
+    stream += tablesAt == 1 ? tables : "";
+    for (int frame = 1; frame < 75; ++frame) {
+      const uint64_t clock = 3600 * static_cast<uint64_t>(frame);
+      const std::optional<uint64_t> pcr = EveryTenth(frame, clock);
+      stream += Frame(0x100, clock + 9000, H264Picture(frame == 60), pcr, true);
+      stream += frame == 1 && tablesAt == 2 ? tables : "";
+    }
+    const std::vector<SplitPoint> points = Scan(stream);
+    ASSERT_EQ(8u, points.size()) << tablesAt;
+    EXPECT_EQ(225000, points[0].keyFrameDelay.value_or(-1)) << tablesAt;
+    EXPECT_FALSE(points[0].Playable()) << tablesAt;
+    EXPECT_EQ(225000 - 36000, points[1].keyFrameDelay.value_or(-1)) << tablesAt;
+    EXPECT_FALSE(points[1].Playable()) << tablesAt;
+    EXPECT_EQ(225000 - 72000, points[2].keyFrameDelay.value_or(-1)) << tablesAt;
+    EXPECT_TRUE(points[2].Passes()) << tablesAt;
+    EXPECT_EQ(9000, points[6].keyFrameDelay.value_or(-1)) << tablesAt;
+    EXPECT_FALSE(points[7].keyFrameDelay) << tablesAt;
+  }
+}
+
+TEST(SplitPoints, EveryPointIsMeasuredOnItsOwnClock) {
+  // No tables. The first PCR belongs to another program, on a PID of its
+  // own and on a clock about to wrap; the video's own PCRs, at 10 s, come
+  // after. Both programs' points are judged against the first video, each
+  // on its own clock.
+  const uint64_t nearWrap = kClockMask + 1 - 18000;  // 0.2 s before the wrap
+  std::string stream = PcrOnly(0x1FF, nearWrap);
+  for (int frame = 0; frame < 50; ++frame) {
+    const uint64_t clock = 900000 + 3600 * static_cast<uint64_t>(frame);
+    const std::optional<uint64_t> pcr = EveryTenth(frame, clock);
+    stream += Frame(0x100, clock + 9000, "", pcr, frame % 25 == 0);
+    if (frame % 10 == 5) {  // 0.4 s on, past the wrap
+      stream += PcrOnly(0x1FF, (nearWrap + 3600 * static_cast<uint64_t>(frame)) & kClockMask);
+    }
+  }
+  const std::vector<SplitPoint> points = Scan(stream);
+  ASSERT_EQ(11u, points.size());
+  // The video's own points: key frames at 0 and 1 s, 0.1 s after their PCR.
+  EXPECT_EQ(0x100, points[1].pcrPid);
+  EXPECT_EQ(9000, points[1].keyFrameDelay.value_or(-1));
+  EXPECT_EQ(90000 + 9000 - 36000, points[3].keyFrameDelay.value_or(-1));
+  EXPECT_EQ(90000 + 9000 - 72000, points[5].keyFrameDelay.value_or(-1));
+  EXPECT_TRUE(points[1].Passes() && points[3].Passes() && points[5].Passes());
+  // The other program's: on its own line the wrap lies behind, and the
+  // video's PTS of 10.1 and 11.1 s read against the wrapped PCRs.
+  EXPECT_EQ(0x1FF, points[0].pcrPid);
+  EXPECT_EQ(18000 + 909000, points[0].keyFrameDelay.value_or(-1));
+  EXPECT_EQ(999000, points[2].keyFrameDelay.value_or(-1));
+  EXPECT_EQ(999000 - 36000, points[4].keyFrameDelay.value_or(-1));
+  EXPECT_FALSE(points[0].Passes() || points[2].Passes() || points[4].Passes());
+}
+
+TEST(SplitPoints, KeyFrameUpToTwoSecondsBehindItsPcrIsAccepted) {
+  // The multiplex runs behind: PTS 1.9 s and 2.1 s before the PCR.
+  for (const int64_t behind : {171000, 180000, 180001, 189000}) {
+    const uint64_t pts = 900000 - static_cast<uint64_t>(behind);
+    const std::vector<SplitPoint> points = Scan(MakePacket(FrameStart(pts, 900000, true)));
+    ASSERT_EQ(1u, points.size());
+    EXPECT_EQ(-behind, points[0].keyFrameDelay.value_or(1));
+    EXPECT_EQ(behind <= 180000, points[0].Passes()) << behind;
+    EXPECT_EQ(behind > 180000, points[0].Late()) << behind;
+  }
+}
+
+// Every report item of a stream, read with at most `held` items in memory.
+std::vector<ReportItem> Report(const std::string& stream, size_t held, size_t* most = nullptr) {
+  SplitPointScanner scanner(held);
+  std::vector<ReportItem> items;
+  for (size_t at = 0; at + kPacketSize <= stream.size(); at += kPacketSize) {
+    scanner.Add(ParsePacket(reinterpret_cast<const uint8_t*>(stream.data() + at)));
+    if (at % (kPacketSize * 1000) == 0) {
+      scanner.AddNote("note at byte " + std::to_string(at), at % 3 == 0);
+      for (ReportItem& item : scanner.TakeReady()) items.push_back(std::move(item));
+    }
+    if (most != nullptr) *most = std::max(*most, scanner.HeldInMemory());
+  }
+  scanner.Finish();
+  for (auto ready = scanner.TakeReady(); !ready.empty(); ready = scanner.TakeReady()) {
+    EXPECT_LE(ready.size(), 2 * held + 2);  // what was held, then what was in memory
+    for (ReportItem& item : ready) items.push_back(std::move(item));
+  }
+  return items;
+}
+
+void ExpectSameReport(const std::vector<ReportItem>& expected, const std::vector<ReportItem>& got) {
+  ASSERT_EQ(expected.size(), got.size());
+  for (size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_EQ(expected[i].isPoint, got[i].isPoint) << i;
+    EXPECT_EQ(expected[i].note, got[i].note) << i;
+    EXPECT_EQ(expected[i].fails, got[i].fails) << i;
+    const SplitPoint& a = expected[i].point;
+    const SplitPoint& b = got[i].point;
+    EXPECT_EQ(a.packet, b.packet) << i;
+    EXPECT_EQ(a.pcrPid, b.pcrPid) << i;
+    EXPECT_EQ(a.pcrBase, b.pcrBase) << i;
+    EXPECT_EQ(a.time, b.time) << i;
+    EXPECT_EQ(a.onFrameBoundary, b.onFrameBoundary) << i;
+    EXPECT_EQ(a.keyFrameDelay, b.keyFrameDelay) << i;
+  }
+}
+
+TEST(SplitPoints, LongWaitForAKeyFrameHoldsLittleInMemory) {
+  // 20 minutes with a PCR on every frame and no key frame: every point
+  // waits to the end, and so does every line after it.
+  StreamShape none;
+  none.frames = 25 * 60 * 20;
+  none.keyFrameEvery = 0;
+  none.pcrEvery = 1;
+  none.packetsPerFrame = 1;
+  none.audio = false;
+  size_t most = 0;
+  const std::vector<ReportItem> items = Report(MakeStream(none), 64, &most);
+  EXPECT_LE(most, 65u);
+  size_t points = 0;
+  for (const ReportItem& item : items) {
+    if (!item.isPoint) continue;
+    EXPECT_EQ(points++, item.point.packet);
+    EXPECT_FALSE(item.point.keyFrameDelay);
+    EXPECT_TRUE(item.point.onFrameBoundary);
+  }
+  EXPECT_EQ(static_cast<size_t>(none.frames), points);
+}
+
+TEST(SplitPoints, HeldItemsComeBackUnchanged) {
+  // Key frames far apart, a clock jump, PCRs inside frames, two programs
+  // on one video: the same report whether items are held in memory or not.
+  StreamShape sparse;
+  sparse.frames = 25 * 40;
+  sparse.keyFrameEvery = 25 * 15;
+  sparse.pcrEvery = 3;
+  StreamShape inside = sparse;
+  inside.pcrInsideFrame = true;
+  inside.firstPcr = 100;
+  std::string stream = MakeStream(sparse) + MakeStream(inside);
+  for (size_t at = 0; at < 30; ++at) stream += PcrOnly(0x1FF, 5000000 + at * 9000);
+  stream += MakeStream(sparse);
+  const std::vector<ReportItem> inMemory = Report(stream, size_t{1} << 30);
+  ASSERT_GT(inMemory.size(), 900u);
+  for (const size_t held : {1, 7, 100}) {
+    ExpectSameReport(inMemory, Report(stream, held));
+  }
+}
+
+TEST(SplitPoints, PointsWaitingForAnyVideoOrForItsNextPacketAreHeldToo) {
+  // PCRs for minutes before any video (as of a radio program), and PCRs
+  // on their own PID while the video the PMT names sends nothing: then
+  // the video comes, with a key frame at its second frame.
+  std::string noVideo;
+  std::string silentVideo = MakePat({{1, 0x1000}}) + MakePmt({1, 0x1000}, 0x1FF, {{0x1B, 0x100}});
+  for (uint64_t at = 0; at < 3000; ++at) {
+    noVideo += PcrOnly(0x1FF, 900000 + at * 3600);
+    silentVideo += PcrOnly(0x1FF, 900000 + at * 3600);
+  }
+  for (std::string* stream : {&noVideo, &silentVideo}) {
+    const uint64_t video = 900000 + 3000 * 3600;
+    *stream += Frame(0x100, video, H264Picture(false), std::nullopt, false) +
+               Frame(0x100, video + 3600, H264Picture(true), std::nullopt, true);
+    size_t most = 0;
+    const std::vector<ReportItem> held = Report(*stream, 16, &most);
+    EXPECT_LE(most, 17u);
+    const std::vector<ReportItem> inMemory = Report(*stream, size_t{1} << 30);
+    ExpectSameReport(inMemory, held);
+    const auto first = std::find_if(inMemory.begin(), inMemory.end(),
+                                    [](const ReportItem& item) { return item.isPoint; });
+    ASSERT_NE(inMemory.end(), first);
+    EXPECT_EQ(3000 * 3600 + 3600, first->point.keyFrameDelay.value_or(-1));
+    EXPECT_EQ(stream == &silentVideo, first->point.onFrameBoundary);
+  }
 }
 
 }  // namespace

@@ -75,6 +75,16 @@ std::string MakePacket(const PacketSpec& fields) {
   return packet;
 }
 
+PacketSpec FrameStart(uint64_t pts, std::optional<uint64_t> pcr, bool randomAccess) {
+  PacketSpec fields;
+  fields.unitStart = true;
+  fields.randomAccess = randomAccess;
+  fields.streamId = 0xE0;
+  fields.pts = pts;
+  fields.pcrBase = pcr;
+  return fields;
+}
+
 namespace {
 
 // One packet holding a table section (from table_id on, CRC added).
@@ -146,6 +156,46 @@ std::string H264Picture(bool idr) {
 
 std::string H264RecoveryPointPicture() {
   return std::string("\0\0\0\1\x06\x06\x01\xC4\x80", 9) + std::string("\0\0\1\x41\x9A\x02", 6);
+}
+
+namespace {
+
+// A payload type or size: a run of 0xFF bytes, then the rest.
+void AppendSeiNumber(std::string& out, unsigned value) {
+  for (; value >= 255; value -= 255) {
+    out += static_cast<char>(0xFF);
+  }
+  out += static_cast<char>(value);
+}
+
+// Inserts 0x03 after every two zero bytes that a byte of 3 or less follows.
+std::string EscapeRbsp(const std::string& rbsp) {
+  std::string out;
+  int zeros = 0;
+  for (const char c : rbsp) {
+    const auto byte = static_cast<uint8_t>(c);
+    if (zeros >= 2 && byte <= 3) {
+      out += '\x03';
+      zeros = 0;
+    }
+    out += c;
+    zeros = byte == 0 ? zeros + 1 : 0;
+  }
+  return out;
+}
+
+}  // namespace
+
+std::string H264SeiPicture(const std::vector<SeiMessage>& messages) {
+  std::string rbsp;
+  for (const SeiMessage& message : messages) {
+    AppendSeiNumber(rbsp, message.type);
+    AppendSeiNumber(rbsp, static_cast<unsigned>(message.payload.size()));
+    rbsp += message.payload;
+  }
+  rbsp += static_cast<char>(0x80);  // trailing bits
+  return std::string("\0\0\0\1\x09\xF0\0\0\1\x06", 10) + EscapeRbsp(rbsp) +
+         std::string("\0\0\1\x41\x9A\x02", 6);
 }
 
 std::string H265Picture(uint8_t nalType) {

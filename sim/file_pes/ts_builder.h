@@ -26,6 +26,10 @@ struct PacketSpec {
 // One 188-byte packet.
 std::string MakePacket(const PacketSpec& fields);
 
+// The first packet of a frame of video on PID 0x100: a PES header with the
+// PTS, the PCR when given.
+PacketSpec FrameStart(uint64_t pts, std::optional<uint64_t> pcr, bool randomAccess);
+
 struct StreamShape {
   int frames = 50;
   int framesPerSecond = 25;
@@ -52,8 +56,15 @@ std::string MakePmt(const TableProgram& program, uint16_t pcrPid,
                     const std::vector<TableStream>& streams);
 
 // Start codes and first bytes of pictures, as a frame's data.
-std::string H264Picture(bool idr);             // access unit delimiter, then a slice
-std::string H264RecoveryPointPicture();        // recovery point SEI, then a non-IDR slice
+std::string H264Picture(bool idr);       // access unit delimiter, then a slice
+std::string H264RecoveryPointPicture();  // recovery point SEI, then a non-IDR slice
+struct SeiMessage {
+  unsigned type = 0;
+  std::string payload;
+};
+// One SEI unit holding the messages (emulation prevention applied), then a
+// non-IDR slice.
+std::string H264SeiPicture(const std::vector<SeiMessage>& messages);
 std::string H265Picture(uint8_t nalType);      // e.g. 19 (IDR), 21 (CRA), 1 (trailing)
 std::string Mpeg2Picture(uint8_t codingType);  // 1 I, 2 P, 3 B
 
