@@ -1,18 +1,25 @@
 #include "store/table_row.h"
 
-#include <charconv>
 #include <cstdio>
 
+#include "store/digits.h"
+
 TableRow& TableRow::Unsigned(uint64_t value, int width) {
-  char digits[24];
-  const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, value);
-  return Right(std::string_view(digits, static_cast<size_t>(end.ptr - digits)), width);
+  char digits[kMaxDecimalBytes];
+  char* const end = digits + sizeof digits;
+  const char* const begin = DecimalEndingAt(end, value);
+  return Right(std::string_view(begin, static_cast<size_t>(end - begin)), width);
 }
 
 TableRow& TableRow::Signed(int64_t value, int width) {
-  char digits[24];
-  const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, value);
-  return Right(std::string_view(digits, static_cast<size_t>(end.ptr - digits)), width);
+  char digits[kMaxDecimalBytes];
+  char* const end = digits + sizeof digits;
+  // The magnitude of the most negative value only fits unsigned.
+  const uint64_t magnitude =
+      value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
+  char* begin = DecimalEndingAt(end, magnitude);
+  if (value < 0) *--begin = '-';
+  return Right(std::string_view(begin, static_cast<size_t>(end - begin)), width);
 }
 
 TableRow& TableRow::Fixed(double value, int decimals, int width) {

@@ -1,19 +1,15 @@
 #include "store/time_text.h"
 
+#include "store/digits.h"
+
 namespace {
 
-char* TwoDigits(char* out, int value) {
-  out[0] = static_cast<char>('0' + value / 10 % 10);
-  out[1] = static_cast<char>('0' + value % 10);
-  return out + 2;
-}
-
 char* Clock(char* out, const struct tm& local) {
-  out = TwoDigits(out, local.tm_hour);
+  out = TwoDigits(out, static_cast<unsigned>(local.tm_hour));
   *out++ = ':';
-  out = TwoDigits(out, local.tm_min);
+  out = TwoDigits(out, static_cast<unsigned>(local.tm_min));
   *out++ = ':';
-  return TwoDigits(out, local.tm_sec);
+  return TwoDigits(out, static_cast<unsigned>(local.tm_sec));
 }
 
 }  // namespace
@@ -25,12 +21,12 @@ size_t DateTimeText(time_t seconds, char (&out)[kTimeTextBytes]) {
   if (localtime_r(&seconds, &local) == nullptr) {
     return 0;
   }
-  char* end = TwoDigits(out, local.tm_mon + 1);
+  char* end = TwoDigits(out, static_cast<unsigned>(local.tm_mon + 1));
   *end++ = '/';
-  end = TwoDigits(end, local.tm_mday);
+  end = TwoDigits(end, static_cast<unsigned>(local.tm_mday));
   *end++ = '/';
   // The year within its century, as %y gives it for years before 1900 too.
-  end = TwoDigits(end, (local.tm_year % 100 + 100) % 100);
+  end = TwoDigits(end, static_cast<unsigned>((local.tm_year % 100 + 100) % 100));
   *end++ = ' ';
   end = Clock(end, local);
   *end = '\0';
