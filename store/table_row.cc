@@ -4,6 +4,14 @@
 
 #include "store/digits.h"
 
+void TableRow::Grow(size_t bytes) {
+  std::string larger(2 * capacity_ + bytes, ' ');
+  larger.replace(0, size_, data_, size_);
+  large_.swap(larger);
+  data_ = &large_[0];
+  capacity_ = large_.size();
+}
+
 TableRow& TableRow::Unsigned(uint64_t value, int width) {
   char digits[kMaxDecimalBytes];
   char* const end = digits + sizeof digits;
