@@ -103,25 +103,40 @@ class ZoneSetting {
   std::string value_;
 };
 
-// The hour last converted, and the zone it was converted in.
-class LastHour {
+// The last few hours converted, and the zone they were converted in. A row
+// shows times of more than one hour (an event's export time, a file's stop
+// time in the next hour), so each keeps its own hour.
+class RecentHours {
  public:
   bool Find(time_t seconds, LocalTime& out) {
-    if (zone_.Changed()) known_ = false;
-    if (known_ && seconds >= first_ && seconds <= last_) {
-      FromLocalSeconds(static_cast<int64_t>(seconds) + distance_, out);
-      return true;
+    if (zone_.Changed()) {
+      for (Hour& hour : hours_) hour.known = false;
+    }
+    for (const Hour& hour : hours_) {
+      if (hour.known && seconds >= hour.first && seconds <= hour.last) {
+        FromLocalSeconds(static_cast<int64_t>(seconds) + hour.distance, out);
+        return true;
+      }
     }
     return Learn(seconds, out);
   }
 
  private:
-  // Converts with localtime_r, and remembers the moment's hour when local
-  // time stands at one distance from its first second to its last: no switch
-  // falls inside it then, as no zone switches twice within an hour (in the
-  // time zone database, two changes of a zone's offset are always more than
-  // two hours apart; only a hand-written TZ rule with a summer time shorter
-  // than an hour would do it).
+  // An hour of moments over which local time runs at a fixed distance.
+  struct Hour {
+    bool known = false;
+    int64_t first = 0;
+    int64_t last = 0;
+    int64_t distance = 0;
+  };
+  static constexpr int kHours = 4;
+
+  // Converts with localtime_r, and remembers the moment's hour in place of
+  // the one learnt longest ago when local time stands at one distance from
+  // its first second to its last: no switch falls inside it then, as no zone
+  // switches twice within an hour (in the time zone database, two changes of
+  // a zone's offset are always more than two hours apart; only a
+  // hand-written TZ rule with a summer time shorter than an hour would do it).
   bool Learn(time_t seconds, LocalTime& out) {
     int64_t distance = 0;
     if (!LocalDistance(seconds, out, distance)) return false;
@@ -132,10 +147,8 @@ class LastHour {
     int64_t atLast = 0;
     if (LocalDistance(static_cast<time_t>(first), edge, atFirst) && atFirst == distance &&
         LocalDistance(static_cast<time_t>(last), edge, atLast) && atLast == distance) {
-      known_ = true;
-      first_ = first;
-      last_ = last;
-      distance_ = distance;
+      hours_[oldest_] = Hour{true, first, last, distance};
+      oldest_ = (oldest_ + 1) % kHours;
     }
     return true;
   }
@@ -157,10 +170,8 @@ class LastHour {
   }
 
   ZoneSetting zone_;
-  bool known_ = false;
-  int64_t first_ = 0;
-  int64_t last_ = 0;
-  int64_t distance_ = 0;
+  Hour hours_[kHours];
+  int oldest_ = 0;
   // The day last taken apart into a date.
   bool dayKnown_ = false;
   int64_t day_ = 0;
@@ -182,6 +193,6 @@ bool PlainLocalTimeOf(time_t seconds, LocalTime& out) {
 }
 
 bool LocalTimeOf(time_t seconds, LocalTime& out) {
-  thread_local LastHour last;
-  return last.Find(seconds, out);
+  thread_local RecentHours recent;
+  return recent.Find(seconds, out);
 }

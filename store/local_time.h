@@ -3,8 +3,8 @@
 // consecutive rows mostly fall in the same hour; localtime_r looks the zone's
 // rules up afresh every time. Within an hour that holds no change of the
 // zone's offset (a DST switch or any other), local time runs at a fixed
-// distance from the moment, so the last hour converted is remembered with
-// that distance and the fields are derived from it.
+// distance from the moment, so the last few hours converted are remembered
+// with that distance and the fields are derived from it.
 #ifndef STORE_LOCAL_TIME_H_
 #define STORE_LOCAL_TIME_H_
 
@@ -28,8 +28,8 @@ struct LocalTime {
 // localtime_r's answer; false when it has none (a year that does not fit).
 bool PlainLocalTimeOf(time_t seconds, LocalTime& out);
 
-// The same answer, derived from the hour converted last when `seconds` falls
-// in it. A change of TZ (set, changed or unset) makes the next conversion ask
+// The same answer, derived from one of the hours converted last when
+// `seconds` falls in it. A change of TZ (set, changed or unset) makes the next conversion ask
 // localtime_r again, so the answers stay localtime_r's as long as tzset is
 // called right after the change, as any change of zone must be followed for
 // localtime_r itself to see it. The tool never changes TZ.

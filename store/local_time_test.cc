@@ -81,8 +81,9 @@ const char* const kZones[] = {
     "EST5EDT,M3.2.0,M11.1.0", "<+1345>-13:45",    "UTC",
 };
 
-// Rows five minutes apart, as a listing shows them, across a week on each
-// side of the switches of 2023 and 2024, and every second around each switch.
+// Rows five minutes apart, as a listing shows them, each with times of other
+// hours beside, across a week on each side of the switches of 2023 and 2024,
+// and every second around each switch.
 TEST_F(LocalTimeTest, RowsAcrossSwitchesInZonesWithThem) {
   for (const char* zone : kZones) {
     Zone(zone);
@@ -101,7 +102,9 @@ TEST_F(LocalTimeTest, RowsAcrossSwitchesInZonesWithThem) {
       }
       for (int64_t s = after - 7 * 86400; s < after + 7 * 86400; s += 300) {
         ASSERT_TRUE(SameAsPlain(s)) << zone;
-        ASSERT_TRUE(SameAsPlain(s + 300)) << zone;  // the stop time of the row
+        ASSERT_TRUE(SameAsPlain(s + 300)) << zone;    // the stop time of the row
+        ASSERT_TRUE(SameAsPlain(s + 3600)) << zone;   // an export an hour later
+        ASSERT_TRUE(SameAsPlain(s - 86400)) << zone;  // and one from the day before
       }
       for (int64_t s = after - 7200; s < after + 7200; ++s) {
         ASSERT_TRUE(SameAsPlain(s)) << zone;
