@@ -1,8 +1,7 @@
 #include "store/table_row.h"
 
-#include <cstdio>
-
 #include "store/digits.h"
+#include "store/fixed_point.h"
 
 void TableRow::Grow(size_t bytes) {
   std::string larger(2 * capacity_ + bytes, ' ');
@@ -32,12 +31,13 @@ TableRow& TableRow::Signed(int64_t value, int width) {
 
 TableRow& TableRow::Fixed(double value, int decimals, int width) {
   // The stream itself formats a double in fixed notation with "%.*f".
-  char digits[400];
-  const int length = std::snprintf(digits, sizeof digits, "%.*f", decimals, value);
-  if (length < 0) {
+  char digits[kFixedTextBytes];
+  size_t length = ExactFixed(value, decimals, digits);
+  if (length == 0) {
+    length = PrintfFixed(value, decimals, digits);
+  }
+  if (length == 0) {
     return *this;
   }
-  const size_t size =
-      static_cast<size_t>(length) < sizeof digits ? static_cast<size_t>(length) : sizeof digits - 1;
-  return Right(std::string_view(digits, size), width);
+  return Right(std::string_view(digits, length), width);
 }
