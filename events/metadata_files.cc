@@ -105,7 +105,10 @@ int64_t EventSizeIn(const std::string& directory, const std::string& reid) {
   // The recorder keeps file sizes in 32 bits.
   int64_t total = static_cast<int32_t>(static_cast<uint32_t>(data.st_size));
 
-  tinyxml2::XMLDocument description;
+  // One document serves every event: loading clears it first, and its
+  // memory pools stay for the next description instead of being set up and
+  // torn down for each.
+  thread_local tinyxml2::XMLDocument description;
   std::FILE* file = OpenDescription(descriptionPath);
   const bool loaded = file != nullptr && description.LoadFile(file) == tinyxml2::XML_SUCCESS;
   if (file != nullptr) {
