@@ -131,26 +131,51 @@ class RecentHours {
   };
   static constexpr int kHours = 4;
 
-  // Converts with localtime_r, and remembers the moment's hour in place of
-  // the one learnt longest ago when local time stands at one distance from
-  // its first second to its last: no switch falls inside it then, as no zone
-  // switches twice within an hour (in the time zone database, two changes of
-  // a zone's offset are always more than two hours apart; only a
-  // hand-written TZ rule with a summer time shorter than an hour would do it).
+  // Learns the moment's hour, in place of the one learnt longest ago, when
+  // local time stands at one distance from its first second to its last: no
+  // switch falls inside it then, as no zone switches twice within an hour (in
+  // the time zone database, two changes of a zone's offset are days apart;
+  // only a hand-written TZ rule with a summer time shorter than an hour would
+  // do it). When the hour before or after is known, its distance stands for
+  // the near end, so a listing in either order asks localtime_r once an hour.
+  // An hour with a switch in it is not learnt: the moment is converted by
+  // localtime_r alone.
   bool Learn(time_t seconds, LocalTime& out) {
-    int64_t distance = 0;
-    if (!LocalDistance(seconds, out, distance)) return false;
+    // A moment far beyond any year localtime_r answers, or an hour that
+    // time_t cannot hold whole, is converted by localtime_r alone.
+    constexpr int64_t kFarthest = int64_t{1} << 62;
+    if (static_cast<int64_t>(seconds) <= -kFarthest || static_cast<int64_t>(seconds) >= kFarthest) {
+      return PlainLocalTimeOf(seconds, out);
+    }
     const int64_t first = FloorDivide(seconds, kSecondsPerHour) * kSecondsPerHour;
     const int64_t last = first + kSecondsPerHour - 1;
+    if (static_cast<int64_t>(static_cast<time_t>(first)) != first ||
+        static_cast<int64_t>(static_cast<time_t>(last)) != last) {
+      return PlainLocalTimeOf(seconds, out);
+    }
     LocalTime edge;
     int64_t atFirst = 0;
     int64_t atLast = 0;
-    if (LocalDistance(static_cast<time_t>(first), edge, atFirst) && atFirst == distance &&
-        LocalDistance(static_cast<time_t>(last), edge, atLast) && atLast == distance) {
-      hours_[oldest_] = Hour{true, first, last, distance};
-      oldest_ = (oldest_ + 1) % kHours;
+    bool firstKnown = false;
+    bool lastKnown = false;
+    for (const Hour& hour : hours_) {
+      if (hour.known && hour.last == first - 1) {
+        atFirst = hour.distance;
+        firstKnown = true;
+      } else if (hour.known && hour.first == last + 1) {
+        atLast = hour.distance;
+        lastKnown = true;
+      }
     }
-    return true;
+    if ((firstKnown || LocalDistance(static_cast<time_t>(first), edge, atFirst)) &&
+        (lastKnown || LocalDistance(static_cast<time_t>(last), edge, atLast)) &&
+        atFirst == atLast) {
+      hours_[oldest_] = Hour{true, first, last, atFirst};
+      oldest_ = (oldest_ + 1) % kHours;
+      FromLocalSeconds(static_cast<int64_t>(seconds) + atFirst, out);
+      return true;
+    }
+    return PlainLocalTimeOf(seconds, out);
   }
 
   void FromLocalSeconds(int64_t local, LocalTime& out) {
