@@ -22,6 +22,10 @@ class EventRecords : public ::testing::Test {
     return StreamDB::LoadEventInfoFromStatement(statement);
   }
 
+  void Exec(const char* sql) {
+    ASSERT_EQ(SQLITE_OK, sqlite3_exec(database_, sql, nullptr, nullptr, nullptr)) << sql;
+  }
+
   sqlite3* database_ = nullptr;
 };
 
@@ -74,17 +78,13 @@ TEST_F(EventRecords, EachStatementLoadsByItsOwnColumnsWhereverSQLitePlacesIt) {
 }
 
 TEST_F(EventRecords, AStatementCompiledAfreshLoadsByItsNewColumns) {
-  ASSERT_EQ(SQLITE_OK, sqlite3_exec(database_,
-                                    "create table t (reid, part); insert into t "
-                                    "values ('r', 5)",
-                                    nullptr, nullptr, nullptr));
+  Exec("create table t (reid, part); insert into t values ('r', 5)");
   SQLStatement statement(database_, "select * from t");
   ASSERT_EQ(SQLITE_ROW, statement.Step());
   EXPECT_EQ(5u, StreamDB::LoadEventInfoFromStatement(statement).part.GetValue());
   ASSERT_EQ(SQLITE_DONE, statement.Step());
   // Stepping on runs the statement again, compiled for the table as it now is.
-  ASSERT_EQ(SQLITE_OK, sqlite3_exec(database_, "alter table t rename column part to totalparts",
-                                    nullptr, nullptr, nullptr));
+  Exec("alter table t rename column part to totalparts");
   ASSERT_EQ(SQLITE_ROW, statement.Step());
   const StreamMgrApi::EventRecordItem e = StreamDB::LoadEventInfoFromStatement(statement);
   EXPECT_EQ(0u, e.part.GetValue());
@@ -92,10 +92,7 @@ TEST_F(EventRecords, AStatementCompiledAfreshLoadsByItsNewColumns) {
 }
 
 TEST_F(EventRecords, AStatementRunAgainAndAnExplainWhereItWasLoadTheirOwnRows) {
-  ASSERT_EQ(SQLITE_OK, sqlite3_exec(database_,
-                                    "create table t (reid, part); insert into t "
-                                    "values ('r', 5), ('s', 6)",
-                                    nullptr, nullptr, nullptr));
+  Exec("create table t (reid, part); insert into t values ('r', 5), ('s', 6)");
   for (int i = 0; i < 3; ++i) {
     {
       SQLStatement statement(database_, "select * from t");

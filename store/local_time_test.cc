@@ -1,4 +1,5 @@
 #include "store/local_time.h"
+#include "testing/time_zone.h"
 
 #include <gtest/gtest.h>
 
@@ -9,34 +10,12 @@
 
 namespace {
 
-// Restores the time zone of the test run (the harness sets TZ=UTC).
 class LocalTimeTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    const char* zone = std::getenv("TZ");
-    hadZone_ = zone != nullptr;
-    saved_ = hadZone_ ? zone : "";
-  }
-  void TearDown() override {
-    if (hadZone_) {
-      setenv("TZ", saved_.c_str(), 1);
-    } else {
-      unsetenv("TZ");
-    }
-    tzset();
-  }
-  static void Zone(const char* zone) {
-    if (zone == nullptr) {
-      unsetenv("TZ");
-    } else {
-      setenv("TZ", zone, 1);
-    }
-    tzset();
-  }
+  static void Zone(const char* zone) { TimeZone::Set(zone); }
 
  private:
-  std::string saved_;
-  bool hadZone_ = false;
+  TimeZone restored_;
 };
 
 std::string Text(const LocalTime& t) {
