@@ -22,6 +22,10 @@ class EventRecords : public ::testing::Test {
     return StreamDB::LoadEventInfoFromStatement(statement);
   }
 
+  void Exec(const char* sql) {
+    ASSERT_EQ(SQLITE_OK, sqlite3_exec(database_, sql, nullptr, nullptr, nullptr)) << sql;
+  }
+
   sqlite3* database_ = nullptr;
 };
 
@@ -71,6 +75,90 @@ TEST_F(EventRecords, EachStatementLoadsByItsOwnColumnsWhereverSQLitePlacesIt) {
     EXPECT_EQ("g", second.groupId.GetValue());
     EXPECT_EQ(0u, second.part.GetValue());
   }
+}
+
+TEST_F(EventRecords, AStatementCompiledAfreshLoadsByItsNewColumns) {
+  Exec("create table t (reid, part); insert into t values ('r', 5)");
+  SQLStatement statement(database_, "select * from t");
+  ASSERT_EQ(SQLITE_ROW, statement.Step());
+  EXPECT_EQ(5u, StreamDB::LoadEventInfoFromStatement(statement).part.GetValue());
+  ASSERT_EQ(SQLITE_DONE, statement.Step());
+  // Stepping on runs the statement again, compiled for the table as it now is.
+  Exec("alter table t rename column part to totalparts");
+  ASSERT_EQ(SQLITE_ROW, statement.Step());
+  const StreamMgrApi::EventRecordItem e = StreamDB::LoadEventInfoFromStatement(statement);
+  EXPECT_EQ(0u, e.part.GetValue());
+  EXPECT_EQ(5u, e.totalParts.GetValue());
+}
+
+TEST_F(EventRecords, AStatementRunAgainAndAnExplainWhereItWasLoadTheirOwnRows) {
+  Exec("create table t (reid, part); insert into t values ('r', 5), ('s', 6)");
+  for (int i = 0; i < 3; ++i) {
+    {
+      SQLStatement statement(database_, "select * from t");
+      for (int run = 0; run < 2; ++run) {
+        ASSERT_EQ(SQLITE_ROW, statement.Step());
+        EXPECT_EQ("r", StreamDB::LoadEventInfoFromStatement(statement).reid.GetValue());
+        ASSERT_EQ(SQLITE_ROW, statement.Step());
+        EXPECT_EQ(6u, StreamDB::LoadEventInfoFromStatement(statement).part.GetValue());
+        ASSERT_EQ(SQLITE_DONE, statement.Step());
+      }
+    }
+    // Rows of another shape, from a statement that does not count its runs.
+    SQLStatement explain(database_, "explain select * from t");
+    ASSERT_EQ(SQLITE_ROW, explain.Step());
+    const StreamMgrApi::EventRecordItem e = StreamDB::LoadEventInfoFromStatement(explain);
+    EXPECT_EQ("", e.reid.GetValue());
+    EXPECT_EQ(0u, e.part.GetValue());
+  }
+}
+
+TEST_F(EventRecords, EveryRowOfAStatementLoadsAsItWouldAlone) {
+  // Integer columns holding NULL, text, and values at and past the 32-bit
+  // and 64-bit limits, each row loaded from one statement over all of them
+  // and again from a statement that selects that row alone.
+  const char* const values[] = {"NULL",
+                                "'12abc'",
+                                "'none'",
+                                "''",
+                                "-1",
+                                "0",
+                                "2147483647",
+                                "2147483648",
+                                "4294967295",
+                                "4294967296",
+                                "-2147483648",
+                                "-2147483649",
+                                "9223372036854775807",
+                                "(-9223372036854775807 - 1)",
+                                "1.5e300",
+                                "X'3132'",
+                                "' 42'",
+                                "'0x10'"};
+  std::string all;
+  for (const char* value : values) {
+    const std::string row = std::string("select 'r' as reid, ") + value + " as state, " + value +
+                            " as starttime, " + value + " as exporttime, " + value +
+                            " as stoptick, " + value + " as part, " + value + " as crcode1";
+    all += (all.empty() ? "" : " union all ") + row;
+  }
+  SQLStatement statement(database_, all);
+  ASSERT_TRUE(statement.prepared);
+  for (const char* value : values) {
+    ASSERT_EQ(SQLITE_ROW, statement.Step()) << value;
+    const StreamMgrApi::EventRecordItem many = StreamDB::LoadEventInfoFromStatement(statement);
+    const StreamMgrApi::EventRecordItem alone =
+        Load(std::string("select 'r' as reid, ") + value + " as state, " + value +
+             " as starttime, " + value + " as exporttime, " + value + " as stoptick, " + value +
+             " as part, " + value + " as crcode1");
+    EXPECT_EQ(alone.state, many.state) << value;
+    EXPECT_EQ(alone.startTime.GetValue(), many.startTime.GetValue()) << value;
+    EXPECT_EQ(alone.exportTime.GetValue(), many.exportTime.GetValue()) << value;
+    EXPECT_EQ(alone.stopTick.GetValue(), many.stopTick.GetValue()) << value;
+    EXPECT_EQ(alone.part.GetValue(), many.part.GetValue()) << value;
+    EXPECT_EQ(alone.crCode1, many.crCode1) << value;
+  }
+  EXPECT_EQ(SQLITE_DONE, statement.Step());
 }
 
 TEST_F(EventRecords, NullAndMissingColumnsReadAsZeroOrEmpty) {

@@ -196,8 +196,10 @@ void DisplayEvent(const StreamMgrApi::EventRecordItem& event, unsigned flag) {
   if (!answers.empty()) {
     row.Right(answers.front().answer.GetValue(), 20).Add(kSeparator);
   }
+  row.Add("\n");
   // The stream is left right-aligned and in the size column's notation, as
-  // field by field insertion would leave it.
+  // field by field insertion would leave it. The line end goes in with the
+  // row and the flush follows, as endl has it.
   std::cout << std::right << std::fixed << std::setprecision(size.decimals) << row.Line()
-            << std::endl;
+            << std::flush;
 }

@@ -4,11 +4,10 @@
 #include <tinyxml2.h>
 #include <unistd.h>
 
-#include <cctype>
 #include <cstdio>
-#include <cstdlib>
 #include <iostream>
 
+#include "events/integer_attribute.h"
 #include "recorder/recorder_places.h"
 #include "store/recorder_arithmetic.h"
 #include "store/regular_file.h"
@@ -46,29 +45,6 @@ int32_t SegmentBytes(int32_t start, int32_t stop) {
   return stop > 0 ? WrappedDifference(stop, start) : 0;
 }
 
-// The integer attribute `name` of `segment`, read as the library reads it
-// (the result tells a missing attribute from one that is not an integer).
-// The library converts with sscanf, as wide as the C library's long: a
-// 64-bit host reads a value beyond 32 bits whole and cuts it to 32 bits, a
-// 32-bit recorder would stop at the limit. Where long is that narrow, an
-// accepted value is read again at 64 bits and cut the same way, so that
-// event sizes do not depend on the machine.
-tinyxml2::XMLError QueryInt(const tinyxml2::XMLElement& segment, const char* name, int& value) {
-  const tinyxml2::XMLError result = segment.QueryIntAttribute(name, &value);
-  if (sizeof(long) >= sizeof(int64_t) || result != tinyxml2::XML_SUCCESS) {
-    return result;
-  }
-  // The library read hexadecimal after a "0x" (blanks before it allowed),
-  // decimal otherwise; its text is known to convert.
-  const char* digits = segment.Attribute(name);
-  while (static_cast<unsigned char>(*digits) < 128 && std::isspace(*digits)) ++digits;
-  const bool hexadecimal = digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X');
-  const uint64_t wide = hexadecimal ? std::strtoull(digits, nullptr, 16)
-                                    : static_cast<uint64_t>(std::strtoll(digits, nullptr, 10));
-  value = static_cast<int>(static_cast<uint32_t>(wide));
-  return result;
-}
-
 // Adds the segments of one stream element to `total`. False when a segment is
 // unusable: the message is written and nothing after it may be counted.
 bool AddStreamSegments(const tinyxml2::XMLElement& stream, int64_t& total) {
@@ -86,16 +62,16 @@ bool AddStreamSegments(const tinyxml2::XMLElement& stream, int64_t& total) {
     int start = 0;
     int stop = 0;
     int source = 0;
-    if (QueryInt(*segment, "start-offset", start) == tinyxml2::XML_WRONG_ATTRIBUTE_TYPE) {
+    if (IntAttribute(*segment, "start-offset", start) == tinyxml2::XML_WRONG_ATTRIBUTE_TYPE) {
       std::cerr << "Start offset invalid";
       return false;
     }
-    if (QueryInt(*segment, "stop-offset", stop) == tinyxml2::XML_WRONG_ATTRIBUTE_TYPE) {
+    if (IntAttribute(*segment, "stop-offset", stop) == tinyxml2::XML_WRONG_ATTRIBUTE_TYPE) {
       std::cerr << "Stop offset invalid";
       return false;
     }
     // The source file number is not summed, but a segment without one is corrupt.
-    if (QueryInt(*segment, "src", source) != tinyxml2::XML_SUCCESS) {
+    if (IntAttribute(*segment, "src", source) != tinyxml2::XML_SUCCESS) {
       std::cerr << "Source file number missing";
       return false;
     }
@@ -129,7 +105,10 @@ int64_t EventSizeIn(const std::string& directory, const std::string& reid) {
   // The recorder keeps file sizes in 32 bits.
   int64_t total = static_cast<int32_t>(static_cast<uint32_t>(data.st_size));
 
-  tinyxml2::XMLDocument description;
+  // One document serves every event: loading clears it first, and its
+  // memory pools stay for the next description instead of being set up and
+  // torn down for each.
+  thread_local tinyxml2::XMLDocument description;
   std::FILE* file = OpenDescription(descriptionPath);
   const bool loaded = file != nullptr && description.LoadFile(file) == tinyxml2::XML_SUCCESS;
   if (file != nullptr) {

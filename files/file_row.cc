@@ -90,7 +90,8 @@ void DisplayFile(StreamMgrApi::StreamfileRecordItem& file) {
   row.Unsigned(file.stopTick.GetValue(), kTickWidth).Add(kSeparator);
   row.Unsigned(file.previous.GetValue(), kChainWidth).Add(kSeparator);
   row.Unsigned(file.next.GetValue(), kChainWidth).Add(kSeparator);
-  row.Right(FileTypeToStr(file.type), kTypeWidth).Add(kSeparator);
-  // The stream is left right-aligned, as field by field insertion would leave it.
-  std::cout << std::right << row.Line() << std::endl;
+  row.Right(FileTypeToStr(file.type), kTypeWidth).Add(kSeparator).Add("\n");
+  // The stream is left right-aligned, as field by field insertion would leave
+  // it. The line end goes in with the row and the flush follows, as endl has it.
+  std::cout << std::right << row.Line() << std::flush;
 }

@@ -15,7 +15,11 @@
 
 class TableRow {
  public:
-  TableRow() : line_(kUsualBytes, ' ') {}
+  // The buffer is written before it is read: Line() shows only what was put in.
+  // cppcheck-suppress uninitMemberVar
+  TableRow() = default;
+  TableRow(const TableRow&) = delete;
+  TableRow& operator=(const TableRow&) = delete;
 
   // Text with no field width.
   TableRow& Add(std::string_view text) {
@@ -37,7 +41,7 @@ class TableRow {
   // std::setprecision(decimals)), right-aligned in `width`.
   TableRow& Fixed(double value, int decimals, int width);
 
-  std::string_view Line() const { return std::string_view(line_.data(), size_); }
+  std::string_view Line() const { return std::string_view(data_, size_); }
 
   // Empties the line for the fields that follow a part already written.
   void Clear() { size_ = 0; }
@@ -48,11 +52,13 @@ class TableRow {
 
   // The next `bytes` bytes of the line, to be written by the caller.
   char* Room(size_t bytes) {
-    if (line_.size() - size_ < bytes) line_.resize(2 * line_.size() + bytes, ' ');
-    char* at = &line_[size_];
+    if (capacity_ - size_ < bytes) Grow(bytes);
+    char* at = data_ + size_;
     size_ += bytes;
     return at;
   }
+  // Moves the line to the heap, with room for `bytes` more.
+  void Grow(size_t bytes);
   void Pad(size_t length, int width) {
     if (width > 0 && length < static_cast<size_t>(width)) {
       const size_t blanks = static_cast<size_t>(width) - length;
@@ -60,8 +66,13 @@ class TableRow {
     }
   }
 
-  std::string line_;  // the row in its first size_ bytes
-  size_t size_ = 0;
+  // A row of a usual width stays on the stack: a row is built for every line
+  // of a listing, and allocating it costs as much as filling it.
+  char usual_[kUsualBytes];
+  std::string large_;  // the line, when it outgrew usual_
+  char* data_ = usual_;
+  size_t capacity_ = kUsualBytes;
+  size_t size_ = 0;  // bytes of the line written so far
 };
 
 #endif  // STORE_TABLE_ROW_H_

@@ -64,4 +64,28 @@ TEST(TableRow, FieldsFollowEachOther) {
   EXPECT_EQ(row.Line(), "    12  G1        Free  ");
 }
 
+TEST(TableRow, LinesWiderThanUsualGrowAndKeepWhatCameBefore) {
+  // Fields of every kind until the line has outgrown its usual room a few times.
+  TableRow row;
+  std::ostringstream streamed;
+  for (int i = 0; i < 300; ++i) {
+    const std::string text(static_cast<size_t>(i % 37), static_cast<char>('a' + i % 26));
+    row.Left(text, 20).Add("  ").Unsigned(static_cast<uint64_t>(i) * 7919, 9);
+    row.Signed(-i, 4).Fixed(i / 8.0, 3, 8).Right(text, 40);
+    streamed << std::left << std::setw(20) << text << "  " << std::right << std::setw(9)
+             << static_cast<uint64_t>(i) * 7919 << std::setw(4) << -i << std::fixed
+             << std::setprecision(3) << std::setw(8) << i / 8.0 << std::setw(40) << text;
+    ASSERT_EQ(row.Line(), streamed.str()) << i;
+  }
+  // A text far wider than the room the line has at the time.
+  const std::string wide(100000, 'w');
+  row.Right(wide, 5);
+  streamed << wide;
+  EXPECT_EQ(row.Line(), streamed.str());
+  row.Clear();
+  EXPECT_EQ(row.Line(), "");
+  row.Add("after");
+  EXPECT_EQ(row.Line(), "after");
+}
+
 }  // namespace

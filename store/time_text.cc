@@ -1,36 +1,32 @@
 #include "store/time_text.h"
 
+#include "store/digits.h"
+#include "store/local_time.h"
+
 namespace {
 
-char* TwoDigits(char* out, int value) {
-  out[0] = static_cast<char>('0' + value / 10 % 10);
-  out[1] = static_cast<char>('0' + value % 10);
-  return out + 2;
-}
-
-char* Clock(char* out, const struct tm& local) {
-  out = TwoDigits(out, local.tm_hour);
+char* Clock(char* out, const LocalTime& local) {
+  out = TwoDigits(out, static_cast<unsigned>(local.hour));
   *out++ = ':';
-  out = TwoDigits(out, local.tm_min);
+  out = TwoDigits(out, static_cast<unsigned>(local.minute));
   *out++ = ':';
-  return TwoDigits(out, local.tm_sec);
+  return TwoDigits(out, static_cast<unsigned>(local.second));
 }
 
 }  // namespace
 
 size_t DateTimeText(time_t seconds, char (&out)[kTimeTextBytes]) {
-  struct tm local;
+  LocalTime local;
   out[0] = '\0';
-  // The time zone is read once; the tool never changes TZ while it runs.
-  if (localtime_r(&seconds, &local) == nullptr) {
+  if (!LocalTimeOf(seconds, local)) {
     return 0;
   }
-  char* end = TwoDigits(out, local.tm_mon + 1);
+  char* end = TwoDigits(out, static_cast<unsigned>(local.month + 1));
   *end++ = '/';
-  end = TwoDigits(end, local.tm_mday);
+  end = TwoDigits(end, static_cast<unsigned>(local.day));
   *end++ = '/';
   // The year within its century, as %y gives it for years before 1900 too.
-  end = TwoDigits(end, (local.tm_year % 100 + 100) % 100);
+  end = TwoDigits(end, static_cast<unsigned>((local.year % 100 + 100) % 100));
   *end++ = ' ';
   end = Clock(end, local);
   *end = '\0';
@@ -38,9 +34,9 @@ size_t DateTimeText(time_t seconds, char (&out)[kTimeTextBytes]) {
 }
 
 size_t ClockText(time_t seconds, char (&out)[kTimeTextBytes]) {
-  struct tm local;
+  LocalTime local;
   out[0] = '\0';
-  if (localtime_r(&seconds, &local) == nullptr) {
+  if (!LocalTimeOf(seconds, local)) {
     return 0;
   }
   char* end = Clock(out, local);

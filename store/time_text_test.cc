@@ -1,4 +1,5 @@
 #include "store/time_text.h"
+#include "testing/time_zone.h"
 
 #include <gtest/gtest.h>
 
@@ -30,30 +31,12 @@ std::string Clock(time_t seconds) {
   return std::string(text, length);
 }
 
-// Restores the time zone of the test run (the harness sets TZ=UTC).
 class TimeTextTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    const char* zone = std::getenv("TZ");
-    saved_ = zone == nullptr ? "" : zone;
-    hadZone_ = zone != nullptr;
-  }
-  void TearDown() override {
-    if (hadZone_) {
-      setenv("TZ", saved_.c_str(), 1);
-    } else {
-      unsetenv("TZ");
-    }
-    tzset();
-  }
-  static void Zone(const char* zone) {
-    setenv("TZ", zone, 1);
-    tzset();
-  }
+  static void Zone(const char* zone) { TimeZone::Set(zone); }
 
  private:
-  std::string saved_;
-  bool hadZone_ = false;
+  TimeZone restored_;
 };
 
 TEST_F(TimeTextTest, KnownTimesInUtc) {

@@ -161,51 +161,44 @@ Member MemberOf(const char* name, const Column (&columns)[N]) {
 
 // Which member each column of a statement fills. Matching names
 // case-insensitively against the record's columns costs more than loading the
-// row, so it is done once and kept while the statement's column names stay
-// the same. The names themselves are compared for each row rather than the
-// statement's address: SQLite may place a later statement where a finalised
-// one was, and a statement compiled afresh after a change of schema may have
-// other columns.
+// row, so it is done once for a run of a statement and kept for its rows,
+// whose columns cannot change. The statement's address alone does not tell
+// it apart (SQLite may place a later statement where a finalised one was),
+// so the map marks the run it was built for: SQLite counts the runs of each
+// statement, starting every run of any statement (a new one, or this one
+// run again, perhaps compiled afresh for a changed schema) by counting it,
+// and the map sets that count to 0 once built. A count still 0 at the next
+// row is the same run of the same statement. An EXPLAIN statement does not
+// count its runs, so its columns are matched on every row.
 class ColumnMap {
  public:
   template <size_t N>
   const std::vector<Member>& For(sqlite3_stmt* handle, const Column (&columns)[N]) {
-    if (!SameNames(handle)) {
+    if (!built_ || handle != handle_ || handle == nullptr ||
+        sqlite3_stmt_status(handle, SQLITE_STMTSTATUS_RUN, 0) != 0 ||
+        sqlite3_stmt_isexplain(handle) != 0) {
       Rebuild(handle, columns);
+      handle_ = handle;
+      built_ = handle != nullptr;
+      // Marks this run.
+      if (built_) sqlite3_stmt_status(handle, SQLITE_STMTSTATUS_RUN, 1);
     }
     return members_;
   }
 
  private:
-  bool SameNames(sqlite3_stmt* handle) const {
-    const int count = handle == nullptr ? 0 : sqlite3_column_count(handle);
-    if (!built_ || static_cast<size_t>(count) != names_.size()) {
-      return false;
-    }
-    for (int i = 0; i < count; ++i) {
-      const char* name = sqlite3_column_name(handle, i);
-      if (names_[static_cast<size_t>(i)] != (name == nullptr ? "" : name)) {
-        return false;
-      }
-    }
-    return true;
-  }
-
   template <size_t N>
   void Rebuild(sqlite3_stmt* handle, const Column (&columns)[N]) {
-    names_.clear();
     members_.clear();
     const int count = handle == nullptr ? 0 : sqlite3_column_count(handle);
     for (int i = 0; i < count; ++i) {
       const char* name = sqlite3_column_name(handle, i);
-      names_.emplace_back(name == nullptr ? "" : name);
       members_.push_back(name == nullptr ? kNone : MemberOf(name, columns));
     }
-    built_ = true;
   }
 
   bool built_ = false;
-  std::vector<std::string> names_;
+  sqlite3_stmt* handle_ = nullptr;
   std::vector<Member> members_;
 };
 
