@@ -34,18 +34,29 @@ const std::string kSampleCounts = std::string(kTablesHeading) +
                                   "status             3\n"
                                   "\n";
 
-// Runs the sandbox's command line with DISK in a mount namespace of its own
-// in which DISK's folder is a read-only bind mount of itself, as a disk
+// Runs the sandbox's command line, given as its arguments, after `setup`
+// (shell commands, which see `words` as $1, $2, ...) in a mount namespace of
+// its own, so that what `setup` mounts is gone with the run.
+std::vector<std::string> InMountNamespace(const std::string& setup,
+                                          const std::vector<std::string>& words) {
+  std::vector<std::string> prefix = {
+      "/usr/bin/unshare",
+      "--mount",
+      "--propagation",
+      "private",
+      "/bin/sh",
+      "-c",
+      setup + "\nshift " + std::to_string(words.size()) + " && exec \"$@\"",
+      "sh"};
+  prefix.insert(prefix.end(), words.begin(), words.end());
+  return prefix;
+}
+
+// The same with DISK's folder a read-only bind mount of itself, as a disk
 // image mounted read-only would be.
 std::vector<std::string> OnReadOnlyMount(const std::string& disk) {
-  return {"/usr/bin/unshare",
-          "--mount",
-          "--propagation",
-          "private",
-          "/bin/sh",
-          "-c",
-          "mount --bind \"$0\" \"$0\" && mount -o remount,bind,ro \"$0\" && exec \"$@\"",
-          disk};
+  return InMountNamespace("mount --bind \"$1\" \"$1\" && mount -o remount,bind,ro \"$1\" || exit",
+                          {disk});
 }
 
 // The number of events in the store at `path`, or -1 when it cannot be read.
@@ -235,16 +246,8 @@ TEST_P(PulledImage, ReadOnlyExt4ImageShowsWhatAWritableCopyShows) {
                    .status);
   const std::string hash = RunShell("md5sum < " + ShellQuote(image)).out;
   SandboxOptions options = Options();
-  options.prefix = {"/usr/bin/unshare",
-                    "--mount",
-                    "--propagation",
-                    "private",
-                    "/bin/sh",
-                    "-c",
-                    "mount -o loop,ro,noload \"$0\" \"$1\" 2>/dev/null || exit 77; shift; "
-                    "exec \"$@\"",
-                    image,
-                    mounted};
+  options.prefix = InMountNamespace("mount -o loop,ro,noload \"$1\" \"$2\" 2>/dev/null || exit 77",
+                                    {image, mounted});
   options.diskDir = mounted;
   const std::vector<std::string> args = {"-t", "-e", "-f", "*", "-d", kSplitPart, "-t"};
   const RunResult r = Db(args, options);
@@ -267,11 +270,10 @@ class SnapshotFolder : public ::testing::Test {
     options.prefix = prefix;
     return RunInSandbox(disk_, {"db", "-t"}, options);
   }
-  // Runs the sandbox's command line after `mount` (shell words, $0 standing
-  // for the place) in a mount namespace of its own.
+  // Runs the sandbox's command line after `mount` (shell words, $1 standing
+  // for the place).
   std::vector<std::string> After(const std::string& mount) const {
-    return {"/usr/bin/unshare", "--mount", "--propagation",           "private",
-            "/bin/sh",          "-c",      mount + " && exec \"$@\"", place_.Path()};
+    return InMountNamespace(mount + " || exit", {place_.Path()});
   }
   static RunResult Refused(const std::string& message) {
     return RunResult{"", "recorder-sandbox: " + message + "\n", 125};
@@ -331,7 +333,7 @@ TEST_F(SnapshotFolder, MountPointIsRefused) {
   const std::string kept = place_.Path() + "/changes";
   ASSERT_EQ(0, RunShell("mkdir " + ShellQuote(kept)).status);
   EXPECT_RUN(Refused("--snapshot=" + kept + " is a mount point; give a new folder inside it"),
-             Run("--snapshot=" + kept, After("mount -t tmpfs scratch \"$0/changes\"")));
+             Run("--snapshot=" + kept, After("mount -t tmpfs scratch \"$1/changes\"")));
 }
 
 // A place where overlayfs cannot keep an upper layer (an overlayfs itself)
@@ -342,8 +344,8 @@ TEST_F(SnapshotFolder, ViewThatOverlayfsRefusesStopsTheSandbox) {
   const std::string before = DiskManifest(disk_.Path());
   const RunResult r = Run("--snapshot=" + place_.Path() + "/view/changes",
                           After("mount -t overlay lower -o "
-                                "lowerdir=\"$0/lower\",upperdir=\"$0/upper\",workdir=\"$0/work\" "
-                                "\"$0/view\""));
+                                "lowerdir=\"$1/lower\",upperdir=\"$1/upper\",workdir=\"$1/work\" "
+                                "\"$1/view\""));
   // Part of standard error on purpose: between the two, mount(8)'s own words.
   const std::string head = "recorder-sandbox: overlayfs cannot make a copy-on-write view of " +
                            disk_.Path() + " with the changes in " + place_.Path() + "/view (";
