@@ -51,7 +51,7 @@ TEST_P(AnalysisBadInput, EveryOtherByteValueRunsNothing) {
   }
   const std::string before = disk_.Dump();
   const RunResult r = Run(args);
-  EXPECT_RUN((RunResult{"", "", 0}), r);
+  EXPECT_RUN(r, "", "", 0);
   EXPECT_EQ(before, disk_.Dump());
 }
 
@@ -60,7 +60,7 @@ TEST_P(AnalysisBadInput, EveryByteValueInOneArgument) {
   for (int value = 1; value < 256; ++value) all += static_cast<char>(value);
   // s is read, then byte 1 stops the parse.
   const RunResult r = Run({"-a", all});
-  EXPECT_RUN((RunResult{kSplitReport, "", 0}), r);
+  EXPECT_RUN(r, kSplitReport, "", 0);
 }
 
 TEST_P(AnalysisBadInput, HundredThousandCharacters) {

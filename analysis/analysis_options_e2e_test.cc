@@ -52,7 +52,7 @@ TEST_P(AnalysisOptionsE2e, DiskRunsTheDiskAnalysisOnly) {
     const std::string expected = std::string(argument) == "sz5d"
                                      ? SplitReport("  Verify part sizes <  5 GB...PASS\n")
                                      : kDiskReport;
-    EXPECT_RUN((RunResult{expected, "", 0}), r) << argument;
+    EXPECT_RUN(r, expected, "", 0) << argument;
   }
 }
 
@@ -73,7 +73,7 @@ TEST_P(AnalysisOptionsE2e, LimitCarriesOverToTheNextOption) {
 TEST_P(AnalysisOptionsE2e, ArgumentsThatRunNothing) {
   for (const char* argument : {"z20", "q", "x", "", "z", "S", "D", "20", "-"}) {
     const RunResult r = Run({"-a", argument});
-    EXPECT_RUN((RunResult{"", "", 0}), r) << argument;
+    EXPECT_RUN(r, "", "", 0) << argument;
   }
 }
 
@@ -103,10 +103,10 @@ TEST_P(AnalysisOptionsE2e, LongFormsOfTheOption) {
 
 TEST_P(AnalysisOptionsE2e, MissingArgumentIsAnUnknownOption) {
   const RunResult r = Run({"-a"});
-  EXPECT_RUN((RunResult{ExpectedUsage(BinDir() + "/db", GetParam() == AccessPath::kDaemon,
-                                      "Error: unknown option specified"),
-                        BinDir() + "/db: option requires an argument -- 'a'\n", 0}),
-             r);
+  EXPECT_RUN(r,
+             ExpectedUsage(BinDir() + "/db", GetParam() == AccessPath::kDaemon,
+                           "Error: unknown option specified"),
+             BinDir() + "/db: option requires an argument -- 'a'\n", 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(BothPaths, AnalysisOptionsE2e, BothAccessPaths(), PathName);

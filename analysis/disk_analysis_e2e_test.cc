@@ -46,13 +46,13 @@ TEST_P(DiskAnalysis, ChecksFilesOneToCountInOrderAndRemovesEach) {
   Fake(disk, "StreamMgrCli", kExtractor);
   Fake(disk, "filePes", kCleanAnalyser);
   const RunResult r = RunWithFakes(disk, GetParam(), {"-a", "d"});
-  EXPECT_RUN((RunResult{"File count = 3\n"
-                        " Checking 1.ts:  extracting...stream1.ts  checking...PASS\n"
-                        " Checking 2.ts:  extracting...stream2.ts  checking...PASS\n"
-                        " Checking 3.ts:  extracting...stream3.ts  checking...PASS\n"
-                        "\n",
-                        "", 0}),
-             r);
+  EXPECT_RUN(r,
+             "File count = 3\n"
+             " Checking 1.ts:  extracting...stream1.ts  checking...PASS\n"
+             " Checking 2.ts:  extracting...stream2.ts  checking...PASS\n"
+             " Checking 3.ts:  extracting...stream3.ts  checking...PASS\n"
+             "\n",
+             "", 0);
   EXPECT_EQ(
       // clang-format off
       "x 1\n"
@@ -146,11 +146,11 @@ TEST_P(DiskAnalysis, FileWithoutANameSilencesTheRestOfTheRun) {
   Fake(disk, "filePes", kCleanAnalyser);
   // -t prints nothing afterwards; -s runs sql, which still writes.
   const RunResult r = RunWithFakes(disk, GetParam(), {"-a", "d", "-t", "-s"});
-  EXPECT_RUN((RunResult{"File count = 3\n"
-                        " Checking 1.ts:  extracting...stream1.ts  checking...PASS\n"
-                        " Checking 2.ts:  extracting...",
-                        "", 0}),
-             r);
+  EXPECT_RUN(r,
+             "File count = 3\n"
+             " Checking 1.ts:  extracting...stream1.ts  checking...PASS\n"
+             " Checking 2.ts:  extracting...",
+             "", 0);
   // File 2 is neither analysed nor removed; file 3 is both.
   EXPECT_EQ("x 1\na /mnt/hd/1.ts\nx 2\nx 3\na /mnt/hd/3.ts\n", disk.ReadFile("calls.log"));
   EXPECT_FALSE(disk.Exists("1.ts"));
@@ -228,12 +228,11 @@ TEST(DiskAnalysisDirect, CountThatCannotBePreparedChecksNothing) {
   RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
   Fake(disk, "StreamMgrCli", kExtractor);
   const RunResult r = RunWithFakes(disk, AccessPath::kDirect, {"-a", "d"});
-  EXPECT_RUN(
-      (RunResult{"File count = 0\n\n",
-                 std::string(kNoFileSizesLine) + "unable to prepare: select count(*) from "
-                                                 "streamfilesError getting count for streamfiles\n",
-                 0}),
-      r);
+  EXPECT_RUN(r, "File count = 0\n\n",
+             std::string(kNoFileSizesLine) +
+                 "unable to prepare: select count(*) from "
+                 "streamfilesError getting count for streamfiles\n",
+             0);
   EXPECT_FALSE(disk.Exists("calls.log"));
 }
 

@@ -39,8 +39,7 @@ class DiskAnalysisTools : public BothPaths {
 TEST_P(DiskAnalysisTools, SoundFilesPassAndTheSparseOneShowsItsFailures) {
   const RunResult r = RunDb(disk_, GetParam(), {"-a", "d"});
   EXPECT_RUN(
-      (RunResult{
-          // clang-format off
+      r,  // clang-format off
           "File count = 3\n"
           " Checking 1.ts:  extracting.../mnt/hd/1.ts  checking...PASS\n"
           " Checking 2.ts:  extracting.../mnt/hd/2.ts  checking...FAIL split point 2 at packet 75 (1.000 s): no key frame within 2 seconds (after 3.100 s)\n"
@@ -50,9 +49,8 @@ TEST_P(DiskAnalysisTools, SoundFilesPassAndTheSparseOneShowsItsFailures) {
           "5 split points, 2 failed\n"
           " Checking 3.ts:  extracting.../mnt/hd/3.ts  checking...PASS\n"
           "\n",
-          // clang-format on
-          "", 0}),
-      r);
+      // clang-format on
+      "", 0);
   for (const char* name : {"1.ts", "2.ts", "3.ts"}) EXPECT_FALSE(disk_.Exists(name)) << name;
   EXPECT_TRUE(disk_.Exists("streams/2.ts"));
 }

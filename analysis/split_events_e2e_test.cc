@@ -31,7 +31,7 @@ class SplitEvents : public BothPaths {};
 TEST_P(SplitEvents, EmptyStorePrintsOneEmptyLine) {
   RecorderDisk disk;
   const RunResult r = RunDb(disk, GetParam(), {"-a", "s"});
-  EXPECT_RUN((RunResult{"\n", "", 0}), r);
+  EXPECT_RUN(r, "\n", "", 0);
 }
 
 TEST_P(SplitEvents, EventsThatAreNotSplitAreNotReported) {
@@ -49,15 +49,15 @@ TEST_P(SplitEvents, SampleGroupWithOverlapFailureAndSizes) {
             SplitPart("r3", "G", 3, 3, 294, 304).Insert());
   for (const char* reid : {"r1", "r2", "r3"}) Stage(disk, reid, {Segment(0, 0)}, 4096);
   const RunResult r = RunDb(disk, GetParam(), {"-a", "sz2"});
-  EXPECT_RUN((RunResult{"Checking groupId 'G':\n"
-                        "  Checking 2-second overlap...FAIL\n"
-                        "    Part 3 doesn't have 2-second overlap:  ticks = 6\n"
-                        "  Verify last part >= 2 sec...PASS\n"
-                        "  Checking totalParts.........PASS\n"
-                        "  Verify part sizes <  2 GB...PASS\n"
-                        "\n",
-                        "", 0}),
-             r);
+  EXPECT_RUN(r,
+             "Checking groupId 'G':\n"
+             "  Checking 2-second overlap...FAIL\n"
+             "    Part 3 doesn't have 2-second overlap:  ticks = 6\n"
+             "  Verify last part >= 2 sec...PASS\n"
+             "  Checking totalParts.........PASS\n"
+             "  Verify part sizes <  2 GB...PASS\n"
+             "\n",
+             "", 0);
 }
 
 TEST_P(SplitEvents, GroupsAreReportedInGroupIdOrder) {
@@ -261,10 +261,7 @@ TEST(SplitEventsDirect, StoreThatCannotBeOpenedReportsAndPrintsTheEmptyReport) {
 TEST(SplitEventsDirect, StoreWithoutEventsTable) {
   RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
   const RunResult r = RunDb(disk, {"-a", "s"});
-  EXPECT_RUN(
-      (RunResult{"\n", std::string(kNoFileSizesLine) + "unable to prepare: select * from events",
-                 0}),
-      r);
+  EXPECT_RUN(r, "\n", std::string(kNoFileSizesLine) + "unable to prepare: select * from events", 0);
 }
 
 // The events of a store whose second row fails while it is read: abs() of
@@ -280,7 +277,7 @@ TEST(SplitEventsDirect, StepErrorKeepsTheEventsReadSoFar) {
   RecorderDisk disk;
   disk.Exec(kFailingSecondRow);
   const RunResult r = RunDb(disk, {"-a", "s"});
-  EXPECT_RUN((RunResult{Passing("G") + "\n", "could not free statement, leaking memory\n", 0}), r);
+  EXPECT_RUN(r, Passing("G") + "\n", "could not free statement, leaking memory\n", 0);
 }
 
 TEST(SplitEventsDaemon, StepErrorInTheDaemonGivesAnEmptyReport) {
@@ -297,7 +294,7 @@ TEST(SplitEventsDaemon, FailedRequestGivesAnEmptyReport) {
   SandboxOptions options;
   options.streamMgrArgs = "--fail-requests";
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-a", "s"}, options);
-  EXPECT_RUN((RunResult{"\n", "", 0}), r);
+  EXPECT_RUN(r, "\n", "", 0);
 }
 
 TEST(SplitEventsDaemon, QueryGoesToTheDaemon) {

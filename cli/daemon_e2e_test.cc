@@ -41,22 +41,21 @@ void FillStore(const RecorderDisk& disk) {
 TEST(DaemonStartUp, NoArgumentsSaysTheDaemonRuns) {
   RecorderDisk disk;
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {});
-  EXPECT_RUN((RunResult{ExpectedUsage("db", true), "", 0}), r);
+  EXPECT_RUN(r, ExpectedUsage("db", true), "", 0);
 }
 
 TEST(DaemonStartUp, HelpAndUnknownOptionSayTheDaemonRuns) {
   RecorderDisk disk;
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-h", "-x"});
-  EXPECT_RUN((RunResult{ExpectedUsage("db", true) +
-                            ExpectedUsage("db", true, "Error: unknown option specified"),
-                        "db: invalid option -- 'x'\n", 0}),
-             r);
+  EXPECT_RUN(
+      r, ExpectedUsage("db", true) + ExpectedUsage("db", true, "Error: unknown option specified"),
+      "db: invalid option -- 'x'\n", 0);
 }
 
 TEST(DaemonStartUp, WithoutIpcTheEmptyCommandLineStillPrintsTheUsage) {
   RecorderDisk disk;
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {}, DaemonArgs("--no-ipc"));
-  EXPECT_RUN((RunResult{ExpectedUsage("db", true), "", 0}), r);
+  EXPECT_RUN(r, ExpectedUsage("db", true), "", 0);
 }
 
 class DaemonWithoutIpc : public testing::TestWithParam<std::vector<std::string>> {};
@@ -66,7 +65,7 @@ TEST_P(DaemonWithoutIpc, EndsBeforeAnyOptionIsHandled) {
   FillStore(disk);
   const std::string before = disk.Dump();
   const RunResult r = RunDb(disk, AccessPath::kDaemon, GetParam(), DaemonArgs("--no-ipc"));
-  EXPECT_RUN((RunResult{"", kIpcError, 1}), r);
+  EXPECT_RUN(r, "", kIpcError, 1);
   EXPECT_EQ(before, disk.Dump());
 }
 
@@ -82,7 +81,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(DaemonStartUp, WithoutIpcAFailedOpenIsReportedFirst) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, DaemonArgs("--no-ipc"));
-  EXPECT_RUN((RunResult{"", std::string("error opening sqlite3\n") + kIpcError, 1}), r);
+  EXPECT_RUN(r, "", std::string("error opening sqlite3\n") + kIpcError, 1);
 }
 
 TEST(DaemonStartUp, StartUpReadsNoFileSizesWhileTheDaemonRuns) {
@@ -92,7 +91,7 @@ TEST(DaemonStartUp, StartUpReadsNoFileSizesWhileTheDaemonRuns) {
   const RunResult direct = RunDb(disk, AccessPath::kDirect, {"-h"});
   EXPECT_EQ(kNoFileSizesLine, direct.err);
   const RunResult daemon = RunDb(disk, AccessPath::kDaemon, {"-h"});
-  EXPECT_RUN((RunResult{ExpectedUsage("db", true), "", 0}), daemon);
+  EXPECT_RUN(daemon, ExpectedUsage("db", true), "", 0);
 }
 
 // Command lines whose every store access goes through the daemon.
@@ -124,7 +123,7 @@ TEST_P(MisbehavingDaemon, LooksLikeFailedRequestsAndChangesNothing) {
     const std::string before = disk.Dump();
     const RunResult failing = RunDb(disk, AccessPath::kDaemon, args, DaemonArgs("--fail-requests"));
     const RunResult r = RunDb(disk, AccessPath::kDaemon, args, DaemonArgs(GetParam().args));
-    EXPECT_RUN((RunResult{failing.out, failing.err, 0}), r);
+    EXPECT_RUN(r, failing.out, failing.err, 0);
     EXPECT_EQ(before, disk.Dump());
   }
 }
@@ -143,7 +142,7 @@ TEST(SlowDaemon, AnswersTheSameAsAQuickOne) {
     FillStore(disk);
     const RunResult quick = RunDb(disk, AccessPath::kDaemon, args);
     const RunResult slow = RunDb(disk, AccessPath::kDaemon, args, DaemonArgs("--delay-ms 30"));
-    EXPECT_RUN((RunResult{quick.out, quick.err, quick.status}), slow);
+    EXPECT_RUN(slow, quick.out, quick.err, quick.status);
   }
 }
 

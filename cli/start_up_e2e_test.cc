@@ -1,6 +1,5 @@
 // Start-up, option dispatch and exit status, run end to end in the sandbox.
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 #include <sys/stat.h>
 
 #include <string>
@@ -11,6 +10,7 @@
 #include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/store_lock.h"
 
 namespace {
 
@@ -93,7 +93,7 @@ TEST_P(StartUpRun, PrintsExactly) {
   if (c.prepare != nullptr) c.prepare(disk);
   SandboxOptions options;
   options.unprivileged = c.unprivileged;
-  EXPECT_RUN(c.expected, RunDb(disk, c.args, options));
+  EXPECT_RUN(RunDb(disk, c.args, options), c.expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(StartUp, StartUpRun, ::testing::ValuesIn(kCases),
@@ -103,7 +103,7 @@ INSTANTIATE_TEST_SUITE_P(StartUp, StartUpRun, ::testing::ValuesIn(kCases),
 
 TEST(StartUp, NoArgumentsWithoutAnyStoreStillPrintsUsage) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
-  EXPECT_RUN((RunResult{kUsage, "", 0}), RunDb(disk, {}));
+  EXPECT_RUN(RunDb(disk, {}), kUsage, "", 0);
   // Nothing was opened, so nothing was created.
   EXPECT_FALSE(disk.Exists("streammgr"));
 }
@@ -147,7 +147,7 @@ TEST(StartUp, HelpAfterFailedOpenMakesExitStatusZero) {
 TEST(StartUp, EmptyStoreFileHasNoTables) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
   disk.WriteFile("streammgr/stream.db", "");
-  EXPECT_RUN((RunResult{kEmptyTablesReport, kNoFileSizesLine, 0}), RunDb(disk, {"-t"}));
+  EXPECT_RUN(RunDb(disk, {"-t"}), kEmptyTablesReport, kNoFileSizesLine, 0);
   EXPECT_EQ("", disk.ReadFile("streammgr/stream.db"));
 }
 
@@ -155,7 +155,7 @@ TEST(StartUp, StoreThatIsNotADatabase) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
   const std::string garbage(4096, 'x');
   disk.WriteFile("streammgr/stream.db", garbage);
-  EXPECT_RUN((RunResult{kEmptyTablesReport, kUnreadableTables, 0}), RunDb(disk, {"-t"}));
+  EXPECT_RUN(RunDb(disk, {"-t"}), kEmptyTablesReport, kUnreadableTables, 0);
   EXPECT_EQ(garbage, disk.ReadFile("streammgr/stream.db"));
 }
 
@@ -171,7 +171,7 @@ TEST(StartUp, TruncatedStoreIsReportedNotCrashed) {
   const std::string whole = disk.ReadFile("streammgr/stream.db");
   ASSERT_GT(whole.size(), 3 * 4096u);
   disk.WriteFile("streammgr/stream.db", whole.substr(0, 3 * 4096));
-  EXPECT_RUN((RunResult{kEmptyTablesReport, kUnreadableTables, 0}), RunDb(disk, {"-t"}));
+  EXPECT_RUN(RunDb(disk, {"-t"}), kEmptyTablesReport, kUnreadableTables, 0);
   EXPECT_EQ(whole.substr(0, 3 * 4096), disk.ReadFile("streammgr/stream.db"));
 }
 
@@ -179,13 +179,10 @@ TEST(StartUp, StoreLockedByAnotherWriter) {
   RecorderDisk disk;
   disk.Exec(FileRow().Insert());
   const std::string before = disk.Dump();
-  sqlite3* writer = nullptr;
-  ASSERT_EQ(SQLITE_OK, sqlite3_open(disk.StorePath().c_str(), &writer));
-  ASSERT_EQ(SQLITE_OK, sqlite3_exec(writer, "begin exclusive", nullptr, nullptr, nullptr));
-  const RunResult r = RunDb(disk, {"-t"});
-  sqlite3_exec(writer, "rollback", nullptr, nullptr, nullptr);
-  sqlite3_close(writer);
-  EXPECT_RUN((RunResult{kEmptyTablesReport, kUnreadableTables, 0}), r);
+  {
+    StoreLock writer(disk.StorePath());
+    EXPECT_RUN(RunDb(disk, {"-t"}), kEmptyTablesReport, kUnreadableTables, 0);
+  }
   EXPECT_EQ(before, disk.Dump());
 }
 

@@ -24,10 +24,9 @@ INSTANTIATE_TEST_SUITE_P(Paths, EventSelections, BothAccessPaths(), PathName);
 
 TEST_P(EventSelections, EmptyTablePrintsOnlyTheHeadings) {
   const RunResult r = Run({"-e", "-E", "-p", "-P", "-u"});
-  EXPECT_RUN((RunResult{std::string(kGibHeading) + kBytesHeading + kGibHeading + kBytesHeading +
-                            kGibHeading,
-                        "", 0}),
-             r);
+  EXPECT_RUN(r,
+             std::string(kGibHeading) + kBytesHeading + kGibHeading + kBytesHeading + kGibHeading,
+             "", 0);
 }
 
 TEST_P(EventSelections, EventsListsEveryRowInStoreOrder) {
@@ -43,14 +42,14 @@ TEST_P(EventSelections, EventsListsEveryRowInStoreOrder) {
 TEST_P(EventSelections, HelpThenEventsPrintsTheUsageThenTheListing) {
   disk_.Exec(EventRow{"a"}.Insert());
   const RunResult r = Run({"-h", "-e"});
-  EXPECT_RUN((RunResult{ExpectedUsage("db", !Direct()) + kGibHeading + DefaultRow("a"), "", 0}), r);
+  EXPECT_RUN(r, ExpectedUsage("db", !Direct()) + kGibHeading + DefaultRow("a"), "", 0);
 }
 
 TEST_P(EventSelections, EventsTwiceListsTwice) {
   disk_.Exec(EventRow{"a"}.Insert() + EventRow{"b"}.Insert());
   const RunResult r = Run({"-e", "-e"});
   const std::string listing = kGibHeading + DefaultRow("a") + DefaultRow("b");
-  EXPECT_RUN((RunResult{listing + listing, "", 0}), r);
+  EXPECT_RUN(r, listing + listing, "", 0);
 }
 
 TEST_P(EventSelections, NullCriticalFieldIsWarnedOfAfterTheRows) {
@@ -100,9 +99,7 @@ TEST(EventSelectionsDirect, WarningIsPrintedEvenWithoutTheSqlCommand) {
   disk.Exec(EventRow{"n"}.Insert() + "update events set part = NULL;");
   // pidof and sh stay reachable; the recorder's sql command does not.
   const RunResult r = RunInSandbox(disk, {"env", "PATH=/usr/bin:/bin", BinDir() + "/db", "-e"});
-  EXPECT_RUN((RunResult{kGibHeading + DefaultRow("n") + kNullWarning + "\n",
-                        "sh: 1: sql: not found\n", 0}),
-             r);
+  EXPECT_RUN(r, kGibHeading + DefaultRow("n") + kNullWarning + "\n", "sh: 1: sql: not found\n", 0);
 }
 
 TEST_P(EventSelections, UnreadableNullCountIsReportedOnTheDirectPathOnly) {
@@ -113,11 +110,12 @@ TEST_P(EventSelections, UnreadableNullCountIsReportedOnTheDirectPathOnly) {
       "create table events (reid text primary key, state integer, totalfiles integer);"
       "insert into events values ('old', 2, NULL);");
   const RunResult r = RunDb(disk, GetParam(), {"-e"});
-  EXPECT_EQ(std::string(kGibHeading) +
-                // clang-format off
+  EXPECT_EQ(
+      std::string(kGibHeading) +
+          // clang-format off
                 "old                           Recording   NotChecked      0  01/01/70 00:00:00  00:00:00           0           0           0  r r   N      0                                  0    0    N  0.000                    NA  \n",
-            // clang-format on
-            r.out);
+      // clang-format on
+      r.out);
   if (Direct()) {
     EXPECT_EQ(
         // clang-format off
@@ -190,12 +188,13 @@ TEST_P(EventSelections, GroupIdListsTheWholeGroup) {
 TEST_P(EventSelections, ReidListsOneEventInBytes) {
   StoreGroup(disk_);
   const RunResult r = Run({"-R", "p2"});
-  EXPECT_EQ(std::string(kBytesHeading) +
-                // clang-format off
+  EXPECT_EQ(
+      std::string(kBytesHeading) +
+          // clang-format off
                 "p2                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              2    3    N            0                    NA  \n" +
-                // clang-format on
-                (Direct() ? "\n" : ""),
-            r.out);
+          // clang-format on
+          (Direct() ? "\n" : ""),
+      r.out);
 }
 
 TEST_P(EventSelections, QuoteInTheIdentifierBreaksTheStatement) {
@@ -238,26 +237,28 @@ void StoreSplitCandidates(const RecorderDisk& disk) {
 TEST_P(EventSelections, SplitListsSplitEventsAndParts) {
   StoreSplitCandidates(disk_);
   const RunResult r = Run({"--split"});
-  EXPECT_EQ(std::string(kGibHeading) +
-                // clang-format off
+  EXPECT_EQ(
+      std::string(kGibHeading) +
+          // clang-format off
                 "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
                 "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  2    0    N  0.000                    NA  \n"
                 "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    2    N  0.000                    NA  \n",
-            // clang-format on
-            r.out);
+      // clang-format on
+      r.out);
   EXPECT_EQ("", r.err);
 }
 
 TEST_P(EventSelections, UpperCaseSplitShowsBytes) {
   StoreSplitCandidates(disk_);
   const RunResult r = Run({"-P"});
-  EXPECT_EQ(std::string(kBytesHeading) +
-                // clang-format off
+  EXPECT_EQ(
+      std::string(kBytesHeading) +
+          // clang-format off
                 "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n"
                 "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  2    0    N            0                    NA  \n"
                 "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    2    N            0                    NA  \n",
-            // clang-format on
-            r.out);
+      // clang-format on
+      r.out);
 }
 
 TEST_P(EventSelections, UntransferredListsEveryOtherStateInGibibytes) {
@@ -316,12 +317,13 @@ TEST_P(EventSelections, OptionsRunInTheOrderGiven) {
   StoreGroup(disk_);
   const RunResult r = Run({"-r", "p1", "-r", "missing", "-R", "p3"});
   const std::string gap = Direct() ? "\n" : "";
-  EXPECT_EQ(kGibHeading + (kP1 + gap) + "\nNOT FOUND: missing\n\n" + kBytesHeading +
-                // clang-format off
+  EXPECT_EQ(
+      kGibHeading + (kP1 + gap) + "\nNOT FOUND: missing\n\n" + kBytesHeading +
+          // clang-format off
                 "p3                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              3    3    N            0                    NA  \n" +
-                // clang-format on
-                gap,
-            r.out);
+          // clang-format on
+          gap,
+      r.out);
 }
 
 TEST_P(EventSelections, ManyRowsAreAllListed) {

@@ -60,18 +60,17 @@ TEST_P(EventTable, EveryColumnOfARow) {
 
   const RunResult r = Run({"-e"});
   EXPECT_RUN(
-      (RunResult{
-          std::string(kGibHeading) +
-              // clang-format off
+      r,
+      std::string(kGibHeading) +
+          // clang-format off
               "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
               "backwards                     Transfered  AlreadySpl     -1  01/02/24 03:04:05  03:03:20           0        1000        1200  c k   Y      1                                  0    0    N  0.000                    NA  \n"
               "odd                              Invalid     Invalid    100  01/02/24 03:04:05  03:05:45    04:04:05  4294967295           5  ? a   N  123456                                1000    7    N  0.000                    NA  \n"
               "answers                       Recording   SplitPend     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA                    A1  \n"
               "LLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLL  InPost      ExportOnly    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  GGGGGGGGGGGGGGGGGGGGGGGGGGGGGG    0    0    N  0.000                    NA  \n"
               "exportneg                     RecordCmpl  NotChecked    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n",
-          // clang-format on
-          "", 0}),
-      r);
+      // clang-format on
+      "", 0);
 }
 
 std::string WholeFiles(int count) {
@@ -102,30 +101,32 @@ void StageSizes(const RecorderDisk& disk) {
 TEST_P(EventTable, SizesInGibibytes) {
   StageSizes(disk_);
   const RunResult r = Run({"-e"});
-  EXPECT_EQ(std::string(kGibHeading) +
-                // clang-format off
+  EXPECT_EQ(
+      std::string(kGibHeading) +
+          // clang-format off
                 "gib15                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  1.500                    NA  \n"
                 "big                           RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  11.016                    NA  \n"
                 "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  0.000                    NA  \n"
                 "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
                 "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  17179869184.000                    NA  \n",
-            // clang-format on
-            r.out);
+      // clang-format on
+      r.out);
   EXPECT_EQ("", r.err);
 }
 
 TEST_P(EventTable, SizesInBytes) {
   StageSizes(disk_);
   const RunResult r = Run({"-E"});
-  EXPECT_EQ(std::string(kBytesHeading) +
-                // clang-format off
+  EXPECT_EQ(
+      std::string(kBytesHeading) +
+          // clang-format off
                 "gib15                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y   1610612736                    NA  \n"
                 "big                           RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  11827937280                    NA  \n"
                 "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         1000                    NA  \n"
                 "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n"
                 "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  18446744073709547520                    NA  \n",
-            // clang-format on
-            r.out);
+      // clang-format on
+      r.out);
   EXPECT_EQ("", r.err);
 }
 
@@ -160,9 +161,9 @@ TEST_P(EventTable, UnusableMetadataStillGivesARowAndTheMessages) {
 
   const RunResult r = Run({"-E"});
   EXPECT_RUN(
-      (RunResult{
-          std::string(kBytesHeading) +
-              // clang-format off
+      r,
+      std::string(kBytesHeading) +
+          // clang-format off
               "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y           10                    NA  \n"
               "noname                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566144                    NA  \n"
               "notint                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566144                    NA  \n"
@@ -172,14 +173,13 @@ TEST_P(EventTable, UnusableMetadataStillGivesARowAndTheMessages) {
               "wrapped                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         1000                    NA  \n"
               "huge                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y      2000000                    NA  \n"
               "comment                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            5                    NA  \n",
-          // clang-format on
-          "Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml"
-          ":'name' attribute missing"
-          "Start offset invalid"
-          "Failed to load XML file: /mnt/hd/connectionmgr/empty.xml"
-          "Failed to load XML file: /mnt/hd/connectionmgr/deep.xml",
-          0}),
-      r);
+      // clang-format on
+      "Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml"
+      ":'name' attribute missing"
+      "Start offset invalid"
+      "Failed to load XML file: /mnt/hd/connectionmgr/empty.xml"
+      "Failed to load XML file: /mnt/hd/connectionmgr/deep.xml",
+      0);
   EXPECT_EQ(store, disk_.Dump());
   EXPECT_EQ(std::string(2048, 'm'), disk_.ReadFile("connectionmgr/locked.mtd"));
 }
@@ -195,14 +195,13 @@ TEST_P(EventTable, AComplaintAboutMetadataComesAfterTheColumnsBeforeTheSize) {
   options.streamMgr = GetParam() == AccessPath::kDaemon;
   const RunResult r = RunInSandbox(disk_, {"sh", "-c", "db -E 2>&1"}, options);
   EXPECT_RUN(
-      (RunResult{
-          std::string(kBytesHeading) +
-              // clang-format off
+      r,
+      std::string(kBytesHeading) +
+          // clang-format off
               "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml         10                    NA  \n"
               "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n",
-          // clang-format on
-          "", 0}),
-      r);
+      // clang-format on
+      "", 0);
 }
 
 TEST_P(EventTable, DataFileThatIsAFolderIsStagedWithTheFolderSize) {
@@ -210,11 +209,12 @@ TEST_P(EventTable, DataFileThatIsAFolderIsStagedWithTheFolderSize) {
   disk_.WriteFile("connectionmgr/mtddir.xml", "<nothing/>");
   ASSERT_EQ(0, mkdir((disk_.Path() + "/connectionmgr/mtddir.mtd").c_str(), 0755));
   const RunResult r = Run({"-e"});
-  EXPECT_EQ(std::string(kGibHeading) +
-                // clang-format off
+  EXPECT_EQ(
+      std::string(kGibHeading) +
+          // clang-format off
                 "mtddir                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  0.000                    NA  \n",
-            // clang-format on
-            r.out);
+      // clang-format on
+      r.out);
   EXPECT_EQ("", r.err);
 }
 
@@ -355,12 +355,13 @@ TEST_P(EventTable, UnreadableMetadataForAnUnprivilegedUser) {
   options.unprivileged = true;
   const RunResult r = Run({"-E"}, options);
   // The description cannot be read; the data file is only measured, never read.
-  EXPECT_EQ(std::string(kBytesHeading) +
-                // clang-format off
+  EXPECT_EQ(
+      std::string(kBytesHeading) +
+          // clang-format off
                 "xmlhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y           30                    NA  \n"
                 "mtdhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566184                    NA  \n",
-            // clang-format on
-            r.out);
+      // clang-format on
+      r.out);
   EXPECT_EQ("Failed to load XML file: /mnt/hd/connectionmgr/xmlhidden.xml", r.err);
 }
 

@@ -29,18 +29,16 @@ class ClosedOutput : public ::testing::TestWithParam<AccessPath> {
 
 TEST_P(ClosedOutput, ClosedStandardOutputStillDeletes) {
   const RunResult r = RunShell(disk_, GetParam(), "exec db -e -d r1 -f '*' -t >&-");
-  EXPECT_RUN((RunResult{"", "", 0}), r);
+  EXPECT_RUN(r, "", "", 0);
   EXPECT_EQ(afterDeletingR1_, disk_.Dump());
 }
 
 TEST_P(ClosedOutput, ClosedStandardOutputStillReportsFailures) {
   const RunResult r = RunShell(disk_, GetParam(), "exec db -d nosuch >&-");
-  EXPECT_RUN(
-      (RunResult{"",
-                 GetParam() == AccessPath::kDirect ? "  Event or groupId not found:  id = nosuch\n"
-                                                   : "  Event or groupId not found: nosuch\n",
-                 0}),
-      r);
+  EXPECT_RUN(r, "",
+             GetParam() == AccessPath::kDirect ? "  Event or groupId not found:  id = nosuch\n"
+                                               : "  Event or groupId not found: nosuch\n",
+             0);
   EXPECT_EQ(before_, disk_.Dump());
 }
 
@@ -52,7 +50,7 @@ TEST_P(ClosedOutput, ReaderStoppingEarlyEndsTheListing) {
       RunShell(disk_, GetParam(),
                "{ env --default-signal=PIPE db -f '*' -d r2; echo \"db: $?\" >&2; } | head -3");
   // db's own status, 128 + SIGPIPE, is echoed to standard error.
-  EXPECT_RUN((RunResult{files_e2e::kHeading, "db: 141\n", 0}), r);
+  EXPECT_RUN(r, files_e2e::kHeading, "db: 141\n", 0);
   EXPECT_EQ(before_, disk_.Dump());
 }
 
@@ -60,7 +58,7 @@ TEST_P(ClosedOutput, ReaderStoppingEarlyKeepsADeletionThatRanBefore) {
   const RunResult r =
       RunShell(disk_, GetParam(),
                "{ env --default-signal=PIPE db -d r1 -f '*'; echo \"db: $?\" >&2; } | head -1");
-  EXPECT_RUN((RunResult{"  Successfully deleted 1 event:  id = r1\n", "db: 141\n", 0}), r);
+  EXPECT_RUN(r, "  Successfully deleted 1 event:  id = r1\n", "db: 141\n", 0);
   EXPECT_EQ(afterDeletingR1_, disk_.Dump());
 }
 
@@ -71,7 +69,7 @@ TEST_P(ClosedOutput, ReaderStoppingEarlyWithSigpipeIgnoredRunsTheLaterOptions) {
   const RunResult r =
       RunShell(disk_, GetParam(),
                "{ env --ignore-signal=PIPE db -f '*' -d r1; echo \"db: $?\" >&2; } | head -3");
-  EXPECT_RUN((RunResult{files_e2e::kHeading, "db: 0\n", 0}), r);
+  EXPECT_RUN(r, files_e2e::kHeading, "db: 0\n", 0);
   EXPECT_EQ(afterDeletingR1_, disk_.Dump());
 }
 

@@ -54,7 +54,7 @@ TEST(DaemonFailure, DaemonDyingAfterTheFirstPageEndsTheListingThere) {
   const std::string before = disk.Dump();
   // Request 1 is the count, request 2 the first page of 1000 rows.
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-f", "*", "-t"}, Daemon("--die-after 2"));
-  EXPECT_RUN((RunResult{Listing(GeneratedRows(1, 1000), 2500) + kUnansweredCounts, "", 0}), r);
+  EXPECT_RUN(r, Listing(GeneratedRows(1, 1000), 2500) + kUnansweredCounts, "", 0);
   EXPECT_EQ(before, disk.Dump());
 }
 
@@ -84,11 +84,10 @@ TEST(DaemonFailure, DaemonDyingDuringADeletionKeepsTheEventsItDidNotDelete) {
   // Request 1 lists the events, request 2 deletes r1; then the daemon is gone.
   const RunResult r =
       RunDb(disk, AccessPath::kDaemon, {"--deleteall", "-e"}, Daemon("--die-after 2"));
-  EXPECT_RUN((RunResult{"  Successfully deleted 1 events\n" + std::string(kGibHeading),
-                        "  Failed to delete event:  reid= r2  groupId= \n"
-                        "  Failed to delete event:  reid= r3  groupId= \n",
-                        0}),
-             r);
+  EXPECT_RUN(r, "  Successfully deleted 1 events\n" + std::string(kGibHeading),
+             "  Failed to delete event:  reid= r2  groupId= \n"
+             "  Failed to delete event:  reid= r3  groupId= \n",
+             0);
   EXPECT_EQ(expected.Dump(), disk.Dump());
 }
 
@@ -98,9 +97,8 @@ TEST(DaemonFailure, GarbledAnswersReadAsFailedRequests) {
   const std::string before = disk.Dump();
   const RunResult r =
       RunDb(disk, AccessPath::kDaemon, {"-e", "-f", "*", "-d", "r1", "-t"}, Daemon("--garbage"));
-  EXPECT_RUN((RunResult{kGibHeading + Listing({}, 0) + kUnansweredCounts,
-                        "  Event or groupId not found: r1\n", 0}),
-             r);
+  EXPECT_RUN(r, kGibHeading + Listing({}, 0) + kUnansweredCounts,
+             "  Event or groupId not found: r1\n", 0);
   EXPECT_EQ(before, disk.Dump());
 }
 
@@ -109,7 +107,7 @@ TEST(DaemonFailure, DaemonWithoutEndpointEndsTheToolBeforeAnyOption) {
   disk.Exec(EventRow("r1").Insert());
   const std::string before = disk.Dump();
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"--deleteall"}, Daemon("--no-ipc"));
-  EXPECT_RUN((RunResult{"", "Error initializing the ipc connection\n", 1}), r);
+  EXPECT_RUN(r, "", "Error initializing the ipc connection\n", 1);
   EXPECT_EQ(before, disk.Dump());
 }
 

@@ -168,11 +168,8 @@ TEST_P(HostileDisk, ExtractionReplacesALinkInsteadOfWritingThroughIt) {
     SCOPED_TRACE(target);
     ASSERT_EQ(0, symlink(target.c_str(), At("1.ts").c_str()));
     const RunResult r = Db({"-a", "d"});
-    EXPECT_RUN(
-        (RunResult{kAnalysisPassed,
-                   "StreamMgrCli: /mnt/hd/1.ts is a link; replacing it, not what it points to\n",
-                   0}),
-        r);
+    EXPECT_RUN(r, kAnalysisPassed,
+               "StreamMgrCli: /mnt/hd/1.ts is a link; replacing it, not what it points to\n", 0);
     ExpectUnchanged(store, files);
   }
 }
@@ -186,7 +183,7 @@ TEST_P(HostileDisk, ExtractionDoesNotWriteIntoAHardLinkedFile) {
     SCOPED_TRACE(target);
     ASSERT_EQ(0, link(At(target).c_str(), At("1.ts").c_str()));
     const RunResult r = Db({"-a", "d"});
-    EXPECT_RUN((RunResult{kAnalysisPassed, "", 0}), r);
+    EXPECT_RUN(r, kAnalysisPassed, "", 0);
     ExpectUnchanged(store, files);
   }
 }
@@ -209,13 +206,10 @@ TEST_P(HostileDisk, OddStreamFileIsNotExtracted) {
     const std::string store = disk_.Dump();
     const std::string files = DiskFiles(disk_);
     const RunResult r = Db({"-a", "d"});
-    EXPECT_RUN(
-        (RunResult{
-            "File count = 1\n Checking 1.ts:  extracting...",
-            std::string("StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: ") +
-                reasons[i] + "\n",
-            0}),
-        r);
+    EXPECT_RUN(r, "File count = 1\n Checking 1.ts:  extracting...",
+               std::string("StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: ") +
+                   reasons[i] + "\n",
+               0);
     ExpectUnchanged(store, files);
   }
 }
@@ -235,10 +229,8 @@ TEST_P(HostileDisk, OddDescriptionFileCannotBeLoaded) {
     const RunResult r = Db({"-e"});
     // A link that leads nowhere does not exist as far as stat knows: the
     // event is not staged and the file is never opened.
-    EXPECT_RUN(
-        (RunResult{kGibHeading + (dangles ? DefaultRow("r1") : StagedRow("r1")),
-                   dangles ? "" : "Failed to load XML file: /mnt/hd/connectionmgr/r1.xml", 0}),
-        r);
+    EXPECT_RUN(r, kGibHeading + (dangles ? DefaultRow("r1") : StagedRow("r1")),
+               dangles ? "" : "Failed to load XML file: /mnt/hd/connectionmgr/r1.xml", 0);
     ExpectUnchanged(store, files);
   }
 }
@@ -261,7 +253,7 @@ TEST_P(HostileDisk, OddStoreCannotBeOpened) {
     }
     const std::string files = DiskFiles(disk_);
     const RunResult r = Db({"-t", "-d", "r1"});
-    EXPECT_RUN(TablesOfAStoreThatCannotBeOpened(), r);
+    EXPECT_RUN(r, TablesOfAStoreThatCannotBeOpened());
     EXPECT_EQ(files, DiskFiles(disk_));
   }
   unlink(disk_.StorePath().c_str());
@@ -327,9 +319,8 @@ TEST_P(HostileDisk, UnreadableFilesReadAsFilesThatCannotBeRead) {
     const std::string store = disk_.Dump();
     const std::string files = DiskFiles(disk_);
     const RunResult r = Db(c.args);
-    EXPECT_RUN((RunResult{unprivileged ? c.out : c.outAsRoot, unprivileged ? c.err : "",
-                          unprivileged ? c.status : 0}),
-               r);
+    EXPECT_RUN(r, unprivileged ? c.out : c.outAsRoot, unprivileged ? c.err : "",
+               unprivileged ? c.status : 0);
     ExpectUnchanged(store, files);
     ASSERT_EQ(0, chmod(At(c.file).c_str(), 0666));
   }
@@ -353,8 +344,7 @@ TEST_P(HostileDisk, LinkedDataFileIsOnlyMeasured) {
     const std::string store = disk_.Dump();
     const std::string files = DiskFiles(disk_);
     const RunResult r = Db({"-e"});
-    EXPECT_RUN((RunResult{kGibHeading + (c.staged ? StagedRow("r1") : DefaultRow("r1")), "", 0}),
-               r);
+    EXPECT_RUN(r, kGibHeading + (c.staged ? StagedRow("r1") : DefaultRow("r1")), "", 0);
     ExpectUnchanged(store, files);
   }
 }
@@ -371,16 +361,13 @@ TEST_P(HostileDisk, LinkedFoldersLeadOffTheDisk) {
     const std::string store = disk_.Dump();
     const std::string files = DiskFiles(disk_);
     RunResult r = Db({"-e"});
-    EXPECT_RUN((RunResult{kGibHeading + DefaultRow("r1"), "", 0}), r);
+    EXPECT_RUN(r, kGibHeading + DefaultRow("r1"), "", 0);
     ExpectUnchanged(store, files);
     r = Db({"-a", "d"});
-    EXPECT_RUN(
-        (RunResult{
-            "File count = 1\n Checking 1.ts:  extracting...",
-            "StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: No such file or "
-            "directory\n",
-            0}),
-        r);
+    EXPECT_RUN(r, "File count = 1\n Checking 1.ts:  extracting...",
+               "StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: No such file or "
+               "directory\n",
+               0);
     ExpectUnchanged(store, files);
     for (const char* folder : {"connectionmgr", "streams"}) {
       ASSERT_EQ(0, unlink(At(folder).c_str()));
@@ -414,17 +401,14 @@ TEST_P(HostileDisk, OddStoreEndsTheSqlCommandToo) {
     }
     const std::string files = DiskFiles(disk_);
     RunResult r = Db({"-t", "-d", "r1"});
-    EXPECT_RUN(TablesOfAStoreThatCannotBeOpened(), r);
+    EXPECT_RUN(r, TablesOfAStoreThatCannotBeOpened());
     ExpectFilesUnchanged(files);
     r = Db({"-s"});
-    EXPECT_RUN(
-        (RunResult{
-            "",
-            OpeningFailure() +
-                "Error: unable to open database \"/mnt/hd/streammgr/stream.db\": unable to open "
-                "database file\n",
-            SQLITE_CANTOPEN}),
-        r);
+    EXPECT_RUN(r, "",
+               OpeningFailure() +
+                   "Error: unable to open database \"/mnt/hd/streammgr/stream.db\": unable to open "
+                   "database file\n",
+               SQLITE_CANTOPEN);
     ExpectFilesUnchanged(files);
   }
   std::system(("rm -rf '" + disk_.StorePath() + "'").c_str());

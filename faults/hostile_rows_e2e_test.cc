@@ -39,10 +39,8 @@ TEST_P(HostileRows, ValuesOfTheWrongTypeReadAsTheirRecordsReadThem) {
 TEST_P(HostileRows, AHugeReidIsPrintedWhole) {
   const std::string reid(200000, 'r');
   const RunResult r = ListEvents(EventRow(reid).Insert());
-  EXPECT_RUN(
-      (RunResult{kGibHeading + DefaultRow(reid) + kGibHeading + kGibHeading + DefaultRow(reid), "",
-                 0}),
-      r);
+  EXPECT_RUN(r, kGibHeading + DefaultRow(reid) + kGibHeading + kGibHeading + DefaultRow(reid), "",
+             0);
 }
 
 // The answers column is JSON that the row loader parses. Nested this deep it
@@ -58,7 +56,7 @@ TEST_P(HostileRows, DeeplyNestedAnswersAreRead) {
   // empty answer column.
   std::string row = DefaultRow("r1");
   row.insert(row.size() - 1, std::string(20, ' ') + "  ");
-  EXPECT_RUN((RunResult{kGibHeading + row + kGibHeading + kGibHeading + row, "", 0}), r);
+  EXPECT_RUN(r, kGibHeading + row + kGibHeading + kGibHeading + row, "", 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, HostileRows, BothAccessPaths(), PathName);

@@ -38,12 +38,13 @@ TEST_P(LockedStore, ListingWhileAnotherWriterCommitsShowsNoRows) {
   // The daemon's query fails in the same way, and a failed request is an
   // empty list: nothing is reported on that path.
   const std::string err =
-      Direct() ? std::string(kStartUpRefused) +
-                     // clang-format off
+      Direct()
+          ? std::string(kStartUpRefused) +
+                // clang-format off
                      "unable to prepare: select * from eventsunable to prepare: select count(*) from events where streamstate is NULL or totalfiles is NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file stats\n"
-               // clang-format on
-               : "";
-  EXPECT_RUN((RunResult{kGibHeading, err, 0}), r);
+          // clang-format on
+          : "";
+  EXPECT_RUN(r, kGibHeading, err, 0);
   EXPECT_EQ(before_, disk_.Dump());
 }
 
@@ -54,7 +55,7 @@ TEST_P(LockedStore, ListingWhileAnotherWriterWritesShowsTheCommittedRows) {
     ASSERT_TRUE(lock.Held());
     r = RunDb(disk_, GetParam(), {"-e"});
   }
-  EXPECT_RUN((RunResult{kGibHeading + DefaultRow("r1") + DefaultRow("r2"), "", 0}), r);
+  EXPECT_RUN(r, kGibHeading + DefaultRow("r1") + DefaultRow("r2"), "", 0);
   EXPECT_EQ(before_, disk_.Dump());
 }
 
@@ -66,15 +67,17 @@ TEST_P(LockedStore, DeletionWhileAnotherWriterCommitsDeletesNothing) {
     r = RunDb(disk_, GetParam(), {"-d", "r1", "--deleteall"});
   }
   const std::string byId = "select count(*) from events where reid='r1' or groupId='r1'";
-  const std::string err = Direct() ? std::string(kStartUpRefused) + "unable to prepare: " + byId +
-                                         "stmt Error: 5  sql='" + byId +
-                                         // clang-format off
+  const std::string err =
+      Direct()
+          ? std::string(kStartUpRefused) + "unable to prepare: " + byId + "stmt Error: 5  sql='" +
+                byId +
+                // clang-format off
                      "'\n"
                      "unable to prepare: select count(*) from eventsstmt Error: 5  sql='select count(*) from events'\n"
-                                   // clang-format on
-                                   : "  Event or groupId not found: r1\n"
-                                     "  No events found...no action taken.\n";
-  EXPECT_RUN((RunResult{"", err, 0}), r);
+          // clang-format on
+          : "  Event or groupId not found: r1\n"
+            "  No events found...no action taken.\n";
+  EXPECT_RUN(r, "", err, 0);
   EXPECT_EQ(before_, disk_.Dump());
 }
 
@@ -86,15 +89,15 @@ TEST_P(LockedStore, DeletionWhileAnotherWriterWritesIsRefusedAndDeletesNothing) 
     r = RunDb(disk_, GetParam(), {"-d", "r1", "--deleteall"});
   }
   if (Direct()) {
-    EXPECT_RUN((RunResult{"", DeletionsRefused("r1"), 0}), r);
+    EXPECT_RUN(r, "", DeletionsRefused("r1"), 0);
   } else {
-    EXPECT_RUN((RunResult{"  Successfully deleted 0 events:  id = r1\n"
-                          "  Successfully deleted 0 events\n",
-                          "  Failed to delete event:  reid= r1  groupId= \n"
-                          "  Failed to delete event:  reid= r1  groupId= \n"
-                          "  Failed to delete event:  reid= r2  groupId= \n",
-                          0}),
-               r);
+    EXPECT_RUN(r,
+               "  Successfully deleted 0 events:  id = r1\n"
+               "  Successfully deleted 0 events\n",
+               "  Failed to delete event:  reid= r1  groupId= \n"
+               "  Failed to delete event:  reid= r1  groupId= \n"
+               "  Failed to delete event:  reid= r2  groupId= \n",
+               0);
   }
   EXPECT_EQ(before_, disk_.Dump());
 }
@@ -106,10 +109,9 @@ TEST_P(LockedStore, TheStoreIsUsableAgainOnceTheWriterIsDone) {
     RunDb(disk_, GetParam(), {"-e"});
   }
   const RunResult r = RunDb(disk_, GetParam(), {"-d", "r1", "-e"});
-  EXPECT_RUN((RunResult{"  Successfully deleted 1 event:  id = r1\n" + std::string(kGibHeading) +
-                            DefaultRow("r2"),
-                        "", 0}),
-             r);
+  EXPECT_RUN(
+      r, "  Successfully deleted 1 event:  id = r1\n" + std::string(kGibHeading) + DefaultRow("r2"),
+      "", 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, LockedStore, BothAccessPaths(), PathName);

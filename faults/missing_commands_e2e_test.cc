@@ -50,7 +50,7 @@ class MissingCommands : public ::testing::TestWithParam<AccessPath> {
 
 TEST_P(MissingCommands, WithoutSqlTheStatusTableIsMissing) {
   const RunResult r = RunWithout("sql", {"-s", "-s"});
-  EXPECT_RUN((RunResult{"", "sh: 1: sql: not found\nsh: 1: sql: not found\n", 0}), r);
+  EXPECT_RUN(r, "", "sh: 1: sql: not found\nsh: 1: sql: not found\n", 0);
   EXPECT_EQ(before_, disk_.Dump());
 }
 
@@ -73,9 +73,8 @@ TEST_P(MissingCommands, WithoutSqlTheNullFieldsWarningStandsAlone) {
 TEST_P(MissingCommands, WithoutStreamMgrCliNoFileIsExtractedAndOutputStops) {
   const RunResult r = RunWithout("StreamMgrCli", {"-a", "d", "-t"});
   // No extracted name: standard output fails for the rest of the run.
-  EXPECT_RUN((RunResult{"File count = 2\n Checking 1.ts:  extracting...",
-                        "sh: 1: StreamMgrCli: not found\nsh: 1: StreamMgrCli: not found\n", 0}),
-             r);
+  EXPECT_RUN(r, "File count = 2\n Checking 1.ts:  extracting...",
+             "sh: 1: StreamMgrCli: not found\nsh: 1: StreamMgrCli: not found\n", 0);
   EXPECT_FALSE(disk_.Exists("1.ts"));
   EXPECT_FALSE(disk_.Exists("2.ts"));
   EXPECT_EQ(before_, disk_.Dump());
@@ -83,8 +82,7 @@ TEST_P(MissingCommands, WithoutStreamMgrCliNoFileIsExtractedAndOutputStops) {
 
 TEST_P(MissingCommands, WithoutFilePesEveryFilePassesAndIsRemoved) {
   const RunResult r = RunWithout("filePes", {"-a", "d"});
-  EXPECT_RUN((RunResult{kBothPass, "sh: 1: filePes: not found\nsh: 1: filePes: not found\n", 0}),
-             r);
+  EXPECT_RUN(r, kBothPass, "sh: 1: filePes: not found\nsh: 1: filePes: not found\n", 0);
   EXPECT_FALSE(disk_.Exists("1.ts"));
   EXPECT_FALSE(disk_.Exists("2.ts"));
   EXPECT_EQ(before_, disk_.Dump());
@@ -92,7 +90,7 @@ TEST_P(MissingCommands, WithoutFilePesEveryFilePassesAndIsRemoved) {
 
 TEST_P(MissingCommands, WithoutRmTheExtractedFilesStay) {
   const RunResult r = RunWithout("rm", {"-a", "d"});
-  EXPECT_RUN((RunResult{kBothPass, "sh: 1: rm: not found\nsh: 1: rm: not found\n", 0}), r);
+  EXPECT_RUN(r, kBothPass, "sh: 1: rm: not found\nsh: 1: rm: not found\n", 0);
   EXPECT_TRUE(disk_.Exists("1.ts"));
   EXPECT_TRUE(disk_.Exists("2.ts"));
   EXPECT_EQ(before_, disk_.Dump());

@@ -140,8 +140,8 @@ TEST_P(PulledDisk, PowerCutStoreReadsAsRecovered) {
     const auto examine = [&](const std::vector<std::string>& command) {
       return snapshot ? InSnapshot(command) : OnReadOnlyDisk(command);
     };
-    EXPECT_RUN(writable, examine(args));
-    EXPECT_RUN((RunResult{kSampleCounts, "", 0}), examine({"-t"}));
+    EXPECT_RUN(examine(args), writable);
+    EXPECT_RUN(examine({"-t"}), kSampleCounts, "", 0);
     EXPECT_EQ(before, DiskManifest(disk_.Path()));
     EXPECT_TRUE(disk_.Exists("streammgr/stream.db-journal"));
   }
@@ -156,7 +156,7 @@ TEST_P(PulledDisk, TrialDeletionsLeaveTheDiskAsItWas) {
   const RunResult writable = OnWritableCopy(args);
   // Part of the run on purpose: that the copy's events were all deleted.
   EXPECT_NE(std::string::npos, writable.out.find("events             0\n")) << writable.out;
-  EXPECT_RUN(writable, InSnapshot(args));
+  EXPECT_RUN(InSnapshot(args), writable);
   EXPECT_EQ(before, DiskManifest(disk_.Path()));
 }
 
@@ -164,7 +164,7 @@ TEST_P(PulledDisk, TrialDeletionsLeaveTheDiskAsItWas) {
 TEST_P(PulledDisk, DeletionOnAReadOnlyMountHappensInTheViewOnly) {
   const std::string before = Seal();
   const std::vector<std::string> args = {"-d", kSplitPart, "-t", "-a", "d"};
-  EXPECT_RUN(OnWritableCopy(args), OnReadOnlyDisk(args));
+  EXPECT_RUN(OnReadOnlyDisk(args), OnWritableCopy(args));
   EXPECT_EQ(before, DiskManifest(disk_.Path()));
 }
 
@@ -173,8 +173,8 @@ TEST_P(PulledDisk, WalStoreGetsNoWalFilesOnTheDisk) {
   disk_.Exec("pragma journal_mode = wal");
   const std::string before = Seal();
   const std::vector<std::string> args = {"-e", "-d", kSplitPart, "-t"};
-  EXPECT_RUN(OnWritableCopy(args), InSnapshot(args));
-  EXPECT_RUN(OnWritableCopy(args), OnReadOnlyDisk(args));
+  EXPECT_RUN(InSnapshot(args), OnWritableCopy(args));
+  EXPECT_RUN(OnReadOnlyDisk(args), OnWritableCopy(args));
   EXPECT_EQ(before, DiskManifest(disk_.Path()));
   EXPECT_FALSE(disk_.Exists("streammgr/stream.db-wal"));
   EXPECT_FALSE(disk_.Exists("streammgr/stream.db-shm"));
@@ -186,7 +186,7 @@ TEST_P(PulledDisk, SnapshotFolderKeepsTheStoreAfterATrialDeletion) {
   const std::string rows = disk_.Dump();
   const ScratchDir place("snapshot", 0777);
   const std::string kept = place.Path() + "/changes";
-  EXPECT_RUN(OnWritableCopy({"--deleteall"}), InSnapshot({"--deleteall"}, "--snapshot=" + kept));
+  EXPECT_RUN(InSnapshot({"--deleteall"}, "--snapshot=" + kept), OnWritableCopy({"--deleteall"}));
   EXPECT_EQ(0, EventCount(kept + "/streammgr/stream.db"));
   EXPECT_EQ(5, EventCount(disk_.StorePath()));
   EXPECT_EQ(rows, disk_.Dump());
@@ -204,7 +204,7 @@ TEST_P(PulledDisk, SnapshotFolderKeepsARecoveredStoreThatOpens) {
   const std::string kept = place.Path() + "/changes";
   RunResult expected = OnWritableCopy({"-d", kSplitPart, "-t"});
   expected.err += "recorder-sandbox: the run removed /mnt/hd/streammgr/stream.db-journal\n";
-  EXPECT_RUN(expected, InSnapshot({"-d", kSplitPart, "-t"}, "--snapshot=" + kept));
+  EXPECT_RUN(InSnapshot({"-d", kSplitPart, "-t"}, "--snapshot=" + kept), expected);
   EXPECT_EQ(4, EventCount(kept + "/streammgr/stream.db"));
   EXPECT_EQ("stream.db\n", RunShell("ls -A " + ShellQuote(kept + "/streammgr")).out);
   EXPECT_EQ(before, DiskManifest(disk_.Path()));
@@ -252,7 +252,7 @@ TEST_P(PulledImage, ReadOnlyExt4ImageShowsWhatAWritableCopyShows) {
   const std::vector<std::string> args = {"-t", "-e", "-f", "*", "-d", kSplitPart, "-t"};
   const RunResult r = Db(args, options);
   if (r.status == 77) GTEST_SKIP() << "no loop device to mount the image on";
-  EXPECT_RUN(OnWritableCopy(args), r);
+  EXPECT_RUN(r, OnWritableCopy(args));
   EXPECT_EQ(hash, RunShell("md5sum < " + ShellQuote(image)).out);
 }
 
@@ -285,12 +285,12 @@ class SnapshotFolder : public ::testing::Test {
 TEST_F(SnapshotFolder, InsideTheDiskIsRefused) {
   const std::string before = DiskManifest(disk_.Path());
   const std::string inside = disk_.Path() + "/changes";
-  EXPECT_RUN(Refused("--snapshot=" + inside + " lies inside the disk " + disk_.Path() +
-                     "; keep the changes outside it"),
-             Run("--snapshot=" + inside));
-  EXPECT_RUN(Refused("--snapshot=" + disk_.Path() + " lies inside the disk " + disk_.Path() +
-                     "; keep the changes outside it"),
-             Run("--snapshot=" + disk_.Path()));
+  EXPECT_RUN(Run("--snapshot=" + inside),
+             Refused("--snapshot=" + inside + " lies inside the disk " + disk_.Path() +
+                     "; keep the changes outside it"));
+  EXPECT_RUN(Run("--snapshot=" + disk_.Path()),
+             Refused("--snapshot=" + disk_.Path() + " lies inside the disk " + disk_.Path() +
+                     "; keep the changes outside it"));
   EXPECT_EQ(before, DiskManifest(disk_.Path()));
 }
 
@@ -300,9 +300,9 @@ TEST_F(SnapshotFolder, ScratchInsideTheDiskIsRefused) {
   SandboxOptions options;
   options.sandboxArgs = {"--snapshot"};
   options.environment = {"TMPDIR=" + disk_.Path() + "/tmp"};
-  EXPECT_RUN(Refused("TMPDIR=" + disk_.Path() + "/tmp lies inside the disk " + disk_.Path() +
-                     "; the changes go outside it"),
-             RunInSandbox(disk_, {"db", "-t"}, options));
+  EXPECT_RUN(RunInSandbox(disk_, {"db", "-t"}, options),
+             Refused("TMPDIR=" + disk_.Path() + "/tmp lies inside the disk " + disk_.Path() +
+                     "; the changes go outside it"));
   EXPECT_EQ(before, DiskManifest(disk_.Path()));
 }
 
@@ -310,30 +310,30 @@ TEST_F(SnapshotFolder, FolderThatIsNotEmptyIsRefused) {
   const std::string kept = place_.Path() + "/changes";
   ASSERT_EQ(
       0, RunShell("mkdir " + ShellQuote(kept) + " && touch " + ShellQuote(kept + "/.old")).status);
-  EXPECT_RUN(Refused("--snapshot=" + kept +
+  EXPECT_RUN(Run("--snapshot=" + kept),
+             Refused("--snapshot=" + kept +
                      " is not empty; give a new or empty folder, so that it holds this run's "
-                     "changes and nothing else"),
-             Run("--snapshot=" + kept));
+                     "changes and nothing else"));
 }
 
 TEST_F(SnapshotFolder, FileIsRefused) {
   const std::string file = place_.Path() + "/file";
   ASSERT_EQ(0, RunShell("touch " + ShellQuote(file)).status);
-  EXPECT_RUN(Refused("--snapshot=" + file + " is not a folder"), Run("--snapshot=" + file));
+  EXPECT_RUN(Run("--snapshot=" + file), Refused("--snapshot=" + file + " is not a folder"));
 }
 
 TEST_F(SnapshotFolder, MissingParentIsRefused) {
   const std::string kept = place_.Path() + "/no/changes";
-  EXPECT_RUN(Refused("--snapshot=" + kept + ": there is no folder " + place_.Path() + "/no"),
-             Run("--snapshot=" + kept));
+  EXPECT_RUN(Run("--snapshot=" + kept),
+             Refused("--snapshot=" + kept + ": there is no folder " + place_.Path() + "/no"));
 }
 
 // Overlayfs's work folder must lie beside DIR on the same mount.
 TEST_F(SnapshotFolder, MountPointIsRefused) {
   const std::string kept = place_.Path() + "/changes";
   ASSERT_EQ(0, RunShell("mkdir " + ShellQuote(kept)).status);
-  EXPECT_RUN(Refused("--snapshot=" + kept + " is a mount point; give a new folder inside it"),
-             Run("--snapshot=" + kept, After("mount -t tmpfs scratch \"$1/changes\"")));
+  EXPECT_RUN(Run("--snapshot=" + kept, After("mount -t tmpfs scratch \"$1/changes\"")),
+             Refused("--snapshot=" + kept + " is a mount point; give a new folder inside it"));
 }
 
 // A place where overlayfs cannot keep an upper layer (an overlayfs itself)
@@ -358,15 +358,15 @@ TEST_F(SnapshotFolder, ViewThatOverlayfsRefusesStopsTheSandbox) {
 }
 
 TEST_F(SnapshotFolder, EmptyNameIsRefused) {
-  EXPECT_RUN(Refused("--snapshot= names no folder to keep the changes in"), Run("--snapshot="));
+  EXPECT_RUN(Run("--snapshot="), Refused("--snapshot= names no folder to keep the changes in"));
 }
 
 TEST_F(SnapshotFolder, NameOverlayfsCannotTakeIsRefused) {
   const std::string kept = place_.Path() + "/a,b";
-  EXPECT_RUN(Refused("--snapshot=" + kept +
+  EXPECT_RUN(Run("--snapshot=" + kept),
+             Refused("--snapshot=" + kept +
                      ": overlayfs cannot take a folder whose name holds a comma, colon or "
-                     "backslash"),
-             Run("--snapshot=" + kept));
+                     "backslash"));
 }
 
 // An empty folder that is already there takes the changes.
@@ -375,8 +375,8 @@ TEST_F(SnapshotFolder, EmptyFolderTakesTheChanges) {
   ASSERT_EQ(0, RunShell("mkdir " + ShellQuote(place_.Path() + "/changes")).status);
   SandboxOptions options;
   options.sandboxArgs = {"--snapshot=" + place_.Path() + "/changes"};
-  EXPECT_RUN((RunResult{"  Successfully deleted 1 event:  id = kept-event\n", "", 0}),
-             RunInSandbox(disk_, {"db", "-d", "kept-event"}, options));
+  EXPECT_RUN(RunInSandbox(disk_, {"db", "-d", "kept-event"}, options),
+             "  Successfully deleted 1 event:  id = kept-event\n", "", 0);
   EXPECT_EQ(0, EventCount(place_.Path() + "/changes/streammgr/stream.db"));
   EXPECT_EQ(1, EventCount(disk_.StorePath()));
 }
@@ -391,18 +391,19 @@ TEST(UnprivilegedSnapshot, DiskOfAnotherUserIsReadWithANote) {
   SandboxOptions options;
   options.unprivileged = true;
   options.sandboxArgs = {"--snapshot"};
-  EXPECT_RUN((RunResult{std::string(kTablesHeading) + "events             1\n"
-                                                      "streamfiles        0\n"
-                                                      "status             0\n"
-                                                      "\n",
-                        "recorder-sandbox: note: as nobody the view cannot change what other "
-                        "users own on the disk (" +
-                            disk.Path() +
-                            "); run as root for that\n"
-                            "  Error deleting event or groupId:  id = other-users-event\n"
-                            "could not free statement, leaking memory\n",
-                        0}),
-             RunDb(disk, {"-t", "-d", "other-users-event"}, options));
+  EXPECT_RUN(RunDb(disk, {"-t", "-d", "other-users-event"}, options),
+             std::string(kTablesHeading) +
+                 "events             1\n"
+                 "streamfiles        0\n"
+                 "status             0\n"
+                 "\n",
+             "recorder-sandbox: note: as nobody the view cannot change what other "
+             "users own on the disk (" +
+                 disk.Path() +
+                 "); run as root for that\n"
+                 "  Error deleting event or groupId:  id = other-users-event\n"
+                 "could not free statement, leaking memory\n",
+             0);
   EXPECT_EQ(before, DiskManifest(disk.Path()));
 }
 

@@ -38,13 +38,13 @@ TEST_F(ReadOnlyStore, ReadOnlyMountListsAndRefusesDeletionsDirectly) {
                "mount -o remount,ro,bind /mnt/hd && exec db -e -d r1 --deleteall -t");
   // SQLite opens a store it cannot write read-only; only the deletions fail,
   // at their step, which is also what finalising them reports.
-  EXPECT_RUN((RunResult{kGibHeading + DefaultRow("r1") + DefaultRow("r2") + kTablesHeading +
-                            "events             2\n"
-                            "streamfiles        0\n"
-                            "status             0\n"
-                            "\n",
-                        DeletionsRefused("r1"), 0}),
-             r);
+  EXPECT_RUN(r,
+             kGibHeading + DefaultRow("r1") + DefaultRow("r2") + kTablesHeading +
+                 "events             2\n"
+                 "streamfiles        0\n"
+                 "status             0\n"
+                 "\n",
+             DeletionsRefused("r1"), 0);
   EXPECT_EQ(before_, disk_.Dump());
 }
 
@@ -54,17 +54,17 @@ TEST_P(ReadOnlyStore, StoreTheUserMayNotWriteIsListedButNotDeletedFrom) {
   options.unprivileged = true;
   const RunResult r = RunDb(disk_, GetParam(), {"-r", "r2", "-d", "r2", "--deleteall"}, options);
   if (GetParam() == AccessPath::kDirect) {
-    EXPECT_RUN((RunResult{kGibHeading + DefaultRow("r2") + "\n", DeletionsRefused("r2"), 0}), r);
+    EXPECT_RUN(r, kGibHeading + DefaultRow("r2") + "\n", DeletionsRefused("r2"), 0);
   } else {
     // The daemon cannot delete either, and says so for every event.
-    EXPECT_RUN((RunResult{kGibHeading + DefaultRow("r2") +
-                              "  Successfully deleted 0 events:  id = r2\n"
-                              "  Successfully deleted 0 events\n",
-                          "  Failed to delete event:  reid= r2  groupId= \n"
-                          "  Failed to delete event:  reid= r1  groupId= \n"
-                          "  Failed to delete event:  reid= r2  groupId= \n",
-                          0}),
-               r);
+    EXPECT_RUN(r,
+               kGibHeading + DefaultRow("r2") +
+                   "  Successfully deleted 0 events:  id = r2\n"
+                   "  Successfully deleted 0 events\n",
+               "  Failed to delete event:  reid= r2  groupId= \n"
+               "  Failed to delete event:  reid= r1  groupId= \n"
+               "  Failed to delete event:  reid= r2  groupId= \n",
+               0);
   }
   EXPECT_EQ(before_, disk_.Dump());
 }

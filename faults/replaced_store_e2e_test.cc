@@ -49,30 +49,27 @@ TEST_P(ReplacedStore, ListingAfterTheStoreWasReplaced) {
                  "could not free statement, leaking memory\n"
                  "stmt Error: could not free statement, leaking memory\n"
                : "unable to prepare: select tbl_name from sqlite_master where type='table'";
-  EXPECT_RUN((RunResult{kGibHeading + DefaultRow("r1") + kGibHeading + files_e2e::Listing({}, 0) +
-                            kTablesHeading + "\n",
-                        err, 0}),
-             r);
+  EXPECT_RUN(r,
+             kGibHeading + DefaultRow("r1") + kGibHeading + files_e2e::Listing({}, 0) +
+                 kTablesHeading + "\n",
+             err, 0);
   EXPECT_EQ(Garbage(), disk_.ReadFile("streammgr/stream.db"));
 }
 
 TEST_P(ReplacedStore, DeletionAfterTheStoreWasReplaced) {
   const RunResult r = Run({"-s", "-d", "r1", "--deleteall"});
-  EXPECT_RUN(
-      (RunResult{
-          "",
-          Direct()
-              ? ": error getting count of events to delete using "
-                // clang-format off
+  EXPECT_RUN(r, "",
+             Direct()
+                 ? ": error getting count of events to delete using "
+                   // clang-format off
                                    "'select count(*) from events where reid='r1' or groupId='r1''\n"
                                    "could not free statement, leaking memory\n"
                                    ": error getting count of events to delete using 'select count(*) from events'\n"
                                    "could not free statement, leaking memory\n"
-              // clang-format on
-              : "  Event or groupId not found: r1\n"
-                "  No events found...no action taken.\n",
-          0}),
-      r);
+                 // clang-format on
+                 : "  Event or groupId not found: r1\n"
+                   "  No events found...no action taken.\n",
+             0);
   EXPECT_EQ(Garbage(), disk_.ReadFile("streammgr/stream.db"));
 }
 

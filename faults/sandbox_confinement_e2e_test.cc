@@ -94,10 +94,8 @@ TEST_P(SandboxConfinement, WritesToTheHostFailWithTheWritersMessage) {
   for (const std::string& target : targets) {
     SCOPED_TRACE(target);
     const RunResult r = Run("cp /mnt/hd/payload '" + target + "'");
-    EXPECT_RUN(
-        (RunResult{"", "cp: cannot create regular file '" + target + "': Read-only file system\n",
-                   1}),
-        r);
+    EXPECT_RUN(r, "", "cp: cannot create regular file '" + target + "': Read-only file system\n",
+               1);
     EXPECT_EQ(kUntouched, visible_.State());
     EXPECT_FALSE(Exists(etc));
     EXPECT_FALSE(Exists(varTmp));
@@ -117,7 +115,7 @@ TEST_P(SandboxConfinement, TheDiskRunAndPrivateTmpAreWritable) {
   const RunResult r = Run("echo disk > /mnt/hd/" + name + " && echo run > /run/linx/" + name +
                           " && echo tmp > /tmp/" + name + " && cat /mnt/hd/" + name +
                           " /run/linx/" + name + " /tmp/" + name);
-  EXPECT_RUN((RunResult{"disk\nrun\ntmp\n", "", 0}), r);
+  EXPECT_RUN(r, "disk\nrun\ntmp\n", "", 0);
   EXPECT_EQ("disk\n", disk_.ReadFile(name));
   EXPECT_FALSE(Exists("/tmp/" + name));
   EXPECT_FALSE(Exists("/run/linx/" + name));
@@ -131,8 +129,7 @@ TEST_P(SandboxConfinement, TheHostsTmpIsHidden) {
   const RunResult r =
       Run("cat '" + hidden_.File() + "'; mkdir -p '" + hidden_.Folder() +
           "' && cp /mnt/hd/payload '" + hidden_.File() + "' && cat '" + hidden_.File() + "'");
-  EXPECT_RUN((RunResult{kPayload, "cat: " + hidden_.File() + ": No such file or directory\n", 0}),
-             r);
+  EXPECT_RUN(r, kPayload, "cat: " + hidden_.File() + ": No such file or directory\n", 0);
   EXPECT_EQ(kUntouched, hidden_.State());
 }
 
@@ -142,11 +139,8 @@ TEST_P(SandboxConfinement, ReadOnlyOptionShowsAFolderReadOnly) {
   options.sandboxArgs = {"--ro", hidden_.Folder()};
   const RunResult r =
       Run("cat '" + hidden_.File() + "' && cp /mnt/hd/payload '" + hidden_.File() + "'", options);
-  EXPECT_RUN(
-      (RunResult{kCanaryText,
-                 "cp: cannot create regular file '" + hidden_.File() + "': Read-only file system\n",
-                 1}),
-      r);
+  EXPECT_RUN(r, kCanaryText,
+             "cp: cannot create regular file '" + hidden_.File() + "': Read-only file system\n", 1);
   EXPECT_EQ(kUntouched, hidden_.State());
 }
 
@@ -175,62 +169,58 @@ class SandboxCommandLine : public ::testing::TestWithParam<bool> {
 
 TEST_P(SandboxCommandLine, HelpSaysWhatTheSandboxProtects) {
   const RunResult r = Run({"--help"});
-  EXPECT_RUN(
-      (RunResult{
-          std::string(kSynopsis) +
-              "\n"
-              "Runs COMMAND on a recorder of its own: DISK_DIR is mounted at /mnt/hd, the\n"
-              "IPC endpoint folder /run/linx is private and empty, the recorder's programs\n"
-              "(RECORDER_BIN_DIR, by default build/bin) come first on PATH, and every\n"
-              "process started inside ends with COMMAND. Exits with COMMAND's status.\n"
-              "\n"
-              "  --streammgr[=ARGS]  start the StreamMgr simulator first (ARGS split as a\n"
-              "                      shell splits words) and wait until it answers\n"
-              "  --configmp[=ARGS]   the same for the ConfigMP simulator\n"
-              "  --snapshot[=DIR]    leave DISK_DIR exactly as it is: /mnt/hd is a\n"
-              "                      copy-on-write view of it, and what the programs change\n"
-              "                      goes to a scratch folder below $TMPDIR (default\n"
-              "                      /var/tmp), removed at exit; with =DIR it goes to DIR\n"
-              "                      (a new or empty folder outside DISK_DIR) and stays there\n"
-              "  --ro DIR            show the host folder DIR read-only at the same path\n"
-              "                      (needed only below the host's /tmp, which is hidden)\n"
-              "\n"
-              "What it protects: the host, from the disk. A disk from the field is untrusted\n"
-              "input, and a link on it may point anywhere. Inside, only /mnt/hd (the disk),\n"
-              "/run and a private, empty /tmp can be written; every other folder of the host\n"
-              "is there read-only, and of the host's /tmp only the programs' own folders are\n"
-              "there, read-only. A write that the disk sends through a link to the host\n"
-              "fails with the writing program's own message, and the host stays as it was.\n"
-              "This holds whether the sandbox runs as root or as another user (then in a\n"
-              "user namespace of its own, with no more rights than that user has).\n"
-              "\n"
-              "A pulled disk, from the commands. A disk taken from a unit is evidence: use\n"
-              "--snapshot, or mount it read-only, and the examination changes nothing on it,\n"
-              "not a byte, a name, a mode or a time. A read-only DISK_DIR is never made\n"
-              "writable: the sandbox then gives the programs a copy-on-write view of it, as\n"
-              "--snapshot does. In the view everything works as on a writable disk: SQLite\n"
-              "rolls back the journal that a power cut left beside the store, db -a d\n"
-              "extracts and removes its stream files, and deletions delete, all in the\n"
-              "view. With --snapshot=DIR, DIR afterwards holds every file the run changed\n"
-              "or made, at its path below the disk, so that a trial deletion can be looked\n"
-              "at with sqlite3 DIR/streammgr/stream.db; each file the run removed is named\n"
-              "on standard error at the end. Run as another user than root, the view can\n"
-              "change only what that user owns on the disk.\n"
-              "\n"
-              "What it does not protect: a writable disk without --snapshot, from the\n"
-              "commands run on it, which change it as they are asked to; and the host, from\n"
-              "the programs themselves. The programs and COMMAND are trusted: the sandbox\n"
-              "does not limit what they read (host files readable outside /tmp are\n"
-              "readable inside), the network, or the processes and devices they may reach.\n",
-          "", 0}),
-      r);
+  EXPECT_RUN(r,
+             std::string(kSynopsis) +
+                 "\n"
+                 "Runs COMMAND on a recorder of its own: DISK_DIR is mounted at /mnt/hd, the\n"
+                 "IPC endpoint folder /run/linx is private and empty, the recorder's programs\n"
+                 "(RECORDER_BIN_DIR, by default build/bin) come first on PATH, and every\n"
+                 "process started inside ends with COMMAND. Exits with COMMAND's status.\n"
+                 "\n"
+                 "  --streammgr[=ARGS]  start the StreamMgr simulator first (ARGS split as a\n"
+                 "                      shell splits words) and wait until it answers\n"
+                 "  --configmp[=ARGS]   the same for the ConfigMP simulator\n"
+                 "  --snapshot[=DIR]    leave DISK_DIR exactly as it is: /mnt/hd is a\n"
+                 "                      copy-on-write view of it, and what the programs change\n"
+                 "                      goes to a scratch folder below $TMPDIR (default\n"
+                 "                      /var/tmp), removed at exit; with =DIR it goes to DIR\n"
+                 "                      (a new or empty folder outside DISK_DIR) and stays there\n"
+                 "  --ro DIR            show the host folder DIR read-only at the same path\n"
+                 "                      (needed only below the host's /tmp, which is hidden)\n"
+                 "\n"
+                 "What it protects: the host, from the disk. A disk from the field is untrusted\n"
+                 "input, and a link on it may point anywhere. Inside, only /mnt/hd (the disk),\n"
+                 "/run and a private, empty /tmp can be written; every other folder of the host\n"
+                 "is there read-only, and of the host's /tmp only the programs' own folders are\n"
+                 "there, read-only. A write that the disk sends through a link to the host\n"
+                 "fails with the writing program's own message, and the host stays as it was.\n"
+                 "This holds whether the sandbox runs as root or as another user (then in a\n"
+                 "user namespace of its own, with no more rights than that user has).\n"
+                 "\n"
+                 "A pulled disk, from the commands. A disk taken from a unit is evidence: use\n"
+                 "--snapshot, or mount it read-only, and the examination changes nothing on it,\n"
+                 "not a byte, a name, a mode or a time. A read-only DISK_DIR is never made\n"
+                 "writable: the sandbox then gives the programs a copy-on-write view of it, as\n"
+                 "--snapshot does. In the view everything works as on a writable disk: SQLite\n"
+                 "rolls back the journal that a power cut left beside the store, db -a d\n"
+                 "extracts and removes its stream files, and deletions delete, all in the\n"
+                 "view. With --snapshot=DIR, DIR afterwards holds every file the run changed\n"
+                 "or made, at its path below the disk, so that a trial deletion can be looked\n"
+                 "at with sqlite3 DIR/streammgr/stream.db; each file the run removed is named\n"
+                 "on standard error at the end. Run as another user than root, the view can\n"
+                 "change only what that user owns on the disk.\n"
+                 "\n"
+                 "What it does not protect: a writable disk without --snapshot, from the\n"
+                 "commands run on it, which change it as they are asked to; and the host, from\n"
+                 "the programs themselves. The programs and COMMAND are trusted: the sandbox\n"
+                 "does not limit what they read (host files readable outside /tmp are\n"
+                 "readable inside), the network, or the processes and devices they may reach.\n",
+             "", 0);
 }
 
 TEST_P(SandboxCommandLine, UnknownOptionGivesTheUsage) {
   const RunResult r = Run({"--bogus"});
-  EXPECT_RUN(
-      (RunResult{"", std::string("recorder-sandbox: unknown option --bogus\n") + kSynopsis, 125}),
-      r);
+  EXPECT_RUN(r, "", std::string("recorder-sandbox: unknown option --bogus\n") + kSynopsis, 125);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sandbox, SandboxCommandLine, ::testing::Bool(),

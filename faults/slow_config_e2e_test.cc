@@ -33,15 +33,13 @@ class SlowConfig : public ::testing::TestWithParam<AccessPath> {
 
 TEST_P(SlowConfig, SlowAnswersStillShowTheSetting) {
   const RunResult r = RunDb(disk_, GetParam(), {"-e"}, ConfigMp("--delay-ms 300"));
-  EXPECT_RUN(
-      (RunResult{kGibHeading + RowWithHours("r1", "Disabled") + RowWithHours("r2", "Disabled"), "",
-                 0}),
-      r);
+  EXPECT_RUN(r, kGibHeading + RowWithHours("r1", "Disabled") + RowWithHours("r2", "Disabled"), "",
+             0);
 }
 
 TEST_P(SlowConfig, GarbledAnswersShowNotAvailable) {
   const RunResult r = RunDb(disk_, GetParam(), {"-e"}, ConfigMp("--garbage"));
-  EXPECT_RUN((RunResult{kGibHeading + DefaultRow("r1") + DefaultRow("r2"), "", 0}), r);
+  EXPECT_RUN(r, kGibHeading + DefaultRow("r1") + DefaultRow("r2"), "", 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, SlowConfig, BothAccessPaths(), PathName);
@@ -55,7 +53,7 @@ TEST(SlowConfigTimeOut, AnswerLaterThanTheClientWaitsShowsNotAvailable) {
   options.configMp = true;
   options.configMpArgs = "--delay-ms 31000";
   const RunResult r = RunDb(disk, AccessPath::kDirect, {"-e"}, options);
-  EXPECT_RUN((RunResult{kGibHeading + DefaultRow("r1"), "", 0}), r);
+  EXPECT_RUN(r, kGibHeading + DefaultRow("r1"), "", 0);
 }
 
 }  // namespace

@@ -93,7 +93,7 @@ TEST_P(FilesBadInput, EveryByteValueAsTheWholeArgument) {
     expected += ListingForByte(byte);
   }
   const RunResult r = RunEach(disk, arguments);
-  EXPECT_RUN((RunResult{expected, "", 0}), r);
+  EXPECT_RUN(r, expected, "", 0);
 }
 
 TEST_P(FilesBadInput, EveryByteValueAfterAValidPrefix) {
@@ -120,7 +120,7 @@ TEST_P(FilesBadInput, EveryByteValueAfterAValidPrefix) {
     }
   }
   const RunResult r = RunEach(disk, arguments);
-  EXPECT_RUN((RunResult{expected, "", 0}), r);
+  EXPECT_RUN(r, expected, "", 0);
 }
 
 TEST_P(FilesBadInput, LongArgumentsOfLetters) {
@@ -128,7 +128,7 @@ TEST_P(FilesBadInput, LongArgumentsOfLetters) {
   disk.Exec(SampleFiles());
   const RunResult r = Run(disk, {"-f", std::string(100000, 'c'), "-f", std::string(100000, 'x')});
   // The second argument changes nothing, so it lists the current files again.
-  EXPECT_RUN((RunResult{Listing({kRow3, kRow205}) + Listing({kRow3, kRow205}), "", 0}), r);
+  EXPECT_RUN(r, Listing({kRow3, kRow205}) + Listing({kRow3, kRow205}), "", 0);
 }
 
 TEST_P(FilesBadInput, LongArgumentStoppedEarly) {
@@ -145,13 +145,12 @@ TEST_P(FilesBadInput, LongNumberPattern) {
   const RunResult r = Run(disk, {"-f", std::string(100000, '1')});
   // The store refuses a LIKE pattern this long when it evaluates it: directly
   // both statements fail while stepping; the daemon answers both as failed.
-  EXPECT_RUN((RunResult{Listing({}),
-                        Daemon() ? ""
-                                 : "stmt Error: \n"
-                                   "could not free statement, leaking memory\n"
-                                   "could not free statement, leaking memory\n",
-                        0}),
-             r);
+  EXPECT_RUN(r, Listing({}),
+             Daemon() ? ""
+                      : "stmt Error: \n"
+                        "could not free statement, leaking memory\n"
+                        "could not free statement, leaking memory\n",
+             0);
 }
 
 TEST_P(FilesBadInput, LongWildcardPatternOfAcceptableLength) {
@@ -167,7 +166,7 @@ TEST_P(FilesBadInput, PatternsThatMatchNothing) {
   disk.Exec(SampleFiles());
   const RunResult r =
       Run(disk, {"-f", "0", "-f", "99999999999999999999", "-f", "?????", "-f", "12?"});
-  EXPECT_RUN((RunResult{Listing({}) + Listing({}) + Listing({}) + Listing({}), "", 0}), r);
+  EXPECT_RUN(r, Listing({}) + Listing({}) + Listing({}) + Listing({}), "", 0);
 }
 
 TEST_P(FilesBadInput, QuoteNeverReachesTheSql) {
@@ -187,22 +186,23 @@ TEST_P(FilesBadInput, RowsWithNullsNegativesAndOversizedNumbers) {
       "4294967300, 0, 9, 4294967396, 1);"
       "insert into streamfiles values (9, 'two', 2, 1.9, '12', 'x', 60, 8, 10, 'abc', '1');");
   const RunResult r = Run(disk, {"-f", "*"});
-  EXPECT_RUN((RunResult{Listing({
-                            // clang-format off
+  EXPECT_RUN(
+      r,
+      Listing({
+          // clang-format off
                      "4294967291  4294967295   Invalid  4294967295  02/07/06 06:28:15  06:28:15  4294967295  4294967294  4294967295  4294967295  Invalid  \n",
-                            // clang-format on
-                            // clang-format off
+          // clang-format on
+          // clang-format off
                      "     7       0  Free             0  01/01/70 00:00:00  00:00:00           0           0     0     0  Init  \n",
-                            // clang-format on
-                            // clang-format off
+          // clang-format on
+          // clang-format off
                      "     8       1  Free           100  01/01/70 00:00:00  00:00:04           0           0     0     9  Norm  \n",
-                            // clang-format on
-                            // clang-format off
+          // clang-format on
+          // clang-format off
                      "     9       0  UsedFree         0  01/01/70 00:00:00  00:01:00           1          12     8    10  Norm  \n",
-                            // clang-format on
-                        }),
-                        "", 0}),
-             r);
+          // clang-format on
+      }),
+      "", 0);
 }
 
 TEST_P(FilesBadInput, NullsNeverMatchTheCurrentOrStateFilters) {
@@ -224,19 +224,20 @@ TEST_P(FilesBadInput, StatesAndTypesOutsideTheirEnumerations) {
       // clang-format off
       "     3       0  UsedFree       300  01/01/70 00:00:00  00:00:00          30          40     2     4  Invalid  \n";
   // clang-format on
-  EXPECT_EQ(Listing({
-                // clang-format off
+  EXPECT_EQ(
+      Listing({
+          // clang-format off
                 "     1       0   Invalid       100  01/01/70 00:00:00  00:00:00          10          20     0     2  Wiped  \n",
-                // clang-format on
-                // clang-format off
+          // clang-format on
+          // clang-format off
                 "     2       0   Invalid       200  01/01/70 00:00:00  00:00:00          20          30     1     3  Invalid  \n",
-                // clang-format on
-                row3,
-                // clang-format off
+          // clang-format on
+          row3,
+          // clang-format off
                 "     4       0   Invalid       400  01/01/70 00:00:00  00:00:00          40          50     3     5  Invalid  \n",
-                // clang-format on
-            }) + Listing({row3}),
-            r.out);
+          // clang-format on
+      }) + Listing({row3}),
+      r.out);
   EXPECT_EQ("", r.err);
 }
 
@@ -244,15 +245,14 @@ TEST_P(FilesBadInput, StoreWithoutTheTable) {
   RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
   const RunResult r = Run(disk, {"-f", "s2"});
   EXPECT_RUN(
-      (RunResult{
-          Listing({}),
-          Daemon() ? ""
-                   : std::string(kNoFileSizesLine) +
-                         // clang-format off
+      r, Listing({}),
+      Daemon()
+          ? ""
+          : std::string(kNoFileSizesLine) +
+                // clang-format off
                        "unable to prepare: select count(*) from streamfiles where  number like '%' and stream=2 order by starttick ascunable to prepare: select * from streamfiles where  number like '%' and stream=2 order by starttick asc",
-          // clang-format on
-          0}),
-      r);
+      // clang-format on
+      0);
 }
 
 TEST_P(FilesBadInput, RowThatFailsWhileStepping) {
@@ -270,20 +270,21 @@ TEST_P(FilesBadInput, RowThatFailsWhileStepping) {
       "end as size, type from stored;");
   const RunResult r = Run(disk, {"-f", "*"});
   if (Daemon()) {
-    EXPECT_RUN((RunResult{Listing({}, 4), "", 0}), r);
+    EXPECT_RUN(r, Listing({}, 4), "", 0);
   } else {
-    EXPECT_RUN((RunResult{Listing(
-                              {// clang-format off
+    EXPECT_RUN(
+        r,
+        Listing(
+            {// clang-format off
                                    "     1       0  Free           100  01/01/70 00:00:00  00:00:00          10          20     0     0  Norm  \n",
                                    "     2       0  Free           200  01/01/70 00:00:00  00:00:00          20          30     0     0  Norm  \n"},
-                              // clang-format on
-                              4),
-                          "main:Error initializing file sizes from the database:\n"
-                          "could not free statement, leaking memory\n"
-                          "stmt Error: \n"
-                          "could not free statement, leaking memory\n",
-                          0}),
-               r);
+            // clang-format on
+            4),
+        "main:Error initializing file sizes from the database:\n"
+        "could not free statement, leaking memory\n"
+        "stmt Error: \n"
+        "could not free statement, leaking memory\n",
+        0);
   }
 }
 

@@ -47,7 +47,7 @@ TEST_P(FilesPaging, RequestsAndRows) {
   disk.Exec(GeneratedFiles(GetParam().files));
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-f", "*"}, Logged());
   const unsigned files = static_cast<unsigned>(GetParam().files);
-  EXPECT_RUN((RunResult{Listing(GeneratedRows(1, files)), "", 0}), r);
+  EXPECT_RUN(r, Listing(GeneratedRows(1, files)), "", 0);
   std::string requests = CountRequest(kAllByNumber);
   if (GetParam().offsets.empty()) {
     requests += SingleRequest(kAllByNumber);
@@ -172,7 +172,7 @@ TEST(FilesDaemon, FailedRequestsShowNoRowsAndACountOfZero) {
   const std::string before = disk.Dump();
   const RunResult r =
       RunDb(disk, AccessPath::kDaemon, {"-f", "*", "-f", "c"}, Logged(" --fail-requests"));
-  EXPECT_RUN((RunResult{Listing({}) + Listing({}), "", 0}), r);
+  EXPECT_RUN(r, Listing({}) + Listing({}), "", 0);
   EXPECT_EQ(before, disk.Dump());
 }
 

@@ -29,7 +29,7 @@ class FilesTable : public ::testing::TestWithParam<AccessPath> {
 
   void ExpectListing(const std::vector<std::string>& args, const std::string& out) {
     const RunResult r = Run(args);
-    EXPECT_RUN((RunResult{out, "", 0}), r);
+    EXPECT_RUN(r, out, "", 0);
   }
 
   RecorderDisk disk_;
@@ -165,10 +165,9 @@ TEST_P(FilesTable, WildcardAfterALetterIsNotANumberPart) {
 
 TEST_P(FilesTable, MissingArgumentIsAnUnknownOption) {
   const RunResult r = Run({"-f"});
-  EXPECT_RUN((RunResult{ExpectedUsage("db", GetParam() == AccessPath::kDaemon,
-                                      "Error: unknown option specified"),
-                        "db: option requires an argument -- 'f'\n", 0}),
-             r);
+  EXPECT_RUN(
+      r, ExpectedUsage("db", GetParam() == AccessPath::kDaemon, "Error: unknown option specified"),
+      "db: option requires an argument -- 'f'\n", 0);
 }
 
 // Empty results and the limit.
@@ -180,14 +179,14 @@ TEST_P(FilesTable, NoMatchingRows) {
 TEST_P(FilesTable, EmptyTable) {
   RecorderDisk empty;
   const RunResult r = RunDb(empty, GetParam(), {"-f", "*"});
-  EXPECT_RUN((RunResult{std::string(kHeading) + "\n0 items\n\n", "", 0}), r);
+  EXPECT_RUN(r, std::string(kHeading) + "\n0 items\n\n", "", 0);
 }
 
 TEST_P(FilesTable, LimitShowsTwentyRowsAndTheFullCount) {
   RecorderDisk big;
   big.Exec(GeneratedFiles(35));
   const RunResult r = RunDb(big, GetParam(), {"-f", "l"});
-  EXPECT_RUN((RunResult{Listing(GeneratedRows(1, 20), 35), "", 0}), r);
+  EXPECT_RUN(r, Listing(GeneratedRows(1, 20), 35), "", 0);
 }
 
 TEST_P(FilesTable, LimitWithReverseShowsTheLastTwenty) {

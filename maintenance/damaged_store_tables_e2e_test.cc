@@ -54,19 +54,19 @@ TEST_P(DamagedStoreTables, StoreFromTheFieldWhoseListWouldRepeatARow) {
   const RunResult r = RunDb(disk, GetParam(), {"-t"}, Bounded());
   // Every count but the last fails on a corrupt page: 0, and directly the
   // failed statement's line. Over IPC the daemon answers as SQLite lets it.
-  EXPECT_RUN(
-      (RunResult{std::string(kTablesHeading) + "t1                 0\n"
-                                               "t2                 0\n"
-                                               "t3                 0\n"
-                                               "t4                 8\n"
-                                               "\n",
-                 GetParam() == AccessPath::kDirect
-                     ? std::string(kNoFileSizesLine) + "could not free statement, leaking memory\n"
-                                                       "could not free statement, leaking memory\n"
-                                                       "could not free statement, leaking memory\n"
-                     : std::string(),
-                 0}),
-      r);
+  EXPECT_RUN(r,
+             std::string(kTablesHeading) +
+                 "t1                 0\n"
+                 "t2                 0\n"
+                 "t3                 0\n"
+                 "t4                 8\n"
+                 "\n",
+             GetParam() == AccessPath::kDirect ? std::string(kNoFileSizesLine) +
+                                                     "could not free statement, leaking memory\n"
+                                                     "could not free statement, leaking memory\n"
+                                                     "could not free statement, leaking memory\n"
+                                               : std::string(),
+             0);
   EXPECT_EQ(damaged, disk.ReadFile("streammgr/stream.db"));
 }
 
@@ -80,19 +80,20 @@ TEST_P(DamagedStoreTables, TablesWithoutPagesSharingOneRowId) {
   const std::string damaged = disk.ReadFile("streammgr/stream.db");
   const RunResult r = RunDb(disk, GetParam(), {"-t"}, Bounded());
   // No table has a page to count: each count fails, the list still ends.
-  EXPECT_RUN((RunResult{std::string(kTablesHeading) + "events             0\n"
-                                                      "streamfiles        0\n"
-                                                      "status             0\n"
-                                                      "\n",
-                        GetParam() == AccessPath::kDirect
-                            ? std::string("main:Error initializing file sizes from the database:\n"
-                                          "could not free statement, leaking memory\n"
-                                          "could not free statement, leaking memory\n"
-                                          "could not free statement, leaking memory\n"
-                                          "could not free statement, leaking memory\n")
-                            : std::string(),
-                        0}),
-             r);
+  EXPECT_RUN(r,
+             std::string(kTablesHeading) +
+                 "events             0\n"
+                 "streamfiles        0\n"
+                 "status             0\n"
+                 "\n",
+             GetParam() == AccessPath::kDirect
+                 ? std::string("main:Error initializing file sizes from the database:\n"
+                               "could not free statement, leaking memory\n"
+                               "could not free statement, leaking memory\n"
+                               "could not free statement, leaking memory\n"
+                               "could not free statement, leaking memory\n")
+                 : std::string(),
+             0);
   EXPECT_EQ(damaged, disk.ReadFile("streammgr/stream.db"));
 }
 

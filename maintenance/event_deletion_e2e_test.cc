@@ -3,7 +3,6 @@
 // whole store is compared with a store built to hold exactly the rows that
 // should be left.
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 #include <sys/stat.h>
 
 #include <set>
@@ -13,6 +12,7 @@
 #include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/store_lock.h"
 
 namespace {
 
@@ -152,14 +152,14 @@ class EventDeletion : public DeletionTest, public ::testing::WithParamInterface<
 
 TEST_P(EventDeletion, OneEventById) {
   const RunResult r = Run({"-d", "42"});
-  EXPECT_RUN((RunResult{"  Successfully deleted 1 event:  id = 42\n", "", 0}), r);
+  EXPECT_RUN(r, "  Successfully deleted 1 event:  id = 42\n", "", 0);
   ExpectStoreWithout({"42"});
   ExpectRequests(EventsRequest("42") + DeleteRequests({"42"}));
 }
 
 TEST_P(EventDeletion, WholeGroupById) {
   const RunResult r = Run({"--delete", "G1"});
-  EXPECT_RUN((RunResult{"  Successfully deleted 3 events:  id = G1\n", "", 0}), r);
+  EXPECT_RUN(r, "  Successfully deleted 3 events:  id = G1\n", "", 0);
   ExpectStoreWithout({"G1-a", "G1-b", "G1-c"});
   ExpectRequests(EventsRequest("G1") + DeleteRequests({"G1-a", "G1-b", "G1-c"}));
 }
@@ -174,34 +174,30 @@ TEST_P(EventDeletion, OnePartOfAGroupByItsReid) {
 
 TEST_P(EventDeletion, NoMatchKeepsEverything) {
   const RunResult r = Run({"-d", "99"});
-  EXPECT_RUN((RunResult{"",
-                        ByPath("  Event or groupId not found:  id = 99\n",
-                               "  Event or groupId not found: 99\n"),
-                        0}),
-             r);
+  EXPECT_RUN(
+      r, "",
+      ByPath("  Event or groupId not found:  id = 99\n", "  Event or groupId not found: 99\n"), 0);
   ExpectStoreUnchanged();
   ExpectRequests(EventsRequest("99"));
 }
 
 TEST_P(EventDeletion, AllEvents) {
   const RunResult r = Run({"--deleteall"});
-  EXPECT_RUN((RunResult{ByPath("  Successfully deleted all 5 events\n",
-                               "  Successfully deleted 5 events\n"),
-                        "", 0}),
-             r);
+  EXPECT_RUN(r,
+             ByPath("  Successfully deleted all 5 events\n", "  Successfully deleted 5 events\n"),
+             "", 0);
   ExpectStoreWithout({"42", "G1-a", "G1-b", "G1-c", "7"});
   ExpectRequests(kAllEventsRequest + DeleteRequests({"42", "G1-a", "G1-b", "G1-c", "7"}));
 }
 
 TEST_P(EventDeletion, HandlersGoOnWithTheNextOption) {
   const RunResult r = Run({"-d", "42", "-d", "42", "-d", "G1", "-t"});
-  EXPECT_RUN((RunResult{"  Successfully deleted 1 event:  id = 42\n"
-                        "  Successfully deleted 3 events:  id = G1\n" +
-                            TableCounts("   1"),
-                        ByPath("  Event or groupId not found:  id = 42\n",
-                               "  Event or groupId not found: 42\n"),
-                        0}),
-             r);
+  EXPECT_RUN(
+      r,
+      "  Successfully deleted 1 event:  id = 42\n"
+      "  Successfully deleted 3 events:  id = G1\n" +
+          TableCounts("   1"),
+      ByPath("  Event or groupId not found:  id = 42\n", "  Event or groupId not found: 42\n"), 0);
   ExpectStoreWithout({"42", "G1-a", "G1-b", "G1-c"});
 }
 
@@ -220,12 +216,10 @@ TEST_P(EventDeletion, IdWithASingleQuoteDeletesNothing) {
   const std::string count = "select count(*) from events where reid='4'2' or groupId='4'2'";
   // Directly the malformed SQL fails to prepare; the daemon cannot run it
   // either, so it lists nothing.
-  EXPECT_RUN(
-      (RunResult{"",
-                 Daemon() ? std::string("  Event or groupId not found: 4'2\n")
-                          : "unable to prepare: " + count + "stmt Error: 1  sql='" + count + "'\n",
-                 0}),
-      r);
+  EXPECT_RUN(r, "",
+             Daemon() ? std::string("  Event or groupId not found: 4'2\n")
+                      : "unable to prepare: " + count + "stmt Error: 1  sql='" + count + "'\n",
+             0);
   ExpectStoreUnchanged();
   ExpectRequests(EventsRequest("4'2"));
 }
@@ -234,7 +228,7 @@ TEST_P(EventDeletion, EmptyIdSelectsTheEventsOutsideAnyGroup) {
   // The id goes into the condition as typed, and an unsplit event has the
   // empty group id, so an empty id picks every unsplit event and no part.
   const RunResult r = Run({"-d", ""});
-  EXPECT_RUN((RunResult{"  Successfully deleted 2 events:  id = \n", "", 0}), r);
+  EXPECT_RUN(r, "  Successfully deleted 2 events:  id = \n", "", 0);
   ExpectStoreWithout({"42", "7"});
   ExpectRequests(EventsRequest("") + DeleteRequests({"42", "7"}));
 }
@@ -254,12 +248,11 @@ TEST_P(EventDeletion, VeryLongId) {
   disk_.Exec(Event(id).Insert());
   events_.push_back(Event(id));
   const RunResult r = Run({"-d", id, "-d", id + "X"});
-  EXPECT_RUN((RunResult{"  Successfully deleted 1 event:  id = " + id + "\n",
-                        std::string(ByPath("  Event or groupId not found:  id = ",
-                                           "  Event or groupId not found: ")) +
-                            id + "X\n",
-                        0}),
-             r);
+  EXPECT_RUN(r, "  Successfully deleted 1 event:  id = " + id + "\n",
+             std::string(
+                 ByPath("  Event or groupId not found:  id = ", "  Event or groupId not found: ")) +
+                 id + "X\n",
+             0);
   ExpectStoreWithout({id});
   ExpectRequests(EventsRequest(id) + DeleteRequests({id}) + EventsRequest(id + "X"));
 }
@@ -314,18 +307,17 @@ TEST_P(EventDeletion, ReadOnlyStoreKeepsEveryRowAndStaysReadable) {
   const std::string tables = TableCounts("   5");
   if (Daemon()) {
     // The daemon cannot delete either; each refusal is reported.
-    EXPECT_RUN((RunResult{std::string("  Successfully deleted 0 events:  id = G1\n") +
-                              "  Successfully deleted 0 events\n" + tables,
-                          Refused({"G1-a", "G1-b", "G1-c", "42", "G1-a", "G1-b", "G1-c", "7"}), 0}),
-               r);
+    EXPECT_RUN(r,
+               std::string("  Successfully deleted 0 events:  id = G1\n") +
+                   "  Successfully deleted 0 events\n" + tables,
+               Refused({"G1-a", "G1-b", "G1-c", "42", "G1-a", "G1-b", "G1-c", "7"}), 0);
   } else {
-    EXPECT_RUN((RunResult{tables,
-                          "  Error deleting event or groupId:  id = G1\n"
-                          "could not free statement, leaking memory\n"
-                          "  Error deleting all events\n"
-                          "could not free statement, leaking memory\n",
-                          0}),
-               r);
+    EXPECT_RUN(r, tables,
+               "  Error deleting event or groupId:  id = G1\n"
+               "could not free statement, leaking memory\n"
+               "  Error deleting all events\n"
+               "could not free statement, leaking memory\n",
+               0);
   }
   ExpectStoreUnchanged();
 }
@@ -336,10 +328,8 @@ TEST_P(EventDeletion, AbortingTriggerKeepsEveryRow) {
   const std::string tables = TableCounts("   5");
   if (Daemon()) {
     EXPECT_RUN(
-        (RunResult{
-            "  Successfully deleted 0 events\n  Successfully deleted 0 events:  id = 42\n" + tables,
-            Refused({"42", "G1-a", "G1-b", "G1-c", "7", "42"}), 0}),
-        r);
+        r, "  Successfully deleted 0 events\n  Successfully deleted 0 events:  id = 42\n" + tables,
+        Refused({"42", "G1-a", "G1-b", "G1-c", "7", "42"}), 0);
     ExpectRequests(kAllEventsRequest + DeleteRequests({"42", "G1-a", "G1-b", "G1-c", "7"}) +
                    EventsRequest("42") + DeleteRequests({"42"}) +
                    "count\tselect count(*) from events\n"
@@ -347,13 +337,12 @@ TEST_P(EventDeletion, AbortingTriggerKeepsEveryRow) {
                    "count\tselect count(*) from status\n");
   } else {
     // The failed step is what finalising the delete statement reports.
-    EXPECT_RUN((RunResult{tables,
-                          "  Error deleting all events\n"
-                          "could not free statement, leaking memory\n"
-                          "  Error deleting event or groupId:  id = 42\n"
-                          "could not free statement, leaking memory\n",
-                          0}),
-               r);
+    EXPECT_RUN(r, tables,
+               "  Error deleting all events\n"
+               "could not free statement, leaking memory\n"
+               "  Error deleting event or groupId:  id = 42\n"
+               "could not free statement, leaking memory\n",
+               0);
   }
   ExpectStoreUnchanged();
 }
@@ -365,11 +354,10 @@ TEST_P(EventDeletion, ConstraintFailingInTheDeleteKeepsEveryRow) {
       "insert into status values ('version', old.reid); end;");
   const RunResult r = Run({"-d", "G1"});
   if (Daemon()) {
-    EXPECT_RUN((RunResult{"  Successfully deleted 0 events:  id = G1\n",
-                          Refused({"G1-a", "G1-b", "G1-c"}), 0}),
-               r);
+    EXPECT_RUN(r, "  Successfully deleted 0 events:  id = G1\n", Refused({"G1-a", "G1-b", "G1-c"}),
+               0);
   } else {
-    EXPECT_RUN((RunResult{"", kGroupDeleteFailed, 0}), r);
+    EXPECT_RUN(r, "", kGroupDeleteFailed, 0);
   }
   ExpectStoreUnchanged();
 }
@@ -393,28 +381,25 @@ TEST_P(EventDeletion, TriggerRefusingOneEventOnlyKeepsThatOne) {
 }
 
 TEST_P(EventDeletion, StoreLockedByAnotherWriterKeepsEveryRowAndStaysUsable) {
-  sqlite3* writer = nullptr;
-  ASSERT_EQ(SQLITE_OK, sqlite3_open(disk_.StorePath().c_str(), &writer));
-  ASSERT_EQ(SQLITE_OK, sqlite3_exec(writer, "begin exclusive", nullptr, nullptr, nullptr));
-  const RunResult locked = Run({"-d", "42", "--deleteall"});
-  sqlite3_exec(writer, "rollback", nullptr, nullptr, nullptr);
-  sqlite3_close(writer);
+  RunResult locked;
+  {
+    StoreLock writer(disk_.StorePath());
+    locked = Run({"-d", "42", "--deleteall"});
+  }
   if (Daemon()) {
-    EXPECT_RUN(
-        (RunResult{"", "  Event or groupId not found: 42\n  No events found...no action taken.\n",
-                   0}),
-        locked);
+    EXPECT_RUN(locked, "",
+               "  Event or groupId not found: 42\n  No events found...no action taken.\n", 0);
   } else {
     const std::string count = "select count(*) from events where reid='42' or groupId='42'";
-    EXPECT_RUN((RunResult{"",
-                          std::string(kNoFileSizesLine) + "unable to prepare: " + count +
-                              "stmt Error: 5  sql='" + count +
-                              // clang-format off
+    EXPECT_RUN(
+        locked, "",
+        std::string(kNoFileSizesLine) + "unable to prepare: " + count + "stmt Error: 5  sql='" +
+            count +
+            // clang-format off
             "'\n"
             "unable to prepare: select count(*) from eventsstmt Error: 5  sql='select count(*) from events'\n",
-                          // clang-format on
-                          0}),
-               locked);
+        // clang-format on
+        0);
   }
   ExpectStoreUnchanged();
 
@@ -430,16 +415,17 @@ TEST_P(EventDeletion, StoreWithoutAnEventsTable) {
   before_ = disk_.Dump();
   const RunResult r = Run({"-d", "42", "--deleteall"});
   const std::string count = "select count(*) from events where reid='42' or groupId='42'";
-  const std::string err = Daemon()
-                              ? std::string(
-                                    "  Event or groupId not found: 42\n"
-                                    "  No events found...no action taken.\n")
-                              : "unable to prepare: " + count + "stmt Error: 1  sql='" + count +
-                                    // clang-format off
+  const std::string err =
+      Daemon()
+          ? std::string(
+                "  Event or groupId not found: 42\n"
+                "  No events found...no action taken.\n")
+          : "unable to prepare: " + count + "stmt Error: 1  sql='" + count +
+                // clang-format off
                      "'\n"
                      "unable to prepare: select count(*) from eventsstmt Error: 1  sql='select count(*) from events'\n";
   // clang-format on
-  EXPECT_RUN((RunResult{"", err, 0}), r);
+  EXPECT_RUN(r, "", err, 0);
   ExpectStoreUnchanged();
   ExpectRequests(EventsRequest("42") + kAllEventsRequest);
 }
@@ -454,10 +440,7 @@ TEST_P(EventDeletion, EventsThatCanBeListedButNotDeleted) {
     EXPECT_EQ(Refused({"G1-a", "G1-b", "G1-c"}), r.err);
   } else {
     const std::string remove = "delete from events where reid='G1' or groupId='G1'";
-    EXPECT_RUN(
-        (RunResult{"", "unable to prepare: " + remove + "stmt Error: 1  sql='" + remove + "'\n",
-                   0}),
-        r);
+    EXPECT_RUN(r, "", "unable to prepare: " + remove + "stmt Error: 1  sql='" + remove + "'\n", 0);
   }
   ExpectStoreUnchanged();
 }
@@ -470,19 +453,17 @@ TEST_P(EventDeletion, EventsThatFailWhileCounted) {
   before_ = disk_.Dump();
   const RunResult r = Run({"-d", "42", "--deleteall"});
   EXPECT_RUN(
-      (RunResult{
-          "",
-          ByPath(": error getting count of events to delete using 'select count(*) from events "
-                 // clang-format off
+      r, "",
+      ByPath(": error getting count of events to delete using 'select count(*) from events "
+             // clang-format off
                  "where reid='42' or groupId='42''\n"
                  "could not free statement, leaking memory\n"
                  ": error getting count of events to delete using 'select count(*) from events'\n"
                  "could not free statement, leaking memory\n",
-                 // clang-format on
-                 "  Event or groupId not found: 42\n"
-                 "  No events found...no action taken.\n"),
-          0}),
-      r);
+             // clang-format on
+             "  Event or groupId not found: 42\n"
+             "  No events found...no action taken.\n"),
+      0);
   ExpectStoreUnchanged();
 }
 
@@ -494,7 +475,7 @@ class EventDeletionOfNothing : public DeletionTest,
 
 TEST_P(EventDeletionOfNothing, AllOnAnEmptyTable) {
   const RunResult r = Run({"--deleteall"});
-  EXPECT_RUN((RunResult{"", "  No events found...no action taken.\n", 0}), r);
+  EXPECT_RUN(r, "", "  No events found...no action taken.\n", 0);
   ExpectStoreUnchanged();
   ExpectRequests(kAllEventsRequest);
 }
@@ -555,7 +536,7 @@ TEST_F(EventDeletionOverIpc, RefusedEventIsReportedAndKept) {
   SandboxOptions options;
   options.streamMgrArgs = "--refuse-delete G1-b";
   const RunResult r = Run({"-d", "G1"}, options);
-  EXPECT_RUN((RunResult{"  Successfully deleted 2 events:  id = G1\n", Refused({"G1-b"}), 0}), r);
+  EXPECT_RUN(r, "  Successfully deleted 2 events:  id = G1\n", Refused({"G1-b"}), 0);
   ExpectStoreWithout({"G1-a", "G1-c"});
   ExpectRequests(EventsRequest("G1") + DeleteRequests({"G1-a", "G1-b", "G1-c"}));
 }
@@ -606,12 +587,11 @@ TEST_F(EventDeletionOverIpc, DaemonFailingEveryRequestDeletesNothing) {
   SandboxOptions options;
   options.streamMgrArgs = "--fail-requests";
   const RunResult r = Run({"-d", "G1", "--deleteall", "-d", "42"}, options);
-  EXPECT_RUN((RunResult{"",
-                        "  Event or groupId not found: G1\n"
-                        "  No events found...no action taken.\n"
-                        "  Event or groupId not found: 42\n",
-                        0}),
-             r);
+  EXPECT_RUN(r, "",
+             "  Event or groupId not found: G1\n"
+             "  No events found...no action taken.\n"
+             "  Event or groupId not found: 42\n",
+             0);
   ExpectStoreUnchanged();
   // The store is still whole for a daemon that works.
   const RunResult after = RunDb(disk_, AccessPath::kDaemon, {"-d", "42"});

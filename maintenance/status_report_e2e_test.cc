@@ -16,19 +16,20 @@ TEST(TableCounts, ListsEveryTableWithItsRows) {
   disk.Exec(EventRow{"a"}.Insert() + EventRow{"b"}.Insert() + FileRow().Insert() +
             "insert into status values ('version', '1');");
   const RunResult r = RunDb(disk, {"-t"});
-  EXPECT_RUN((RunResult{std::string(kHeading) + "events             2\n"
-                                                "streamfiles        1\n"
-                                                "status             1\n"
-                                                "\n",
-                        "", 0}),
-             r);
+  EXPECT_RUN(r,
+             std::string(kHeading) +
+                 "events             2\n"
+                 "streamfiles        1\n"
+                 "status             1\n"
+                 "\n",
+             "", 0);
 }
 
 TEST(TableCounts, StoreWithNoTablesPrintsHeadingOnly) {
   RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
   const RunResult r = RunDb(disk, {"-t"});
   // Start-up could not read the stream file sizes of a store without tables.
-  EXPECT_RUN((RunResult{std::string(kHeading) + "\n", kNoFileSizesLine, 0}), r);
+  EXPECT_RUN(r, std::string(kHeading) + "\n", kNoFileSizesLine, 0);
 }
 
 TEST(TableCounts, TwiceOnOneCommandLinePrintsTheReportTwice) {
@@ -100,7 +101,7 @@ TEST(Status, ShowsTheStatusTableThroughSql) {
   RecorderDisk disk;
   disk.Exec("insert into status values ('version', '4.2'), ('disk', 'ok');");
   const RunResult r = RunDb(disk, {"-s"});
-  EXPECT_RUN((RunResult{"name|value\nversion|4.2\ndisk|ok\n", "", 0}), r);
+  EXPECT_RUN(r, "name|value\nversion|4.2\ndisk|ok\n", "", 0);
 }
 
 TEST(Status, EachOccurrenceRunsSqlAgainInOrder) {
@@ -123,7 +124,7 @@ TEST(Status, WithoutSqlCommandDbPrintsNothingOfItsOwn) {
   RecorderDisk disk;
   const RunResult r =
       RunInSandbox(disk, {"env", "PATH=/usr/bin:/bin", BinDir() + "/db", "-s", "-s"});
-  EXPECT_RUN((RunResult{"", "sh: 1: sql: not found\nsh: 1: sql: not found\n", 0}), r);
+  EXPECT_RUN(r, "", "sh: 1: sql: not found\nsh: 1: sql: not found\n", 0);
 }
 
 TEST(Status, MissingStatusTableIsSqlsOwnMessage) {

@@ -53,7 +53,7 @@ TEST_P(TableCountsBothPaths, SameTableOnEitherPath) {
   FillStore(disk);
   const std::string before = disk.Dump();
   const RunResult r = RunDb(disk, GetParam(), {"-t"}, Daemon());
-  EXPECT_RUN((RunResult{std::string(kHeading) + kFilledReport, "", 0}), r);
+  EXPECT_RUN(r, std::string(kHeading) + kFilledReport, "", 0);
   EXPECT_EQ(GetParam() == AccessPath::kDaemon ? kCountRequests : "", Log(disk));
   EXPECT_EQ(before, disk.Dump());
 }
@@ -114,7 +114,7 @@ TEST(TableCountsDaemon, StoreWithNoTablesSendsNoRequest) {
   // With the daemon running start-up reads no file sizes, so nothing fails there.
   RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon());
-  EXPECT_RUN((RunResult{std::string(kHeading) + "\n", "", 0}), r);
+  EXPECT_RUN(r, std::string(kHeading) + "\n", "", 0);
   EXPECT_EQ("", Log(disk));
 }
 
@@ -124,7 +124,7 @@ TEST(TableCountsDaemon, FailingCountsShowZeroWithoutAMessage) {
   const std::string before = disk.Dump();
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon("--fail-requests"));
   // The names come from the file, the counts from the daemon, which failed them.
-  EXPECT_RUN((RunResult{std::string(kHeading) + kZeroReport, "", 0}), r);
+  EXPECT_RUN(r, std::string(kHeading) + kZeroReport, "", 0);
   EXPECT_EQ(kCountRequests, Log(disk));
   EXPECT_EQ(before, disk.Dump());
 }
@@ -148,11 +148,10 @@ TEST(TableCountsDaemon, CountTheDaemonCannotPrepareShowsZeroWithoutAMessage) {
 TEST(TableCountsDaemon, MissingStoreHasNoRowsThoughTheDaemonRuns) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon());
-  EXPECT_RUN((RunResult{std::string(kHeading) + "\n",
-                        "error opening sqlite3\n"
-                        "unable to prepare: select tbl_name from sqlite_master where type='table'",
-                        SQLITE_CANTOPEN}),
-             r);
+  EXPECT_RUN(r, std::string(kHeading) + "\n",
+             "error opening sqlite3\n"
+             "unable to prepare: select tbl_name from sqlite_master where type='table'",
+             SQLITE_CANTOPEN);
   EXPECT_EQ("", Log(disk));
   EXPECT_FALSE(disk.Exists("streammgr"));
 }
@@ -162,10 +161,8 @@ TEST(TableCountsDaemon, StoreThatIsNotADatabaseHasNoRows) {
   const std::string garbage(4096, 'x');
   disk.WriteFile("streammgr/stream.db", garbage);
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon());
-  EXPECT_RUN(
-      (RunResult{std::string(kHeading) + "\n",
-                 "unable to prepare: select tbl_name from sqlite_master where type='table'", 0}),
-      r);
+  EXPECT_RUN(r, std::string(kHeading) + "\n",
+             "unable to prepare: select tbl_name from sqlite_master where type='table'", 0);
   EXPECT_EQ("", Log(disk));
   EXPECT_EQ(garbage, disk.ReadFile("streammgr/stream.db"));
 }
@@ -174,7 +171,7 @@ TEST(TableCountsDaemon, GarbledAnswersShowZero) {
   RecorderDisk disk;
   FillStore(disk);
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon("--garbage"));
-  EXPECT_RUN((RunResult{std::string(kHeading) + kZeroReport, "", 0}), r);
+  EXPECT_RUN(r, std::string(kHeading) + kZeroReport, "", 0);
   EXPECT_EQ(kCountRequests, Log(disk));
 }
 
@@ -182,12 +179,13 @@ TEST(TableCountsDaemon, DaemonDyingMidReportLeavesTheRestAtZero) {
   RecorderDisk disk;
   FillStore(disk);
   const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon("--die-after 1"));
-  EXPECT_RUN((RunResult{std::string(kHeading) + "events             2\n"
-                                                "streamfiles        0\n"
-                                                "status             0\n"
-                                                "\n",
-                        "", 0}),
-             r);
+  EXPECT_RUN(r,
+             std::string(kHeading) +
+                 "events             2\n"
+                 "streamfiles        0\n"
+                 "status             0\n"
+                 "\n",
+             "", 0);
   // The second request killed it; the third found no daemon to ask.
   EXPECT_EQ(
       "count\tselect count(*) from events\n"

@@ -121,13 +121,13 @@ TEST_F(Install, InstalledSandboxRunsTheInstalledDbWithTheInstalledStandIns) {
   EXPECT_EQ(0, r.status) << r.err;
 
   r = RunShell(sandbox + " --streammgr " + disk + " -- db -h");
-  EXPECT_RUN((RunResult{ExpectedUsage("db", true), "", 0}), r);
+  EXPECT_RUN(r, ExpectedUsage("db", true), "", 0);
 
   r = RunShell(sandbox + " --streammgr " + disk + " -- db -t");
-  EXPECT_RUN((RunResult{kFilledDiskTables, "", 0}), r);
+  EXPECT_RUN(r, kFilledDiskTables, "", 0);
 
   r = RunShell(sandbox + " " + disk + " -- db -s");
   // The status table is empty: sql prints no header for no rows.
-  EXPECT_RUN((RunResult{"", "", 0}), r);
+  EXPECT_RUN(r, "", "", 0);
   EXPECT_EQ(before, recorder.Dump());
 }

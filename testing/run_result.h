@@ -1,7 +1,8 @@
 // One run of a command compared whole: standard output, standard error and
 // exit status at once, with a line diff of what differs.
 //
-//   EXPECT_RUN((RunResult{"out\n", "", 0}), RunDb(disk, {"-t"}));
+//   EXPECT_RUN(RunDb(disk, {"-t"}), "out\n", "", 0);
+//   EXPECT_RUN(RunDb(disk, {"-t"}), expectedRun);  // a RunResult made elsewhere
 #ifndef TESTING_RUN_RESULT_H_
 #define TESTING_RUN_RESULT_H_
 
@@ -33,6 +34,8 @@ std::string LineDiff(const std::string& expected, const std::string& actual);
 ::testing::AssertionResult SameRun(const char* expectedText, const char* actualText,
                                    const RunResult& expected, const RunResult& actual);
 
-#define EXPECT_RUN(expected, actual) EXPECT_PRED_FORMAT2(SameRun, expected, actual)
+// EXPECT_RUN(actual, out, err, status), or EXPECT_RUN(actual, expected) with a
+// whole RunResult: the expected run is everything after the first argument.
+#define EXPECT_RUN(actual, ...) EXPECT_PRED_FORMAT2(SameRun, (RunResult{__VA_ARGS__}), actual)
 
 #endif  // TESTING_RUN_RESULT_H_

@@ -16,11 +16,11 @@ TEST(FilePesProgram, ChecksTheFileItIsGiven) {
   shape.keyFrameEvery = 0;
   disk.WriteFile("7.ts", MakeStream(shape));
   const RunResult r = RunInSandbox(disk, {"filePes", "-a", "/mnt/hd/7.ts"});
-  EXPECT_RUN((RunResult{"FAIL split point 1 at packet 0 (0.000 s): no key frame follows\n"
-                        "FAIL split point 2 at packet 75 (1.000 s): no key frame follows\n"
-                        "2 split points, 2 failed\n",
-                        "", 1}),
-             r);
+  EXPECT_RUN(r,
+             "FAIL split point 1 at packet 0 (0.000 s): no key frame follows\n"
+             "FAIL split point 2 at packet 75 (1.000 s): no key frame follows\n"
+             "2 split points, 2 failed\n",
+             "", 1);
 }
 
 TEST(FilePesProgram, PassingFileExitsZero) {
@@ -34,7 +34,7 @@ TEST(FilePesProgram, PassingFileExitsZero) {
 TEST(FilePesProgram, Help) {
   RecorderDisk disk;
   const RunResult r = RunInSandbox(disk, {"filePes", "--help"});
-  EXPECT_RUN((RunResult{kFilePesHelp, "", 0}), r);
+  EXPECT_RUN(r, kFilePesHelp, "", 0);
 }
 
 TEST(FilePesProgram, BadCommandLines) {
@@ -44,7 +44,7 @@ TEST(FilePesProgram, BadCommandLines) {
                                                   {"filePes", "-x", "/mnt/hd/1.ts"},
                                                   {"filePes", "-a", "/mnt/hd/1.ts", "more"}}) {
     const RunResult r = RunInSandbox(disk, command);
-    EXPECT_RUN((RunResult{"", std::string("filePes: expected -a FILE\n") + kFilePesHelp, 2}), r);
+    EXPECT_RUN(r, "", std::string("filePes: expected -a FILE\n") + kFilePesHelp, 2);
   }
 }
 

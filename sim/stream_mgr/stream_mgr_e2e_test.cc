@@ -31,7 +31,7 @@ RunResult Lifecycle(const RecorderDisk& disk, const std::string& args, const std
 TEST(StreamMgrProgram, EndsWithStatusZeroOnSigtermAndRemovesItsEndpoint) {
   RecorderDisk disk;
   const RunResult r = Lifecycle(disk, "", "kill -TERM $pid; wait $pid; echo \"status $?\"");
-  EXPECT_RUN((RunResult{"status 0\nleft: \n", "", 0}), r);
+  EXPECT_RUN(r, "status 0\nleft: \n", "", 0);
 }
 
 TEST(StreamMgrProgram, EndsWithStatusZeroOnSigintAndRemovesItsEndpoint) {
@@ -126,7 +126,7 @@ TEST(StreamMgrProgram, SandboxRefusesToStartABrokenDaemon) {
   options.streamMgr = true;
   options.streamMgrArgs = "--bogus";
   const RunResult r = RunDb(disk, {"-t"}, options);
-  EXPECT_RUN((RunResult{"", "recorder-sandbox: StreamMgr ended before it was ready\n", 125}), r);
+  EXPECT_RUN(r, "", "recorder-sandbox: StreamMgr ended before it was ready\n", 125);
 }
 
 }  // namespace

@@ -13,19 +13,19 @@ TEST(StreamMgrCliProgram, ExtractsIntoTheDiskRoot) {
   RecorderDisk disk;
   disk.WriteFile("streams/3.ts", "contents");
   const RunResult r = RunInSandbox(disk, {"StreamMgrCli", "-x", "3"});
-  EXPECT_RUN((RunResult{"copied: /mnt/hd/3.ts\n", "", 0}), r);
+  EXPECT_RUN(r, "copied: /mnt/hd/3.ts\n", "", 0);
   EXPECT_EQ("contents", disk.ReadFile("3.ts"));
 }
 
 TEST(StreamMgrCliProgram, StreamFileWithoutContents) {
   RecorderDisk disk;
   const RunResult r = RunInSandbox(disk, {"StreamMgrCli", "-x", "3"});
-  EXPECT_RUN((RunResult{"",
-                        // clang-format off
+  EXPECT_RUN(
+      r, "",
+      // clang-format off
           "StreamMgrCli: cannot extract stream file 3: /mnt/hd/streams/3.ts: No such file or directory\n",
-                        // clang-format on
-                        1}),
-             r);
+      // clang-format on
+      1);
   EXPECT_FALSE(disk.Exists("3.ts"));
 }
 
@@ -43,8 +43,7 @@ TEST(StreamMgrCliProgram, BadCommandLines) {
                                                   {"StreamMgrCli", "-a", "1"},
                                                   {"StreamMgrCli", "-x", "1", "2"}}) {
     const RunResult r = RunInSandbox(disk, command);
-    EXPECT_RUN((RunResult{"", std::string("StreamMgrCli: expected -x N\n") + kStreamMgrCliHelp, 2}),
-               r);
+    EXPECT_RUN(r, "", std::string("StreamMgrCli: expected -x N\n") + kStreamMgrCliHelp, 2);
   }
 }
 
