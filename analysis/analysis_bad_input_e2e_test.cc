@@ -165,11 +165,9 @@ TEST_P(AnalysisBadInput, UnendedLinesRunOn) {
   Fake(disk_, "filePes", "[ \"$2\" = /mnt/hd/1.ts ] && printf 'FAIL unended'\nexit 0\n");
   const RunResult r = Run({"-a", "d"});
   EXPECT_EQ(
-      // clang-format off
       "File count = 2\n"
       " Checking 1.ts:  extracting...s1.ts  checking...FAIL unended Checking 2.ts:  extracting...s2.ts  checking...PASS\n"
       "\n",
-      // clang-format on
       r.out);
   EXPECT_FALSE(disk_.Exists("1.ts"));
   EXPECT_FALSE(disk_.Exists("2.ts"));
@@ -183,8 +181,7 @@ TEST_P(AnalysisBadInput, ZeroBytesAndOtherBytesInToolOutput) {
   // The analyser's line ends at its zero byte; the final line end follows.
   EXPECT_EQ(
       "File count = 1\n"
-      " Checking 1.ts:  extracting...a  checking...FAIL \x01\xff"
-      "\n",
+      " Checking 1.ts:  extracting...a  checking...FAIL \x01\xff\n",
       r.out);
   EXPECT_FALSE(disk_.Exists("1.ts"));
 }
@@ -195,11 +192,9 @@ TEST_P(AnalysisBadInput, ExtractorNamesAreShownAsTheyAre) {
   Fake(disk_, "filePes", "");
   const RunResult r = Run({"-a", "d"});
   EXPECT_EQ(
-      // clang-format off
       "File count = 1\n"
       " Checking 1.ts:  extracting...$(rm -rf /mnt/hd) ; `x` \"q\" \\  checking...PASS\n"
       "\n",
-      // clang-format on
       r.out);
   EXPECT_TRUE(disk_.Exists("streammgr/stream.db"));
 }

@@ -54,14 +54,12 @@ TEST_P(DiskAnalysis, ChecksFilesOneToCountInOrderAndRemovesEach) {
              "\n",
              "", 0);
   EXPECT_EQ(
-      // clang-format off
       "x 1\n"
       "a /mnt/hd/1.ts\n"
       "x 2\n"
       "a /mnt/hd/2.ts\n"
       "x 3\n"
       "a /mnt/hd/3.ts\n",
-      // clang-format on
       disk.ReadFile("calls.log"));
   for (const char* name : {"1.ts", "2.ts", "3.ts", "10.ts"}) EXPECT_FALSE(disk.Exists(name));
 }
@@ -165,11 +163,9 @@ TEST_P(DiskAnalysis, LaterCommandsStillWriteAfterTheSilence) {
   Fake(disk, "StreamMgrCli", "echo 'copied: '\n");  // nothing after the marker
   const RunResult r = RunWithFakes(disk, GetParam(), {"-a", "d", "-s", "-e"});
   EXPECT_EQ(
-      // clang-format off
       "File count = 1\n"
       " Checking 1.ts:  extracting...name|value\n"
       "version|4.2.1\n",
-      // clang-format on
       r.out);
 }
 
@@ -228,11 +224,11 @@ TEST(DiskAnalysisDirect, CountThatCannotBePreparedChecksNothing) {
   RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
   Fake(disk, "StreamMgrCli", kExtractor);
   const RunResult r = RunWithFakes(disk, AccessPath::kDirect, {"-a", "d"});
-  EXPECT_RUN(r, "File count = 0\n\n",
-             std::string(kNoFileSizesLine) +
-                 "unable to prepare: select count(*) from "
-                 "streamfilesError getting count for streamfiles\n",
-             0);
+  EXPECT_RUN(
+      r, "File count = 0\n\n",
+      std::string(kNoFileSizesLine) +
+          "unable to prepare: select count(*) from streamfilesError getting count for streamfiles\n",
+      0);
   EXPECT_FALSE(disk.Exists("calls.log"));
 }
 

@@ -23,45 +23,37 @@ const char kReport[] =
     // h264-open-gop.ts
     " Checking 1.ts:  extracting.../mnt/hd/1.ts  checking...PASS\n"
     // h264-joined.ts
-    " Checking 2.ts:  extracting.../mnt/hd/2.ts  checking..."
-    "FAIL split point 23 at packet 1044 (7.200 s): no key frame follows\n"
+    " Checking 2.ts:  extracting.../mnt/hd/2.ts  checking...FAIL split point 23 at packet 1044 (7.200 s): no key frame follows\n"
     "FAIL split point 24 at packet 1104 (7.600 s): no key frame follows\n"
     "24 split points, 2 failed\n"
     // two-videos.ts
     " Checking 3.ts:  extracting.../mnt/hd/3.ts  checking...PASS\n"
     // two-programs.ts
-    " Checking 4.ts:  extracting.../mnt/hd/4.ts  checking..."
-    "FAIL split point 27 at packet 1296 (4.400 s): no key frame follows\n"
+    " Checking 4.ts:  extracting.../mnt/hd/4.ts  checking...FAIL split point 27 at packet 1296 (4.400 s): no key frame follows\n"
     "FAIL split point 28 at packet 1301 (4.400 s): no key frame follows\n"
     "FAIL split point 29 at packet 1408 (4.800 s): no key frame follows\n"
     "FAIL split point 30 at packet 1413 (4.800 s): no key frame follows\n"
     "30 split points, 4 failed\n"
     // h264-no-rai.ts
-    " Checking 5.ts:  extracting.../mnt/hd/5.ts  checking..."
-    "FAIL split point 17 at packet 807 (5.200 s): no key frame follows\n"
+    " Checking 5.ts:  extracting.../mnt/hd/5.ts  checking...FAIL split point 17 at packet 807 (5.200 s): no key frame follows\n"
     "FAIL split point 18 at packet 864 (5.600 s): no key frame follows\n"
     "18 split points, 2 failed\n"
     // h264-192.m2ts
-    " Checking 6.ts:  extracting.../mnt/hd/6.ts  checking..."
-    "FAIL split point 14 at packet 603 (4.400 s): no key frame follows\n"
+    " Checking 6.ts:  extracting.../mnt/hd/6.ts  checking...FAIL split point 14 at packet 603 (4.400 s): no key frame follows\n"
     "FAIL split point 15 at packet 651 (4.800 s): no key frame follows\n"
     "15 split points, 2 failed\n"
     // mpeg2-204.ts
-    " Checking 7.ts:  extracting.../mnt/hd/7.ts  checking..."
-    "FAIL split point 21 at packet 1412 (4.800 s): no key frame follows\n"
+    " Checking 7.ts:  extracting.../mnt/hd/7.ts  checking...FAIL split point 21 at packet 1412 (4.800 s): no key frame follows\n"
     "21 split points, 1 failed\n"
     // h264-torn.ts
-    " Checking 8.ts:  extracting.../mnt/hd/8.ts  checking..."
-    "FAIL packet 308 has no sync byte (byte 57904); skipped 1000 bytes, packets of 188 bytes go on "
-    "at byte 58904\n"
+    " Checking 8.ts:  extracting.../mnt/hd/8.ts  checking...FAIL packet 308 has no sync byte (byte 57904); skipped 1000 bytes, packets of 188 bytes go on at byte 58904\n"
     "ok   split point 8 at packet 353 (2.400 s): key frame within 2 seconds (after 1.380 s)\n"
     "ok   split point 9 at packet 414 (2.800 s): key frame within 2 seconds (after 0.980 s)\n"
     "ok   split point 10 at packet 441 (3.000 s): key frame within 2 seconds (after 0.780 s)\n"
     "ok   split point 11 at packet 485 (3.200 s): key frame within 2 seconds (after 1.580 s)\n"
     "ok   split point 12 at packet 544 (3.600 s): key frame within 2 seconds (after 1.180 s)\n"
     "ok   split point 13 at packet 608 (4.000 s): key frame within 2 seconds (after 0.780 s)\n"
-    "FAIL packet 616 has no sync byte (byte 116808); skipped 88 bytes, packets of 188 bytes go on "
-    "at byte 116896\n"
+    "FAIL packet 616 has no sync byte (byte 116808); skipped 88 bytes, packets of 188 bytes go on at byte 116896\n"
     "ok   split point 14 at packet 680 (4.400 s): key frame within 2 seconds (after 1.380 s)\n"
     "ok   split point 15 at packet 736 (4.800 s): key frame within 2 seconds (after 0.980 s)\n"
     "ok   split point 16 at packet 764 (5.000 s): key frame within 2 seconds (after 0.780 s)\n"
@@ -71,8 +63,7 @@ const char kReport[] =
     // mpeg2-gop12.ts
     " Checking 9.ts:  extracting.../mnt/hd/9.ts  checking...PASS\n"
     // h265-no-rai.ts
-    " Checking 10.ts:  extracting.../mnt/hd/10.ts  checking..."
-    "FAIL split point 2 at packet 79 (0.400 s): no key frame within 2 seconds (after 2.380 s)\n"
+    " Checking 10.ts:  extracting.../mnt/hd/10.ts  checking...FAIL split point 2 at packet 79 (0.400 s): no key frame within 2 seconds (after 2.380 s)\n"
     "ok   split point 3 at packet 131 (0.800 s): key frame within 2 seconds (after 1.980 s)\n"
     "ok   split point 4 at packet 182 (1.200 s): key frame within 2 seconds (after 1.580 s)\n"
     "ok   split point 5 at packet 233 (1.600 s): key frame within 2 seconds (after 1.180 s)\n"

@@ -39,17 +39,16 @@ class DiskAnalysisTools : public BothPaths {
 TEST_P(DiskAnalysisTools, SoundFilesPassAndTheSparseOneShowsItsFailures) {
   const RunResult r = RunDb(disk_, GetParam(), {"-a", "d"});
   EXPECT_RUN(
-      r,  // clang-format off
-          "File count = 3\n"
-          " Checking 1.ts:  extracting.../mnt/hd/1.ts  checking...PASS\n"
-          " Checking 2.ts:  extracting.../mnt/hd/2.ts  checking...FAIL split point 2 at packet 75 (1.000 s): no key frame within 2 seconds (after 3.100 s)\n"
-          "FAIL split point 3 at packet 150 (2.000 s): no key frame within 2 seconds (after 2.100 s)\n"
-          "ok   split point 4 at packet 225 (3.000 s): key frame within 2 seconds (after 1.100 s)\n"
-          "ok   split point 5 at packet 300 (4.000 s): key frame within 2 seconds (after 0.100 s)\n"
-          "5 split points, 2 failed\n"
-          " Checking 3.ts:  extracting.../mnt/hd/3.ts  checking...PASS\n"
-          "\n",
-      // clang-format on
+      r,
+      "File count = 3\n"
+      " Checking 1.ts:  extracting.../mnt/hd/1.ts  checking...PASS\n"
+      " Checking 2.ts:  extracting.../mnt/hd/2.ts  checking...FAIL split point 2 at packet 75 (1.000 s): no key frame within 2 seconds (after 3.100 s)\n"
+      "FAIL split point 3 at packet 150 (2.000 s): no key frame within 2 seconds (after 2.100 s)\n"
+      "ok   split point 4 at packet 225 (3.000 s): key frame within 2 seconds (after 1.100 s)\n"
+      "ok   split point 5 at packet 300 (4.000 s): key frame within 2 seconds (after 0.100 s)\n"
+      "5 split points, 2 failed\n"
+      " Checking 3.ts:  extracting.../mnt/hd/3.ts  checking...PASS\n"
+      "\n",
       "", 0);
   for (const char* name : {"1.ts", "2.ts", "3.ts"}) EXPECT_FALSE(disk_.Exists(name)) << name;
   EXPECT_TRUE(disk_.Exists("streams/2.ts"));
@@ -72,9 +71,7 @@ TEST_P(DiskAnalysisTools, FileWithoutContentsSilencesTheRest) {
   ASSERT_GE(r.out.size(), tail.size());
   EXPECT_EQ(tail, r.out.substr(r.out.size() - tail.size()));
   EXPECT_EQ(
-      // clang-format off
       "StreamMgrCli: cannot extract stream file 4: /mnt/hd/streams/4.ts: No such file or directory\n",
-      // clang-format on
       r.err);
   // File 5 is still extracted, analysed and removed.
   EXPECT_FALSE(disk_.Exists("5.ts"));
@@ -94,7 +91,6 @@ class SampleDisk : public BothPaths {
 TEST_P(SampleDisk, StreamFilesFourAndSevenFail) {
   const RunResult r = RunDb(disk_, GetParam(), {"-a", "d"});
   EXPECT_EQ(
-      // clang-format off
       "File count = 8\n"
       " Checking 1.ts:  extracting.../mnt/hd/1.ts  checking...PASS\n"
       " Checking 2.ts:  extracting.../mnt/hd/2.ts  checking...PASS\n"
@@ -116,7 +112,6 @@ TEST_P(SampleDisk, StreamFilesFourAndSevenFail) {
       "6 split points, 6 failed\n"
       " Checking 8.ts:  extracting.../mnt/hd/8.ts  checking...PASS\n"
       "\n",
-      // clang-format on
       r.out);
   EXPECT_EQ("", r.err);
   for (int n = 1; n <= 8; ++n) EXPECT_FALSE(disk_.Exists(std::to_string(n) + ".ts")) << n;

@@ -99,13 +99,11 @@ TEST_P(SplitEvents, MissingPartFailsTotalParts) {
             SplitPart("r3", "G", 3, 2, 96, 200).Insert());
   const RunResult r = RunDb(disk, GetParam(), {"-a", "s"});
   EXPECT_EQ(
-      // clang-format off
       "Checking groupId 'G':\n"
       "  Checking 2-second overlap...PASS\n"
       "  Verify last part >= 2 sec...PASS\n"
       "  Checking totalParts.........FAIL:  expectedTotalParts=2  actualUniquePartNums=2  lastPartNum=3\n"
       "\n",
-      // clang-format on
       r.out);
 }
 

@@ -126,8 +126,7 @@ TEST(SplitGroupReport, MissingPartFailsTotalParts) {
       "Checking groupId 'G':\n"
       "  Checking 2-second overlap...PASS\n"
       "  Verify last part >= 2 sec...PASS\n"
-      "  Checking totalParts.........FAIL:  expectedTotalParts=2  actualUniquePartNums=2  "
-      "lastPartNum=3\n"
+      "  Checking totalParts.........FAIL:  expectedTotalParts=2  actualUniquePartNums=2  lastPartNum=3\n"
       "\n",
       Report({Part("G", 1, 2, 0, 100), Part("G", 3, 2, 96, 200)}));
 }
@@ -137,8 +136,7 @@ TEST(SplitGroupReport, ExpectedTotalComesFromTheFirstPart) {
       "Checking groupId 'G':\n"
       "  Checking 2-second overlap...PASS\n"
       "  Verify last part >= 2 sec...PASS\n"
-      "  Checking totalParts.........FAIL:  expectedTotalParts=3  actualUniquePartNums=2  "
-      "lastPartNum=2\n"
+      "  Checking totalParts.........FAIL:  expectedTotalParts=3  actualUniquePartNums=2  lastPartNum=2\n"
       "\n",
       Report({Part("G", 1, 3, 0, 100), Part("G", 2, 2, 96, 200)}));
 }
@@ -162,8 +160,7 @@ TEST(SplitGroupReport, LastPartIsJudgedByItsOwnTotal) {
       "Checking groupId 'G':\n"
       "  Checking 2-second overlap...PASS\n"
       "  Verify last part >= 2 sec...FAIL\n"
-      "  Checking totalParts.........FAIL:  expectedTotalParts=1  actualUniquePartNums=2  "
-      "lastPartNum=2\n"
+      "  Checking totalParts.........FAIL:  expectedTotalParts=1  actualUniquePartNums=2  lastPartNum=2\n"
       "\n",
       Report({Part("G", 1, 1, 0, 2), Part("G", 2, 5, 4294967294u, 100)}));
 }
@@ -177,8 +174,7 @@ TEST(SplitGroupReport, GroupWithoutALastPartPassesThatCheck) {
       "Checking groupId 'G':\n"
       "  Checking 2-second overlap...PASS\n"
       "  Verify last part >= 2 sec...PASS\n"
-      "  Checking totalParts.........FAIL:  expectedTotalParts=3  actualUniquePartNums=1  "
-      "lastPartNum=1\n"
+      "  Checking totalParts.........FAIL:  expectedTotalParts=3  actualUniquePartNums=1  lastPartNum=1\n"
       "\n",
       Report({Part("G", 1, 3, 0, 1)}));
 }

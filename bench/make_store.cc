@@ -174,9 +174,9 @@ bool Parse(int argc, char** argv, Settings& s) {
 int main(int argc, char** argv) {
   Settings s;
   if (!Parse(argc, argv, s)) {
-    std::fprintf(stderr,
-                 "usage: make_store DIR [--files N] [--events N] [--groups N] [--staged PERCENT] "
-                 "[--extra-tables N] [--extra-rows N]\n");
+    std::fprintf(
+        stderr,
+        "usage: make_store DIR [--files N] [--events N] [--groups N] [--staged PERCENT] [--extra-tables N] [--extra-rows N]\n");
     return 2;
   }
   std::system(("rm -rf '" + s.disk + "'").c_str());

@@ -24,15 +24,14 @@ TEST_P(EventBadInput, NullInEveryColumnReadsAsZeroAndIsWarnedOf) {
   disk_.Exec("insert into events (reid) values ('nulls');");
   const std::string store = disk_.Dump();
   const RunResult r = Run({"-e"});
-  EXPECT_EQ(std::string(kGibHeading) +
-                // clang-format off
-                "nulls                         RecordCmpl  NotChecked      0  01/01/70 00:00:00  00:00:00           0           0           0  r r   N      0                                  0    0    N  0.000                    NA  \n" +
-                // clang-format on
-                kNullWarning +
-                "reid|splitstate|totalfiles|groupId|part|totalparts\n"
-                "nulls|||||\n"
-                "\n",
-            r.out);
+  EXPECT_EQ(
+      std::string(kGibHeading) +
+          "nulls                         RecordCmpl  NotChecked      0  01/01/70 00:00:00  00:00:00           0           0           0  r r   N      0                                  0    0    N  0.000                    NA  \n" +
+          kNullWarning +
+          "reid|splitstate|totalfiles|groupId|part|totalparts\n"
+          "nulls|||||\n"
+          "\n",
+      r.out);
   EXPECT_EQ("", r.err);
   EXPECT_EQ(store, disk_.Dump());
 }
@@ -53,9 +52,7 @@ TEST_P(EventBadInput, TextInIntegerColumnsReadsAsItsLeadingNumber) {
   const std::string store = disk_.Dump();
   const RunResult r = Run({"-e", "-p"});
   const std::string row =
-      // clang-format off
       "texts                         RecordCmpl  AlreadySpl      0  01/01/70 00:00:00  00:00:00           0          12        1200  r r   N      0  7                               2    0    N  0.000                    NA  \n";
-  // clang-format on
   EXPECT_EQ(kGibHeading + row + kGibHeading + row, r.out);
   EXPECT_EQ("", r.err);
   EXPECT_EQ(store, disk_.Dump());
@@ -70,11 +67,10 @@ TEST_P(EventBadInput, IntegersWiderThan32BitsWrap) {
   wide.stopTime = 4294967296LL + 1704164745;
   disk_.Exec(wide.Insert());
   const RunResult r = Run({"-e"});
-  EXPECT_EQ(std::string(kGibHeading) +
-                // clang-format off
-                "wide                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0           7  4294967294  r r   N  4294967295                                  0    0    N  0.000                    NA  \n",
-            // clang-format on
-            r.out);
+  EXPECT_EQ(
+      std::string(kGibHeading) +
+          "wide                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0           7  4294967294  r r   N  4294967295                                  0    0    N  0.000                    NA  \n",
+      r.out);
 }
 
 TEST_P(EventBadInput, AnswersThatAreNotAListShowNoAnswer) {
@@ -113,9 +109,7 @@ TEST_P(EventBadInput, AwkwardReidsAreListedAndFound) {
                                 plain.substr(plain.find("  N  0.000") + 10);
   const std::string cafeRow =
       "caf\xc3\xa9                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  "
-      // clang-format off
       "03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n";
-  // clang-format on
   const std::vector<std::string> rows = {DefaultRow("it's"),        stagedRow,
                                          DefaultRow(" lead"),       cafeRow,
                                          DefaultRow("raw\xff\xfe"), DefaultRow(reids[5])};

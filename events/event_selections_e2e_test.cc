@@ -112,15 +112,11 @@ TEST_P(EventSelections, UnreadableNullCountIsReportedOnTheDirectPathOnly) {
   const RunResult r = RunDb(disk, GetParam(), {"-e"});
   EXPECT_EQ(
       std::string(kGibHeading) +
-          // clang-format off
-                "old                           Recording   NotChecked      0  01/01/70 00:00:00  00:00:00           0           0           0  r r   N      0                                  0    0    N  0.000                    NA  \n",
-      // clang-format on
+          "old                           Recording   NotChecked      0  01/01/70 00:00:00  00:00:00           0           0           0  r r   N      0                                  0    0    N  0.000                    NA  \n",
       r.out);
   if (Direct()) {
     EXPECT_EQ(
-        // clang-format off
         "unable to prepare: select count(*) from events where streamstate is NULL or totalfiles is NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file stats\n",
-        // clang-format on
         r.err);
   } else {
     EXPECT_EQ("", r.err);
@@ -131,7 +127,6 @@ TEST_P(EventSelections, UnknownIdentifierIsNotFound) {
   disk_.Exec(EventRow{"a"}.Insert());
   const RunResult r = Run({"-r", "nope", "--reid=also-not", "-R", "A"});
   EXPECT_EQ(
-      // clang-format off
       "\n"
       "NOT FOUND: nope\n"
       "\n"
@@ -141,7 +136,6 @@ TEST_P(EventSelections, UnknownIdentifierIsNotFound) {
       "\n"
       "NOT FOUND: A\n"
       "\n",
-      // clang-format on
       r.out);
   EXPECT_EQ("", r.err);
 }
@@ -164,17 +158,11 @@ void StoreGroup(const RecorderDisk& disk) {
 }
 
 const char kP1[] =
-    // clang-format off
     "p1                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              1    3    N  0.000                    NA  \n";
-// clang-format on
 const char kP2[] =
-    // clang-format off
     "p2                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              2    3    N  0.000                    NA  \n";
-// clang-format on
 const char kP3[] =
-    // clang-format off
     "p3                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              3    3    N  0.000                    NA  \n";
-// clang-format on
 
 TEST_P(EventSelections, GroupIdListsTheWholeGroup) {
   StoreGroup(disk_);
@@ -190,9 +178,7 @@ TEST_P(EventSelections, ReidListsOneEventInBytes) {
   const RunResult r = Run({"-R", "p2"});
   EXPECT_EQ(
       std::string(kBytesHeading) +
-          // clang-format off
-                "p2                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              2    3    N            0                    NA  \n" +
-          // clang-format on
+          "p2                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              2    3    N            0                    NA  \n" +
           (Direct() ? "\n" : ""),
       r.out);
 }
@@ -239,11 +225,9 @@ TEST_P(EventSelections, SplitListsSplitEventsAndParts) {
   const RunResult r = Run({"--split"});
   EXPECT_EQ(
       std::string(kGibHeading) +
-          // clang-format off
-                "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
-                "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  2    0    N  0.000                    NA  \n"
-                "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    2    N  0.000                    NA  \n",
-      // clang-format on
+          "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
+          "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  2    0    N  0.000                    NA  \n"
+          "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    2    N  0.000                    NA  \n",
       r.out);
   EXPECT_EQ("", r.err);
 }
@@ -253,11 +237,9 @@ TEST_P(EventSelections, UpperCaseSplitShowsBytes) {
   const RunResult r = Run({"-P"});
   EXPECT_EQ(
       std::string(kBytesHeading) +
-          // clang-format off
-                "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n"
-                "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  2    0    N            0                    NA  \n"
-                "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    2    N            0                    NA  \n",
-      // clang-format on
+          "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n"
+          "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  2    0    N            0                    NA  \n"
+          "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    2    N            0                    NA  \n",
       r.out);
 }
 
@@ -273,12 +255,10 @@ TEST_P(EventSelections, UntransferredListsEveryOtherStateInGibibytes) {
   const RunResult r = Run({"-E", "--un"});
   const std::string untransferred =
       std::string(kGibHeading) +
-      // clang-format off
       "s0                            RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
       "s2                            Recording   NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
       "s3                            InPost      NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
       "s9                               Invalid  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n";
-  // clang-format on
   ASSERT_GT(r.out.size(), untransferred.size());
   EXPECT_EQ(untransferred, r.out.substr(r.out.size() - untransferred.size()));
   EXPECT_EQ("", r.err);
@@ -319,9 +299,7 @@ TEST_P(EventSelections, OptionsRunInTheOrderGiven) {
   const std::string gap = Direct() ? "\n" : "";
   EXPECT_EQ(
       kGibHeading + (kP1 + gap) + "\nNOT FOUND: missing\n\n" + kBytesHeading +
-          // clang-format off
-                "p3                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              3    3    N            0                    NA  \n" +
-          // clang-format on
+          "p3                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              3    3    N            0                    NA  \n" +
           gap,
       r.out);
 }

@@ -62,14 +62,12 @@ TEST_P(EventTable, EveryColumnOfARow) {
   EXPECT_RUN(
       r,
       std::string(kGibHeading) +
-          // clang-format off
-              "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
-              "backwards                     Transfered  AlreadySpl     -1  01/02/24 03:04:05  03:03:20           0        1000        1200  c k   Y      1                                  0    0    N  0.000                    NA  \n"
-              "odd                              Invalid     Invalid    100  01/02/24 03:04:05  03:05:45    04:04:05  4294967295           5  ? a   N  123456                                1000    7    N  0.000                    NA  \n"
-              "answers                       Recording   SplitPend     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA                    A1  \n"
-              "LLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLL  InPost      ExportOnly    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  GGGGGGGGGGGGGGGGGGGGGGGGGGGGGG    0    0    N  0.000                    NA  \n"
-              "exportneg                     RecordCmpl  NotChecked    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n",
-      // clang-format on
+          "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
+          "backwards                     Transfered  AlreadySpl     -1  01/02/24 03:04:05  03:03:20           0        1000        1200  c k   Y      1                                  0    0    N  0.000                    NA  \n"
+          "odd                              Invalid     Invalid    100  01/02/24 03:04:05  03:05:45    04:04:05  4294967295           5  ? a   N  123456                                1000    7    N  0.000                    NA  \n"
+          "answers                       Recording   SplitPend     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA                    A1  \n"
+          "LLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLL  InPost      ExportOnly    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  GGGGGGGGGGGGGGGGGGGGGGGGGGGGGG    0    0    N  0.000                    NA  \n"
+          "exportneg                     RecordCmpl  NotChecked    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n",
       "", 0);
 }
 
@@ -103,13 +101,11 @@ TEST_P(EventTable, SizesInGibibytes) {
   const RunResult r = Run({"-e"});
   EXPECT_EQ(
       std::string(kGibHeading) +
-          // clang-format off
-                "gib15                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  1.500                    NA  \n"
-                "big                           RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  11.016                    NA  \n"
-                "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  0.000                    NA  \n"
-                "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
-                "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  17179869184.000                    NA  \n",
-      // clang-format on
+          "gib15                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  1.500                    NA  \n"
+          "big                           RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  11.016                    NA  \n"
+          "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  0.000                    NA  \n"
+          "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
+          "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  17179869184.000                    NA  \n",
       r.out);
   EXPECT_EQ("", r.err);
 }
@@ -119,13 +115,11 @@ TEST_P(EventTable, SizesInBytes) {
   const RunResult r = Run({"-E"});
   EXPECT_EQ(
       std::string(kBytesHeading) +
-          // clang-format off
-                "gib15                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y   1610612736                    NA  \n"
-                "big                           RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  11827937280                    NA  \n"
-                "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         1000                    NA  \n"
-                "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n"
-                "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  18446744073709547520                    NA  \n",
-      // clang-format on
+          "gib15                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y   1610612736                    NA  \n"
+          "big                           RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  11827937280                    NA  \n"
+          "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         1000                    NA  \n"
+          "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n"
+          "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  18446744073709547520                    NA  \n",
       r.out);
   EXPECT_EQ("", r.err);
 }
@@ -163,17 +157,15 @@ TEST_P(EventTable, UnusableMetadataStillGivesARowAndTheMessages) {
   EXPECT_RUN(
       r,
       std::string(kBytesHeading) +
-          // clang-format off
-              "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y           10                    NA  \n"
-              "noname                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566144                    NA  \n"
-              "notint                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566144                    NA  \n"
-              "empty                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            0                    NA  \n"
-              "deep                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            7                    NA  \n"
-              "locked                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         2048                    NA  \n"
-              "wrapped                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         1000                    NA  \n"
-              "huge                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y      2000000                    NA  \n"
-              "comment                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            5                    NA  \n",
-      // clang-format on
+          "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y           10                    NA  \n"
+          "noname                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566144                    NA  \n"
+          "notint                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566144                    NA  \n"
+          "empty                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            0                    NA  \n"
+          "deep                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            7                    NA  \n"
+          "locked                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         2048                    NA  \n"
+          "wrapped                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         1000                    NA  \n"
+          "huge                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y      2000000                    NA  \n"
+          "comment                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            5                    NA  \n",
       "Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml"
       ":'name' attribute missing"
       "Start offset invalid"
@@ -197,10 +189,8 @@ TEST_P(EventTable, AComplaintAboutMetadataComesAfterTheColumnsBeforeTheSize) {
   EXPECT_RUN(
       r,
       std::string(kBytesHeading) +
-          // clang-format off
-              "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml         10                    NA  \n"
-              "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n",
-      // clang-format on
+          "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml         10                    NA  \n"
+          "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n",
       "", 0);
 }
 
@@ -211,9 +201,7 @@ TEST_P(EventTable, DataFileThatIsAFolderIsStagedWithTheFolderSize) {
   const RunResult r = Run({"-e"});
   EXPECT_EQ(
       std::string(kGibHeading) +
-          // clang-format off
-                "mtddir                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  0.000                    NA  \n",
-      // clang-format on
+          "mtddir                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  0.000                    NA  \n",
       r.out);
   EXPECT_EQ("", r.err);
 }
@@ -357,10 +345,8 @@ TEST_P(EventTable, UnreadableMetadataForAnUnprivilegedUser) {
   // The description cannot be read; the data file is only measured, never read.
   EXPECT_EQ(
       std::string(kBytesHeading) +
-          // clang-format off
-                "xmlhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y           30                    NA  \n"
-                "mtdhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566184                    NA  \n",
-      // clang-format on
+          "xmlhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y           30                    NA  \n"
+          "mtdhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566184                    NA  \n",
       r.out);
   EXPECT_EQ("Failed to load XML file: /mnt/hd/connectionmgr/xmlhidden.xml", r.err);
 }

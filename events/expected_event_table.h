@@ -11,21 +11,13 @@
 
 const char kGibHeading[] =
     "\n"
-    "           REID                 State     SplitState   Sec       Start Time     StopTime  "
-    "ExportTime  Start Tick   Stop Tick  c/r  BG  Files           groupId              Prt  Tot  "
-    "Stg   GiB   Hours Till Re-Export  Answer1  \n"
-    "============================  ==========  ==========  =====  =================  ========  "
-    "==========  ==========  ==========  ===  ==  =====  ============================  ===  ===  "
-    "===  =====  ====================  ====================  \n";
+    "           REID                 State     SplitState   Sec       Start Time     StopTime  ExportTime  Start Tick   Stop Tick  c/r  BG  Files           groupId              Prt  Tot  Stg   GiB   Hours Till Re-Export  Answer1  \n"
+    "============================  ==========  ==========  =====  =================  ========  ==========  ==========  ==========  ===  ==  =====  ============================  ===  ===  ===  =====  ====================  ====================  \n";
 
 const char kBytesHeading[] =
     "\n"
-    "           REID                 State     SplitState   Sec       Start Time     StopTime  "
-    "ExportTime  Start Tick   Stop Tick  c/r  BG  Files           groupId              Prt  Tot  "
-    "Stg     Bytes     Hours Till Re-Export  Answer1  \n"
-    "============================  ==========  ==========  =====  =================  ========  "
-    "==========  ==========  ==========  ===  ==  =====  ============================  ===  ===  "
-    "===  ===========  ====================  ====================  \n";
+    "           REID                 State     SplitState   Sec       Start Time     StopTime  ExportTime  Start Tick   Stop Tick  c/r  BG  Files           groupId              Prt  Tot  Stg     Bytes     Hours Till Re-Export  Answer1  \n"
+    "============================  ==========  ==========  =====  =================  ========  ==========  ==========  ==========  ===  ==  =====  ============================  ===  ===  ===  ===========  ====================  ====================  \n";
 
 // What -e and -E print after the rows when critical fields are NULL, before
 // the output of the sql command.

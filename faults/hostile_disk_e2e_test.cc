@@ -121,10 +121,9 @@ class HostileDisk : public ::testing::TestWithParam<Param> {
         std::string(kTablesHeading) + "\n",
         OpeningFailure() +
             "unable to prepare: select tbl_name from sqlite_master where type='table'" +
-            (Direct() ? "unable to prepare: select count(*) from events where reid='r1' or "
-                        "groupId='r1'stmt Error: 21  sql='select count(*) from events where "
-                        "reid='r1' or groupId='r1''\n"
-                      : "  Event or groupId not found: r1\n"),
+            (Direct()
+                 ? "unable to prepare: select count(*) from events where reid='r1' or groupId='r1'stmt Error: 21  sql='select count(*) from events where reid='r1' or groupId='r1''\n"
+                 : "  Event or groupId not found: r1\n"),
         SQLITE_CANTOPEN};
   }
   // Checks that neither canary nor the disk changed beyond `files`.
@@ -364,10 +363,10 @@ TEST_P(HostileDisk, LinkedFoldersLeadOffTheDisk) {
     EXPECT_RUN(r, kGibHeading + DefaultRow("r1"), "", 0);
     ExpectUnchanged(store, files);
     r = Db({"-a", "d"});
-    EXPECT_RUN(r, "File count = 1\n Checking 1.ts:  extracting...",
-               "StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: No such file or "
-               "directory\n",
-               0);
+    EXPECT_RUN(
+        r, "File count = 1\n Checking 1.ts:  extracting...",
+        "StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: No such file or directory\n",
+        0);
     ExpectUnchanged(store, files);
     for (const char* folder : {"connectionmgr", "streams"}) {
       ASSERT_EQ(0, unlink(At(folder).c_str()));
@@ -404,11 +403,11 @@ TEST_P(HostileDisk, OddStoreEndsTheSqlCommandToo) {
     EXPECT_RUN(r, TablesOfAStoreThatCannotBeOpened());
     ExpectFilesUnchanged(files);
     r = Db({"-s"});
-    EXPECT_RUN(r, "",
-               OpeningFailure() +
-                   "Error: unable to open database \"/mnt/hd/streammgr/stream.db\": unable to open "
-                   "database file\n",
-               SQLITE_CANTOPEN);
+    EXPECT_RUN(
+        r, "",
+        OpeningFailure() +
+            "Error: unable to open database \"/mnt/hd/streammgr/stream.db\": unable to open database file\n",
+        SQLITE_CANTOPEN);
     ExpectFilesUnchanged(files);
   }
   std::system(("rm -rf '" + disk_.StorePath() + "'").c_str());

@@ -40,9 +40,7 @@ TEST_P(LockedStore, ListingWhileAnotherWriterCommitsShowsNoRows) {
   const std::string err =
       Direct()
           ? std::string(kStartUpRefused) +
-                // clang-format off
-                     "unable to prepare: select * from eventsunable to prepare: select count(*) from events where streamstate is NULL or totalfiles is NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file stats\n"
-          // clang-format on
+                "unable to prepare: select * from eventsunable to prepare: select count(*) from events where streamstate is NULL or totalfiles is NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file stats\n"
           : "";
   EXPECT_RUN(r, kGibHeading, err, 0);
   EXPECT_EQ(before_, disk_.Dump());
@@ -71,10 +69,8 @@ TEST_P(LockedStore, DeletionWhileAnotherWriterCommitsDeletesNothing) {
       Direct()
           ? std::string(kStartUpRefused) + "unable to prepare: " + byId + "stmt Error: 5  sql='" +
                 byId +
-                // clang-format off
-                     "'\n"
-                     "unable to prepare: select count(*) from eventsstmt Error: 5  sql='select count(*) from events'\n"
-          // clang-format on
+                "'\n"
+                "unable to prepare: select count(*) from eventsstmt Error: 5  sql='select count(*) from events'\n"
           : "  Event or groupId not found: r1\n"
             "  No events found...no action taken.\n";
   EXPECT_RUN(r, "", err, 0);

@@ -61,12 +61,10 @@ TEST_P(ReplacedStore, DeletionAfterTheStoreWasReplaced) {
   EXPECT_RUN(r, "",
              Direct()
                  ? ": error getting count of events to delete using "
-                   // clang-format off
-                                   "'select count(*) from events where reid='r1' or groupId='r1''\n"
-                                   "could not free statement, leaking memory\n"
-                                   ": error getting count of events to delete using 'select count(*) from events'\n"
-                                   "could not free statement, leaking memory\n"
-                 // clang-format on
+                   "'select count(*) from events where reid='r1' or groupId='r1''\n"
+                   "could not free statement, leaking memory\n"
+                   ": error getting count of events to delete using 'select count(*) from events'\n"
+                   "could not free statement, leaking memory\n"
                  : "  Event or groupId not found: r1\n"
                    "  No events found...no action taken.\n",
              0);

@@ -18,8 +18,7 @@
 namespace {
 
 const char kSynopsis[] =
-    "usage: recorder-sandbox [--streammgr[=ARGS]] [--configmp[=ARGS]] [--snapshot[=DIR]] "
-    "[--ro DIR]... DISK_DIR -- COMMAND [ARG...]\n";
+    "usage: recorder-sandbox [--streammgr[=ARGS]] [--configmp[=ARGS]] [--snapshot[=DIR]] [--ro DIR]... DISK_DIR -- COMMAND [ARG...]\n";
 
 const char kPayload[] = "payload from the disk\n";
 

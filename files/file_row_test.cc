@@ -41,17 +41,14 @@ StreamfileRecordItem File() {
 
 // File() as its row.
 const char kFileLine[] =
-    "    12       1  UsedKeep  98566144  01/02/24 03:04:05  03:09:05        1596        2200  "
-    "  11    13  Norm  \n";
+    "    12       1  UsedKeep  98566144  01/02/24 03:04:05  03:09:05        1596        2200    11    13  Norm  \n";
 
 TEST_F(FileRowTest, Heading) {
   PrintFileHeading();
   EXPECT_EQ(
       "\n"
-      "Number  Stream   State      Size        Start Time     StopTime  Start Tick   Stop Tick  "
-      "Prev  Next  Type  \n"
-      "======  ======  ========  ========  =================  ========  ==========  ==========  "
-      "====  ====  ====  \n",
+      "Number  Stream   State      Size        Start Time     StopTime  Start Tick   Stop Tick  Prev  Next  Type  \n"
+      "======  ======  ========  ========  =================  ========  ==========  ==========  ====  ====  ====  \n",
       out_.Text());
 }
 
@@ -67,8 +64,7 @@ TEST_F(FileRowTest, FreeStateKeepsItsBlanks) {
   file.type = StreamMgrApi::FILE_TYPE_INIT;
   DisplayFile(file);
   EXPECT_EQ(
-      "    12       1  Free      98566144  01/02/24 03:04:05  03:09:05        1596        2200  "
-      "  11    13  Init  \n",
+      "    12       1  Free      98566144  01/02/24 03:04:05  03:09:05        1596        2200    11    13  Init  \n",
       out_.Text());
 }
 
@@ -83,12 +79,9 @@ TEST_F(FileRowTest, InvalidStateIsPaddedAndWideTypesPushTheSeparator) {
   file.state = StreamMgrApi::FILE_ALLOCATED;
   DisplayFile(file);
   EXPECT_EQ(
-      "    12       1   Invalid  98566144  01/02/24 03:04:05  03:09:05        1596        2200  "
-      "  11    13  Wiped  \n"
-      "    12       1   Invalid  98566144  01/02/24 03:04:05  03:09:05        1596        2200  "
-      "  11    13  Invalid  \n"
-      "    12       1  Allocatd  98566144  01/02/24 03:04:05  03:09:05        1596        2200  "
-      "  11    13  Bkgd  \n",
+      "    12       1   Invalid  98566144  01/02/24 03:04:05  03:09:05        1596        2200    11    13  Wiped  \n"
+      "    12       1   Invalid  98566144  01/02/24 03:04:05  03:09:05        1596        2200    11    13  Invalid  \n"
+      "    12       1  Allocatd  98566144  01/02/24 03:04:05  03:09:05        1596        2200    11    13  Bkgd  \n",
       out_.Text());
 }
 
@@ -107,8 +100,7 @@ TEST_F(FileRowTest, WideNumbersPushTheRestRight) {
   file.type = static_cast<StreamFileType>(4);
   DisplayFile(file);
   EXPECT_EQ(
-      "4294967295  4294967295   Invalid  4294967295  02/07/06 06:28:15  06:28:15  4294967295  "
-      "4294967295  4294967295  4294967295  Invalid  \n",
+      "4294967295  4294967295   Invalid  4294967295  02/07/06 06:28:15  06:28:15  4294967295  4294967295  4294967295  4294967295  Invalid  \n",
       out_.Text());
 }
 
@@ -116,8 +108,7 @@ TEST_F(FileRowTest, ZeroRecordIsTheEpoch) {
   StreamfileRecordItem file;
   DisplayFile(file);
   EXPECT_EQ(
-      "     0       0  Free             0  01/01/70 00:00:00  00:00:00           0           0  "
-      "   0     0  Init  \n",
+      "     0       0  Free             0  01/01/70 00:00:00  00:00:00           0           0     0     0  Init  \n",
       out_.Text());
 }
 
@@ -128,8 +119,7 @@ TEST_F(FileRowTest, WithoutTheDaemonTheTableSizeIsShown) {
   DisplayFile(file);
   EXPECT_EQ(98566144u, file.size.GetValue());
   EXPECT_EQ(
-      "    12       1  UsedKeep  98566144  01/02/24 03:04:05  03:09:05        1596        2200  "
-      "  11     0  Norm  \n",
+      "    12       1  UsedKeep  98566144  01/02/24 03:04:05  03:09:05        1596        2200    11     0  Norm  \n",
       out_.Text());
 }
 

@@ -189,18 +189,10 @@ TEST_P(FilesBadInput, RowsWithNullsNegativesAndOversizedNumbers) {
   EXPECT_RUN(
       r,
       Listing({
-          // clang-format off
-                     "4294967291  4294967295   Invalid  4294967295  02/07/06 06:28:15  06:28:15  4294967295  4294967294  4294967295  4294967295  Invalid  \n",
-          // clang-format on
-          // clang-format off
-                     "     7       0  Free             0  01/01/70 00:00:00  00:00:00           0           0     0     0  Init  \n",
-          // clang-format on
-          // clang-format off
-                     "     8       1  Free           100  01/01/70 00:00:00  00:00:04           0           0     0     9  Norm  \n",
-          // clang-format on
-          // clang-format off
-                     "     9       0  UsedFree         0  01/01/70 00:00:00  00:01:00           1          12     8    10  Norm  \n",
-          // clang-format on
+          "4294967291  4294967295   Invalid  4294967295  02/07/06 06:28:15  06:28:15  4294967295  4294967294  4294967295  4294967295  Invalid  \n",
+          "     7       0  Free             0  01/01/70 00:00:00  00:00:00           0           0     0     0  Init  \n",
+          "     8       1  Free           100  01/01/70 00:00:00  00:00:04           0           0     0     9  Norm  \n",
+          "     9       0  UsedFree         0  01/01/70 00:00:00  00:01:00           1          12     8    10  Norm  \n",
       }),
       "", 0);
 }
@@ -221,21 +213,13 @@ TEST_P(FilesBadInput, StatesAndTypesOutsideTheirEnumerations) {
             Row(4, 0, 4294967295, 40, 50, 0, 0, 3, 5, 400, 4294967295).Insert());
   const RunResult r = Run(disk, {"-f", "*", "-f", "fkat"});
   const std::string row3 =
-      // clang-format off
       "     3       0  UsedFree       300  01/01/70 00:00:00  00:00:00          30          40     2     4  Invalid  \n";
-  // clang-format on
   EXPECT_EQ(
       Listing({
-          // clang-format off
-                "     1       0   Invalid       100  01/01/70 00:00:00  00:00:00          10          20     0     2  Wiped  \n",
-          // clang-format on
-          // clang-format off
-                "     2       0   Invalid       200  01/01/70 00:00:00  00:00:00          20          30     1     3  Invalid  \n",
-          // clang-format on
+          "     1       0   Invalid       100  01/01/70 00:00:00  00:00:00          10          20     0     2  Wiped  \n",
+          "     2       0   Invalid       200  01/01/70 00:00:00  00:00:00          20          30     1     3  Invalid  \n",
           row3,
-          // clang-format off
-                "     4       0   Invalid       400  01/01/70 00:00:00  00:00:00          40          50     3     5  Invalid  \n",
-          // clang-format on
+          "     4       0   Invalid       400  01/01/70 00:00:00  00:00:00          40          50     3     5  Invalid  \n",
       }) + Listing({row3}),
       r.out);
   EXPECT_EQ("", r.err);
@@ -249,9 +233,7 @@ TEST_P(FilesBadInput, StoreWithoutTheTable) {
       Daemon()
           ? ""
           : std::string(kNoFileSizesLine) +
-                // clang-format off
-                       "unable to prepare: select count(*) from streamfiles where  number like '%' and stream=2 order by starttick ascunable to prepare: select * from streamfiles where  number like '%' and stream=2 order by starttick asc",
-      // clang-format on
+                "unable to prepare: select count(*) from streamfiles where  number like '%' and stream=2 order by starttick ascunable to prepare: select * from streamfiles where  number like '%' and stream=2 order by starttick asc",
       0);
 }
 
@@ -275,10 +257,8 @@ TEST_P(FilesBadInput, RowThatFailsWhileStepping) {
     EXPECT_RUN(
         r,
         Listing(
-            {// clang-format off
-                                   "     1       0  Free           100  01/01/70 00:00:00  00:00:00          10          20     0     0  Norm  \n",
-                                   "     2       0  Free           200  01/01/70 00:00:00  00:00:00          20          30     0     0  Norm  \n"},
-            // clang-format on
+            {"     1       0  Free           100  01/01/70 00:00:00  00:00:00          10          20     0     0  Norm  \n",
+             "     2       0  Free           200  01/01/70 00:00:00  00:00:00          20          30     0     0  Norm  \n"},
             4),
         "main:Error initializing file sizes from the database:\n"
         "could not free statement, leaking memory\n"

@@ -136,13 +136,9 @@ TEST(FilesDaemon, LiveSizeOfTheLastFileOfEachChain) {
                             Logged(" --live-size 3=55555555 --live-size 1=1 --live-size 4=4444"));
   // File 1 has a successor, so the table's size stands; 4 is a chain of one.
   const char row3[] =
-      // clang-format off
       "     3       0  Allocatd  55555555  01/02/24 03:14:05  03:14:55        2196        2300     2     0  Norm  \n";
-  // clang-format on
   const char row4[] =
-      // clang-format off
       "     4       0  UsedFree      4444  01/01/24 23:00:00  23:01:40         100         200     0     0  Norm  \n";
-  // clang-format on
   EXPECT_EQ(Listing({kRow5, row4, kRow1, kRow2, row3}), r.out);
   EXPECT_EQ("", r.err);
 }
@@ -153,9 +149,7 @@ TEST(FilesDaemon, LiveSizeWiderThanItsColumn) {
   const RunResult r =
       RunDb(disk, AccessPath::kDaemon, {"-f", "c"}, Logged(" --live-size 205=4294967295"));
   const char row205[] =
-      // clang-format off
       "   205       1  Allocatd  4294967295  01/02/24 03:30:00  03:30:50        5396        5500   200     0  Bkgd  \n";
-  // clang-format on
   EXPECT_EQ(Listing({kRow3, row205}), r.out);
 }
 

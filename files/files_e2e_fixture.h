@@ -12,10 +12,8 @@ namespace files_e2e {
 
 const char kHeading[] =
     "\n"
-    "Number  Stream   State      Size        Start Time     StopTime  Start Tick   Stop Tick  "
-    "Prev  Next  Type  \n"
-    "======  ======  ========  ========  =================  ========  ==========  ==========  "
-    "====  ====  ====  \n";
+    "Number  Stream   State      Size        Start Time     StopTime  Start Tick   Stop Tick  Prev  Next  Type  \n"
+    "======  ======  ========  ========  =================  ========  ==========  ==========  ====  ====  ====  \n";
 
 inline FileRow Row(long long number, long long stream, long long state, long long startTick,
                    long long stopTick, long long startTime, long long stopTime, long long previous,
@@ -53,38 +51,27 @@ inline std::string SampleFiles() {
 
 // The rows of SampleFiles() as the table shows them.
 const char kRow1[] =
-    "     1       0  UsedKeep  98566144  01/02/24 03:04:05  03:09:05        1000        1600     "
-    "0     2  Norm  \n";
+    "     1       0  UsedKeep  98566144  01/02/24 03:04:05  03:09:05        1000        1600     0     2  Norm  \n";
 const char kRow2[] =
-    "     2       0  UsedKeep  98566144  01/02/24 03:09:05  03:14:05        1596        2200     "
-    "1     3  Norm  \n";
+    "     2       0  UsedKeep  98566144  01/02/24 03:09:05  03:14:05        1596        2200     1     3  Norm  \n";
 const char kRow3[] =
-    "     3       0  Allocatd  12582912  01/02/24 03:14:05  03:14:55        2196        2300     "
-    "2     0  Norm  \n";
+    "     3       0  Allocatd  12582912  01/02/24 03:14:05  03:14:55        2196        2300     2     0  Norm  \n";
 const char kRow4[] =
-    "     4       0  UsedFree  98566144  01/01/24 23:00:00  23:01:40         100         200     "
-    "0     0  Norm  \n";
+    "     4       0  UsedFree  98566144  01/01/24 23:00:00  23:01:40         100         200     0     0  Norm  \n";
 const char kRow5[] =
-    "     5       0  Free      98566144  01/01/70 00:00:00  00:00:00          50          60     "
-    "0     0  Init  \n";
+    "     5       0  Free      98566144  01/01/70 00:00:00  00:00:00          50          60     0     0  Init  \n";
 const char kRow12[] =
-    "    12       1  Free      98566144  01/01/70 00:00:00  00:00:00           0           0     "
-    "0     0  Init  \n";
+    "    12       1  Free      98566144  01/01/70 00:00:00  00:00:00           0           0     0     0  Init  \n";
 const char kRow20[] =
-    "    20       2  UsedFree  98566144  01/02/24 01:46:40  01:48:20        7000        7200     "
-    "0     0  Wiped  \n";
+    "    20       2  UsedFree  98566144  01/02/24 01:46:40  01:48:20        7000        7200     0     0  Wiped  \n";
 const char kRow200[] =
-    "   200       1  UsedKeep  98566144  01/02/24 03:26:40  03:30:00        5000        5400     "
-    "0   205  Bkgd  \n";
+    "   200       1  UsedKeep  98566144  01/02/24 03:26:40  03:30:00        5000        5400     0   205  Bkgd  \n";
 const char kRow205[] =
-    "   205       1  Allocatd   4194304  01/02/24 03:30:00  03:30:50        5396        5500   "
-    "200     0  Bkgd  \n";
+    "   205       1  Allocatd   4194304  01/02/24 03:30:00  03:30:50        5396        5500   200     0  Bkgd  \n";
 const char kRow209[] =
-    "   209       3  Free      98566144  01/01/24 23:00:00  23:01:40         300         400     "
-    "0     0  Init  \n";
+    "   209       3  Free      98566144  01/01/24 23:00:00  23:01:40         300         400     0     0  Init  \n";
 const char kRow1234[] =
-    "  1234       2  UsedFree   1048576  01/02/24 04:33:20  04:34:10        9000        9100     "
-    "0     0  Norm  \n";
+    "  1234       2  UsedFree   1048576  01/02/24 04:33:20  04:34:10        9000        9100     0     0  Norm  \n";
 
 // Every file of SampleFiles() in number order: what a fresh record lists.
 inline std::vector<std::string> ByNumber() {
@@ -120,10 +107,10 @@ inline std::string GeneratedFiles(int count) {
 // The row of generated file `number`.
 inline std::string GeneratedRow(unsigned number) {
   char line[160];
-  std::snprintf(line, sizeof line,
-                "%6u       0  Free          1000  01/02/24 03:04:05  03:05:45  %10u  %10u  %4u  "
-                "%4u  Norm  \n",
-                number, number * 10, number * 10 + 5, number - 1, number + 1);
+  std::snprintf(
+      line, sizeof line,
+      "%6u       0  Free          1000  01/02/24 03:04:05  03:05:45  %10u  %10u  %4u  %4u  Norm  \n",
+      number, number * 10, number * 10 + 5, number - 1, number + 1);
   return line;
 }
 

@@ -98,13 +98,9 @@ TEST_P(FilesTable, StreamThreeAllocatedStillSortsByStartTick) {
   disk_.Exec(Row(300, 3, 1, 10, 20, 0, 0, 0, 301, 7, 1).Insert() +
              Row(301, 3, 1, 5, 20, 0, 0, 300, 0, 8, 1).Insert());
   const char row301[] =
-      // clang-format off
       "   301       3  Allocatd         8  01/01/70 00:00:00  00:00:00           5          20   300     0  Norm  \n";
-  // clang-format on
   const char row300[] =
-      // clang-format off
       "   300       3  Allocatd         7  01/01/70 00:00:00  00:00:00          10          20     0   301  Norm  \n";
-  // clang-format on
   ExpectListing({"-f", "s3a"}, Listing({row301, row300}));
 }
 

@@ -395,10 +395,8 @@ TEST_P(EventDeletion, StoreLockedByAnotherWriterKeepsEveryRowAndStaysUsable) {
         locked, "",
         std::string(kNoFileSizesLine) + "unable to prepare: " + count + "stmt Error: 5  sql='" +
             count +
-            // clang-format off
             "'\n"
             "unable to prepare: select count(*) from eventsstmt Error: 5  sql='select count(*) from events'\n",
-        // clang-format on
         0);
   }
   ExpectStoreUnchanged();
@@ -421,10 +419,8 @@ TEST_P(EventDeletion, StoreWithoutAnEventsTable) {
                 "  Event or groupId not found: 42\n"
                 "  No events found...no action taken.\n")
           : "unable to prepare: " + count + "stmt Error: 1  sql='" + count +
-                // clang-format off
-                     "'\n"
-                     "unable to prepare: select count(*) from eventsstmt Error: 1  sql='select count(*) from events'\n";
-  // clang-format on
+                "'\n"
+                "unable to prepare: select count(*) from eventsstmt Error: 1  sql='select count(*) from events'\n";
   EXPECT_RUN(r, "", err, 0);
   ExpectStoreUnchanged();
   ExpectRequests(EventsRequest("42") + kAllEventsRequest);
@@ -455,12 +451,10 @@ TEST_P(EventDeletion, EventsThatFailWhileCounted) {
   EXPECT_RUN(
       r, "",
       ByPath(": error getting count of events to delete using 'select count(*) from events "
-             // clang-format off
-                 "where reid='42' or groupId='42''\n"
-                 "could not free statement, leaking memory\n"
-                 ": error getting count of events to delete using 'select count(*) from events'\n"
-                 "could not free statement, leaking memory\n",
-             // clang-format on
+             "where reid='42' or groupId='42''\n"
+             "could not free statement, leaking memory\n"
+             ": error getting count of events to delete using 'select count(*) from events'\n"
+             "could not free statement, leaking memory\n",
              "  Event or groupId not found: 42\n"
              "  No events found...no action taken.\n"),
       0);

@@ -113,8 +113,7 @@ TEST_F(EventDeletionDirectTest, MissingTableMakesOneJoinedLineForAll) {
   Exec("drop table events");
   DeleteAllEvents();
   EXPECT_EQ(
-      "unable to prepare: select count(*) from eventsstmt Error: 1  sql='select count(*) from "
-      "events'\n",
+      "unable to prepare: select count(*) from eventsstmt Error: 1  sql='select count(*) from events'\n",
       err_.Text());
   EXPECT_EQ("", out_.Text());
 }
@@ -136,8 +135,7 @@ TEST_F(EventDeletionDirectTest, CountWithoutARowIsReportedAndItsStatementLeaks) 
       "create view events as select * from stored where abs(-9223372036854775807 - 1)");
   DeleteEventsById("42");
   EXPECT_EQ(
-      ": error getting count of events to delete using 'select count(*) from events where "
-      "reid='42' or groupId='42''\n"
+      ": error getting count of events to delete using 'select count(*) from events where reid='42' or groupId='42''\n"
       "could not free statement, leaking memory\n",
       err_.Text());
   EXPECT_EQ("", out_.Text());

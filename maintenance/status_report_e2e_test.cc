@@ -109,14 +109,12 @@ TEST(Status, EachOccurrenceRunsSqlAgainInOrder) {
   disk.Exec("insert into status values ('version', '4.2');");
   const RunResult r = RunDb(disk, {"-s", "-t", "-s"});
   EXPECT_EQ(std::string("name|value\nversion|4.2\n") + kHeading +
-                // clang-format off
                 "events             0\n"
                 "streamfiles        0\n"
                 "status             1\n"
                 "\n"
                 "name|value\n"
                 "version|4.2\n",
-            // clang-format on
             r.out);
 }
 

@@ -94,13 +94,11 @@ INSTANTIATE_TEST_SUITE_P(BothPaths, ConfigMpReached, BothAccessPaths(), PathName
 TEST(ConfigMpProgram, EndsWithStatusZeroOnSigtermAndRemovesItsEndpoint) {
   RecorderDisk disk;
   const std::string script =
-      // clang-format off
       "ConfigMP --reexport-hours 3 & pid=$!\n"
       "n=0; while [ ! -S /run/linx/ConfigMP ] && [ $n -lt 2000 ]; do sleep 0.01; n=$((n+1)); done\n"
       "pidof ConfigMP > /dev/null && echo named\n"
       "kill -TERM $pid; wait $pid; echo \"status $?\"\n"
       "echo \"left: $(ls -A /run/linx)\"\n";
-  // clang-format on
   const RunResult r = RunInSandbox(disk, {"sh", "-c", script});
   EXPECT_EQ("named\nstatus 0\nleft: \n", r.out);
   EXPECT_EQ("", r.err);

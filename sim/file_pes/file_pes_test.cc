@@ -94,8 +94,7 @@ TEST_F(FilePes, KeyFrameFarBehindItsPcrIsLate) {
   frame.pts = 900000 - 189000;
   const Result late = Analyze(Write(MakePacket(frame)));
   EXPECT_EQ(
-      "FAIL split point 1 at packet 0 (0.000 s): key frame late by 2.100 s (more than 2 seconds "
-      "before its PCR)\n"
+      "FAIL split point 1 at packet 0 (0.000 s): key frame late by 2.100 s (more than 2 seconds before its PCR)\n"
       "1 split points, 1 failed\n",
       late.out);
   EXPECT_EQ(1, late.status);
@@ -128,8 +127,7 @@ TEST_F(FilePes, LostSyncIsRegainedAndReportedInPlace) {
   EXPECT_EQ(
       "ok   split point 1 at packet 0 (0.000 s): key frame within 2 seconds (after 0.100 s)\n"
       "ok   split point 2 at packet 75 (1.000 s): key frame within 2 seconds (after 0.100 s)\n"
-      "FAIL packet 80 has no sync byte (byte 15040); skipped 188 bytes, packets of 188 bytes go "
-      "on at byte 15228\n"
+      "FAIL packet 80 has no sync byte (byte 15040); skipped 188 bytes, packets of 188 bytes go on at byte 15228\n"
       // The packet numbers after the gap count the packets read.
       "ok   split point 3 at packet 149 (2.000 s): key frame within 2 seconds (after 0.100 s)\n"
       "3 split points, 0 failed\n",
@@ -150,8 +148,7 @@ TEST_F(FilePes, GarbageInTheMiddleIsSkippedToTheNextPacket) {
   EXPECT_EQ(
       "ok   split point 1 at packet 0 (0.000 s): key frame within 2 seconds (after 0.100 s)\n"
       "ok   split point 2 at packet 75 (1.000 s): key frame within 2 seconds (after 0.100 s)\n"
-      "FAIL packet 100 has no sync byte (byte 18800); skipped 100 bytes, packets of 188 bytes go "
-      "on at byte 18900\n"
+      "FAIL packet 100 has no sync byte (byte 18800); skipped 100 bytes, packets of 188 bytes go on at byte 18900\n"
       "ok   split point 3 at packet 150 (2.000 s): key frame within 2 seconds (after 0.100 s)\n"
       "3 split points, 0 failed\n",
       r.out);
@@ -194,8 +191,7 @@ TEST_F(FilePes, ClockDiscontinuityIsNotedWhereItIsMet) {
   EXPECT_EQ(
       "ok   split point 1 at packet 0 (0.000 s): key frame within 2 seconds (after 0.100 s)\n"
       "ok   split point 2 at packet 75 (1.000 s): key frame within 2 seconds (after 0.100 s)\n"
-      "note clock discontinuity at packet 150 (2.000 s) on PID 256, not flagged: the PCR goes "
-      "from 11.000 s to 1.400 s; the clock is taken to run on 1.000 s after the previous PCR\n"
+      "note clock discontinuity at packet 150 (2.000 s) on PID 256, not flagged: the PCR goes from 11.000 s to 1.400 s; the clock is taken to run on 1.000 s after the previous PCR\n"
       "ok   split point 3 at packet 150 (2.000 s): key frame within 2 seconds (after 0.100 s)\n"
       "ok   split point 4 at packet 225 (3.000 s): key frame within 2 seconds (after 0.100 s)\n"
       "4 split points, 0 failed\n",

@@ -15,10 +15,8 @@ namespace {
 // wait up to 20 s for its endpoint.
 std::string StartStreamMgr(const std::string& args) {
   return "StreamMgr " + args +
-         // clang-format off
          " & pid=$!\n"
          "n=0; while [ ! -S /run/linx/StreamMgr ] && [ $n -lt 2000 ]; do sleep 0.01; n=$((n+1)); done\n";
-  // clang-format on
 }
 
 // Starts StreamMgr, runs `then` (which may use $pid), and lists what is left
@@ -73,12 +71,10 @@ TEST(StreamMgrProgram, EndsAbruptlyWhenTheRequestAfterTheLastAllowedArrives) {
 TEST(StreamMgrProgram, WithoutIpcRunsUnderItsNameWithNoEndpoint) {
   RecorderDisk disk;
   const std::string script =
-      // clang-format off
       "StreamMgr --no-ipc & pid=$!\n"
       "n=0; until pidof StreamMgr > /dev/null || [ $n -ge 2000 ]; do sleep 0.01; n=$((n+1)); done\n"
       "sleep 0.2; echo \"endpoints: $(ls -A /run/linx)\"\n"
       "kill -TERM $pid; wait $pid; echo \"status $?\"\n";
-  // clang-format on
   const RunResult r = RunInSandbox(disk, {"sh", "-c", script});
   EXPECT_EQ("endpoints: \nstatus 0\n", r.out);
 }

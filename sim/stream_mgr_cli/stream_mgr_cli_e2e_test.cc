@@ -22,9 +22,7 @@ TEST(StreamMgrCliProgram, StreamFileWithoutContents) {
   const RunResult r = RunInSandbox(disk, {"StreamMgrCli", "-x", "3"});
   EXPECT_RUN(
       r, "",
-      // clang-format off
-          "StreamMgrCli: cannot extract stream file 3: /mnt/hd/streams/3.ts: No such file or directory\n",
-      // clang-format on
+      "StreamMgrCli: cannot extract stream file 3: /mnt/hd/streams/3.ts: No such file or directory\n",
       1);
   EXPECT_FALSE(disk.Exists("3.ts"));
 }
