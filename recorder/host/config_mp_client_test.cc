@@ -44,7 +44,7 @@ void ExpectRefused(const std::string& dir, int timeoutSeconds = 5) {
 }
 
 TEST(ConfigMPClient, ReadsTheSettingsWithoutAnInitialisedEndpoint) {
-  FakeDaemon daemon(kConfigMpName, Answering(Settings(4294967295u)));
+  FakeDaemon daemon(kConfigMpName, FD::Answering(Settings(4294967295u)));
   const VideoRecordingSettings settings = Ask(daemon.Dir(), 1)[0];
   EXPECT_EQ(30u, settings.preEventSeconds);
   EXPECT_EQ(60u, settings.postEventSeconds);
@@ -53,7 +53,7 @@ TEST(ConfigMPClient, ReadsTheSettingsWithoutAnInitialisedEndpoint) {
 }
 
 TEST(ConfigMPClient, RequestsShareTheConnectionTheEndpointKeeps) {
-  FakeDaemon daemon(kConfigMpName, Answering(Settings(1)));
+  FakeDaemon daemon(kConfigMpName, FD::Answering(Settings(1)));
   EXPECT_EQ(std::vector<uint32_t>(3, 1), Hours(daemon.Dir(), 3));
   EXPECT_EQ(3u, daemon.Requests().size());
   EXPECT_EQ(1, daemon.Connections());
@@ -103,7 +103,7 @@ TEST(ConfigMPClient, ServiceStartedAfterAFailedRequestIsReached) {
   ConfigMPClient client(aimed.ipc, 5);
   VideoRecordingSettings settings;
   EXPECT_NE(0, client.GetVideoRecordingSettings(settings));
-  FakeDaemon daemon(kConfigMpName, Answering(Settings(6)));
+  FakeDaemon daemon(kConfigMpName, FD::Answering(Settings(6)));
   EndpointOf(aimed.ipc).endpointDir = daemon.Dir();
   ASSERT_EQ(0, client.GetVideoRecordingSettings(settings));
   EXPECT_EQ(6u, settings.reExportHours);
@@ -115,31 +115,31 @@ TEST(ConfigMPClient, FailsWhenTheServiceDoesNotRun) {
 
 TEST(ConfigMPClient, DoesNotTalkToStreamMgr) {
   // A StreamMgr endpoint in the folder is not the configuration service.
-  FakeDaemon daemon(kStreamMgrName, Answering(Settings(5)));
+  FakeDaemon daemon(kStreamMgrName, FD::Answering(Settings(5)));
   ExpectRefused(daemon.Dir());
   EXPECT_EQ(0, daemon.Connections());
 }
 
 TEST(ConfigMPClient, FailedAnswerIsAnError) {
-  FakeDaemon daemon(kConfigMpName, Answering(FailedAnswer(kSettings)));
+  FakeDaemon daemon(kConfigMpName, FD::Answering(FailedAnswer(kSettings)));
   ExpectRefused(daemon.Dir());
 }
 
 TEST(ConfigMPClient, GarbageIsAnError) {
   for (const std::string& body :
        {MalformedAnswer(kSettings), std::string("nonsense"), Settings(3) + "x", CountAnswer(3)}) {
-    FakeDaemon daemon(kConfigMpName, Answering(body));
+    FakeDaemon daemon(kConfigMpName, FD::Answering(body));
     ExpectRefused(daemon.Dir());
   }
 }
 
 TEST(ConfigMPClient, ServiceHangingUpIsAnError) {
-  FakeDaemon daemon(kConfigMpName, Silent(FD::Then::kClose));
+  FakeDaemon daemon(kConfigMpName, FD::HangingUp());
   ExpectRefused(daemon.Dir());
 }
 
 TEST(ConfigMPClient, SilentServiceTimesOutInTheGivenSeconds) {
-  FakeDaemon daemon(kConfigMpName, Silent(FD::Then::kHold));
+  FakeDaemon daemon(kConfigMpName, FD::Holding());
   const Clock::time_point start = Clock::now();
   ExpectRefused(daemon.Dir(), 1);
   const double waited = MillisecondsSince(start);

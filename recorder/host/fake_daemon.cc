@@ -49,6 +49,28 @@ void FakeDaemon::Frame(int fd, const std::string& body) {
   Raw(fd, FrameHeader(body.size()) + body);
 }
 
+FakeDaemon::Script FakeDaemon::Answering(const std::string& body) {
+  return [body](int fd, const std::string&) {
+    Frame(fd, body);
+    return Then::kNext;
+  };
+}
+
+FakeDaemon::Script FakeDaemon::Sending(const std::string& bytes, Then then) {
+  return [bytes, then](int fd, const std::string&) {
+    Raw(fd, bytes);
+    return then;
+  };
+}
+
+FakeDaemon::Script FakeDaemon::Holding() {
+  return [](int, const std::string&) { return Then::kHold; };
+}
+
+FakeDaemon::Script FakeDaemon::HangingUp() {
+  return [](int, const std::string&) { return Then::kClose; };
+}
+
 // Waits up to `timeoutMs` (forever when negative) for `fd` or the stop pipe;
 // true when the test is over.
 bool FakeDaemon::Stopping(int fd, int timeoutMs) const {

@@ -37,6 +37,13 @@ class FakeDaemon {
   static void Raw(int fd, const std::string& bytes);
   static void Frame(int fd, const std::string& body);
 
+  // Scripts for every request: answer `body`; send `bytes` as they are and
+  // then do `then`; answer nothing and keep the connection; hang up.
+  static Script Answering(const std::string& body);
+  static Script Sending(const std::string& bytes, Then then = Then::kHold);
+  static Script Holding();
+  static Script HangingUp();
+
  private:
   void Run();
   bool Stopping(int fd, int timeoutMs) const;

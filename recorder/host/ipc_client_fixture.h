@@ -1,5 +1,5 @@
-// What the client tests share: a scripted daemon that always says the same,
-// an endpoint aimed at a folder of the test's own, and a stopwatch.
+// What the client tests share: an endpoint aimed at a folder of the test's
+// own, and a stopwatch.
 #ifndef RECORDER_HOST_IPC_CLIENT_FIXTURE_H_
 #define RECORDER_HOST_IPC_CLIENT_FIXTURE_H_
 
@@ -14,19 +14,6 @@
 namespace HostIpc {
 
 using FD = FakeDaemon;
-
-// A daemon that answers every request with `body`.
-inline FD::Script Answering(const std::string& body) {
-  return [body](int fd, const std::string&) {
-    FD::Frame(fd, body);
-    return FD::Then::kNext;
-  };
-}
-
-// A script that sends nothing and then does `then`.
-inline FD::Script Silent(FD::Then then) {
-  return [then](int, const std::string&) { return then; };
-}
 
 // db's endpoint, looking for the daemons in `dir` instead of the fixed folder.
 struct AimedIpc {

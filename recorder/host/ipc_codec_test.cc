@@ -224,46 +224,43 @@ std::string With(std::string body, size_t at, char byte) {
   return body;
 }
 
-std::string Listing(Kind kind, uint32_t announced, void (*records)(WireWriter&)) {
-  WireWriter writer = StartAnswer(kind);
-  writer.U32(announced);
-  records(writer);
-  return writer.Bytes();
+// `answer` announcing `count` records, whatever it holds.
+std::string Announcing(std::string answer, uint32_t count) {
+  WireWriter writer;
+  writer.U32(count);
+  return answer.replace(3, 4, writer.Bytes());
 }
 
 // Every good answer spoiled in every way, and answers whose header is good
 // but whose payload lies about itself.
 std::vector<AnswerCase> BadAnswers() {
   std::vector<AnswerCase> bad;
+  const auto add = [&bad](std::string name, Kind kind, std::vector<std::string> bodies) {
+    bad.push_back({std::move(name), kind, std::move(bodies)});
+  };
   for (const AnswerCase& a : GoodAnswers()) {
     const std::string& good = a.bodies[0];
-    const auto add = [&](const char* how, std::vector<std::string> bodies) {
-      bad.push_back({std::string(how) + "_" + a.name, a.kind, std::move(bodies)});
+    const auto spoilt = [&](const char* how, std::vector<std::string> bodies) {
+      add(std::string(how) + "_" + a.name, a.kind, std::move(bodies));
     };
     std::vector<std::string> cut;
     for (size_t length = 0; length < good.size(); ++length) cut.push_back(good.substr(0, length));
-    add("EveryTruncation", cut);
-    add("TrailingBytes", {good + '\0'});
-    add("FailedAnswer", {FailedAnswer(a.kind)});
-    add("MalformedAnswer", {MalformedAnswer(a.kind)});
-    add("OtherVersion", {With(good, 0, kVersion + 1)});
-    add("AnswerToAnotherKind", {With(good, 1, a.kind == kCount ? kDelete : kCount)});
-    add("UnknownStatus", {With(good, 2, 2)});
-    add("Text", {"this is not an answer", std::string(1000, '\xff')});
+    spoilt("EveryTruncation", cut);
+    spoilt("TrailingBytes", {good + '\0'});
+    spoilt("FailedAnswer", {FailedAnswer(a.kind)});
+    spoilt("MalformedAnswer", {MalformedAnswer(a.kind)});
+    spoilt("OtherVersion", {With(good, 0, kVersion + 1)});
+    spoilt("AnswerToAnotherKind", {With(good, 1, a.kind == kCount ? kDelete : kCount)});
+    spoilt("UnknownStatus", {With(good, 2, 2)});
+    spoilt("Text", {"this is not an answer", std::string(1000, '\xff')});
   }
+  add("FilesAnnouncingMoreThanTheyHold", kFiles, {Announcing(FilesAnswer({FullFile(1)}), ~0u)});
+  add("EventsAnnouncingMoreThanTheyHold", kEvents, {Announcing(EventsAnswer({FullEvent("")}), 2)});
   // An event whose answers claim four billion entries.
-  std::string hugeAnswers =
-      Listing(kEvents, 1, [](WireWriter& w) { EncodeEvent(w, EventRecordItem()); });
-  hugeAnswers.replace(hugeAnswers.size() - 4, 4, "\xff\xff\xff\xff");
-  bad.push_back(
-      {"FilesAnnouncingMoreThanTheyHold", kFiles, {Listing(kFiles, 4294967295u, [](WireWriter& w) {
-         EncodeFile(w, FullFile(1));
-       })}});
-  bad.push_back({"EventsAnnouncingMoreThanTheyHold",
-                 kEvents,
-                 {Listing(kEvents, 2, [](WireWriter& w) { EncodeEvent(w, FullEvent("one")); })}});
-  bad.push_back({"AnswersAnnouncingHugeInnerLists", kEvents, {hugeAnswers}});
-  bad.push_back({"BooleanOtherThanZeroOrOne", kDelete, {With(DeleteAnswer(true), 3, 2)}});
+  std::string hugeAnswers = EventsAnswer({EventRecordItem()});
+  add("AnswersAnnouncingHugeInnerLists", kEvents,
+      {hugeAnswers.replace(hugeAnswers.size() - 4, 4, "\xff\xff\xff\xff")});
+  add("BooleanOtherThanZeroOrOne", kDelete, {With(DeleteAnswer(true), 3, 2)});
   return bad;
 }
 

@@ -75,7 +75,7 @@ TEST(LinxIpc, InitFailsWhenTheEndpointIsNotASocket) {
 }
 
 TEST(LinxIpc, RequestsBeforeInitFailWithoutReachingTheDaemon) {
-  FakeDaemon daemon(kStreamMgrName, Answering(CountAnswer(3)));
+  FakeDaemon daemon(kStreamMgrName, FD::Answering(CountAnswer(3)));
   AimedIpc aimed(daemon.Dir());
   ExpectFailed(aimed.ipc, kCount, 1000);
   EXPECT_EQ(0, daemon.Connections());
@@ -105,11 +105,10 @@ TEST(StreamMgrApi, RequestsShareOneConnectionAndCarryTheirText) {
   EXPECT_TRUE(DeleteEvent("yes", client.ipc));
   EXPECT_FALSE(DeleteEvent("no", client.ipc));
   EXPECT_EQ(1, client.daemon.Connections());
-  const std::vector<std::string> requests = client.daemon.Requests();
-  ASSERT_EQ(5u, requests.size());
-  EXPECT_EQ(TextRequest(kFiles, "f"), requests[1]);
-  EXPECT_EQ(TextRequest(kCount, "c"), requests[2]);
-  EXPECT_EQ(TextRequest(kDelete, "no"), requests[4]);
+  EXPECT_EQ((std::vector<std::string>{TextRequest(kEvents, "select * from events"),
+                                      TextRequest(kFiles, "f"), TextRequest(kCount, "c"),
+                                      TextRequest(kDelete, "yes"), TextRequest(kDelete, "no")}),
+            client.daemon.Requests());
 }
 
 TEST(StreamMgrApi, FailedAnswersLeaveListCountAndDeleteAsTheyWere) {
@@ -120,78 +119,46 @@ TEST(StreamMgrApi, FailedAnswersLeaveListCountAndDeleteAsTheyWere) {
   for (Kind kind : {kEvents, kFiles, kCount, kDelete}) ExpectFailed(client.ipc, kind, 1000);
 }
 
+// How long a request may take: its time-out, and the least and most it waits.
+struct Timing {
+  int timeoutMs;
+  double fastestMs;
+  double slowestMs;
+};
+constexpr Timing kTimesOut = {kShortTimeoutMs, kShortTimeoutMs - 5, kShortTimeoutMs + 1000};
+constexpr Timing kAtOnce = {10000, 0, 5000};
+
 // A daemon that goes wrong, and requests that must fail in good time.
 struct Misbehaviour {
   const char* name;
-  FD::Script script;
+  Timing timing;
   std::vector<Kind> requests;  // asked one after another
-  int timeoutMs;
-  double fastestMs;  // of the first request
-  double slowestMs;
+  FD::Script script;
 };
 
 std::string NameOf(const testing::TestParamInfo<Misbehaviour>& info) { return info.param.name; }
 
-// A frame that announces the whole of `answer` and carries the first `bytes`.
-FD::Script Partly(size_t bytes, FD::Then then) {
-  return [bytes, then](int fd, const std::string&) {
-    FD::Raw(fd, FrameHeader(kTwoFiles.size()) + kTwoFiles.substr(0, bytes));
-    return then;
-  };
-}
-
-FD::Script Sending(const std::string& bytes) {
-  return [bytes](int fd, const std::string&) {
-    FD::Raw(fd, bytes);
-    return FD::Then::kHold;
-  };
-}
+// The frame of two files cut short: half of it, and all but its last byte.
+const std::string kHalf = FrameHeader(kTwoFiles.size()) + kTwoFiles.substr(0, kTwoFiles.size() / 2);
+const std::string kButOne =
+    FrameHeader(kTwoFiles.size()) + kTwoFiles.substr(0, kTwoFiles.size() - 1);
+const std::string kOversized = FrameHeader(size_t{kMaxFrameBytes} + 1) + CountAnswer(3);
 
 const Misbehaviour kMisbehaviours[] = {
-    {"SilentDaemonTimesOutWithinTheTimeOut",
-     Silent(FD::Then::kHold),
-     {kCount, kEvents},
-     kShortTimeoutMs,
-     kShortTimeoutMs - 5,
-     kShortTimeoutMs + 1000},
-    {"HalfAnAnswerThenSilenceTimesOut",
-     Partly(kTwoFiles.size() / 2, FD::Then::kHold),
-     {kFiles},
-     kShortTimeoutMs,
-     0,
-     kShortTimeoutMs + 1000},
-    {"DaemonDyingMidAnswerFailsAtOnce",
-     Partly(kTwoFiles.size() - 1, FD::Then::kClose),
-     {kFiles},
-     10000,
-     0,
-     5000},
-    {"DaemonHangingUpBeforeTheAnswerFailsAtOnce",
-     Silent(FD::Then::kClose),
-     {kCount, kDelete},
-     10000,
-     0,
-     5000},
-    {"OversizedAnswerIsRefusedWithoutWaiting",
-     Sending(FrameHeader(static_cast<size_t>(kMaxFrameBytes) + 1) + CountAnswer(3)),
-     {kCount},
-     10000,
-     0,
-     5000},
-    {"LargestLengthIsRefused", Sending("\xff\xff\xff\xff"), {kEvents}, 10000, 0, 11000},
-    {"NegativeTimeOutDoesNotWaitForever", Silent(FD::Then::kHold), {kCount}, -1, 0, 1000},
+    {"SilentDaemonTimesOutWithinTheTimeOut", kTimesOut, {kCount, kEvents}, FD::Holding()},
+    {"HalfAnAnswerThenSilenceTimesOut", kTimesOut, {kFiles}, FD::Sending(kHalf)},
+    {"DaemonDyingMidAnswerFailsAtOnce", kAtOnce, {kFiles}, FD::Sending(kButOne, FD::Then::kClose)},
+    {"DaemonHangingUpBeforeTheAnswerFailsAtOnce", kAtOnce, {kCount, kDelete}, FD::HangingUp()},
+    {"OversizedAnswerIsRefusedWithoutWaiting", kAtOnce, {kCount}, FD::Sending(kOversized)},
+    {"LargestLengthIsRefused", kAtOnce, {kEvents}, FD::Sending("\xff\xff\xff\xff")},
+    {"NegativeTimeOutDoesNotWaitForever", {-1, 0, 1000}, {kCount}, FD::Holding()},
     // Answers that are no answer to a files request.
-    {"EmptyAnswer", Answering(""), {kFiles}, 2000, 0, 3000},
-    {"GarbageAnswer", Answering("garbage that is no answer"), {kFiles}, 2000, 0, 3000},
-    {"UnknownStatusAndKind",
-     Answering(std::string("\x01\x02\x00\xff", 4)),
-     {kFiles},
-     2000,
-     0,
-     3000},
-    {"MalformedAnswer", Answering(MalformedAnswer(kFiles)), {kFiles}, 2000, 0, 3000},
-    {"AnswerToAnotherRequest", Answering(CountAnswer(3)), {kFiles}, 2000, 0, 3000},
-    {"AnswerWithTrailingBytes", Answering(FilesAnswer({File(1)}) + "x"), {kFiles}, 2000, 0, 3000},
+    {"EmptyAnswer", kAtOnce, {kFiles}, FD::Answering("")},
+    {"GarbageAnswer", kAtOnce, {kFiles}, FD::Answering("garbage that is no answer")},
+    {"UnknownStatusAndKind", kAtOnce, {kFiles}, FD::Answering(std::string("\x01\x02\x00\xff", 4))},
+    {"MalformedAnswer", kAtOnce, {kFiles}, FD::Answering(MalformedAnswer(kFiles))},
+    {"AnswerToAnotherRequest", kAtOnce, {kFiles}, FD::Answering(CountAnswer(3))},
+    {"AnswerWithTrailingBytes", kAtOnce, {kFiles}, FD::Answering(FilesAnswer({File(1)}) + "x")},
 };
 
 class Misbehaving : public testing::TestWithParam<Misbehaviour> {};
@@ -199,12 +166,11 @@ class Misbehaving : public testing::TestWithParam<Misbehaviour> {};
 TEST_P(Misbehaving, RequestsFailInTime) {
   const Misbehaviour& daemon = GetParam();
   Client client(daemon.script);
-  for (size_t i = 0; i < daemon.requests.size(); ++i) {
+  for (Kind kind : daemon.requests) {
     const Clock::time_point start = Clock::now();
-    ExpectFailed(client.ipc, daemon.requests[i], daemon.timeoutMs);
-    const double waited = MillisecondsSince(start);
-    EXPECT_GE(waited, i == 0 ? daemon.fastestMs : 0);
-    EXPECT_LT(waited, daemon.slowestMs);
+    ExpectFailed(client.ipc, kind, daemon.timing.timeoutMs);
+    EXPECT_GE(MillisecondsSince(start), daemon.timing.fastestMs);
+    EXPECT_LT(MillisecondsSince(start), daemon.timing.slowestMs);
   }
 }
 
@@ -213,7 +179,7 @@ INSTANTIATE_TEST_SUITE_P(StreamMgrApi, Misbehaving, testing::ValuesIn(kMisbehavi
 TEST(StreamMgrApi, WritingToADaemonThatHungUpDoesNotRaiseSigpipe) {
   // The daemon closes each connection as soon as it has one; the client's
   // write then meets a closed socket, which must be a failed request only.
-  Client client(Silent(FD::Then::kClose));
+  Client client(FD::HangingUp());
   unsigned int count = 0;
   GetCountFromSqlStatement(client.ipc, "c", count, 2000);
   // The connection is gone now; a large request is written into nothing.
