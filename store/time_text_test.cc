@@ -17,19 +17,16 @@ std::string Strftime(time_t seconds, const char* format) {
   return std::string(text, std::strftime(text, sizeof text, format, local));
 }
 
-std::string DateTime(time_t seconds) {
+// What `write` writes for `seconds`, checked to end where its length says.
+std::string Written(size_t (*write)(time_t, char (&)[kTimeTextBytes]), time_t seconds) {
   char text[kTimeTextBytes];
-  const size_t length = DateTimeText(seconds, text);
+  const size_t length = write(seconds, text);
   EXPECT_EQ(std::string(text), std::string(text, length));
   return std::string(text, length);
 }
 
-std::string Clock(time_t seconds) {
-  char text[kTimeTextBytes];
-  const size_t length = ClockText(seconds, text);
-  EXPECT_EQ(std::string(text), std::string(text, length));
-  return std::string(text, length);
-}
+std::string DateTime(time_t seconds) { return Written(DateTimeText, seconds); }
+std::string Clock(time_t seconds) { return Written(ClockText, seconds); }
 
 // Each test may set TZ; the zone of the run comes back after it.
 class TimeTextTest : public ::testing::Test {

@@ -14,10 +14,7 @@
 namespace HostIpc {
 
 FakeDaemon::FakeDaemon(const char* name, Script script) : script_(std::move(script)) {
-  char pattern[] = "/tmp/fake-daemon-XXXXXX";
-  const char* made = mkdtemp(pattern);
-  dir_ = made == nullptr ? "" : made;
-  listenFd_ = CreateEndpoint(EndpointPath(dir_, name));
+  listenFd_ = CreateEndpoint(EndpointPath(Dir(), name));
   if (pipe2(stop_, O_CLOEXEC) != 0) stop_[0] = stop_[1] = -1;
   thread_ = std::thread([this] { Run(); });
 }
@@ -28,7 +25,6 @@ FakeDaemon::~FakeDaemon() {
   close(stop_[0]);
   close(stop_[1]);
   close(listenFd_);
-  std::system(("rm -rf '" + dir_ + "'").c_str());
 }
 
 std::vector<std::string> FakeDaemon::Requests() const {

@@ -27,15 +27,13 @@ Reply Echo(const std::string& request) {
   return {Reply::Action::kAnswer, CountAnswer(static_cast<uint32_t>(std::atoi(text.c_str())))};
 }
 
-bool Count(LinxIpc& ipc, const std::string& text, unsigned int& count, int timeoutMs = 5000) {
-  return StreamMgrApi::GetCountFromSqlStatement(ipc, text, count, timeoutMs);
-}
-
-// Asks for the count `n` and expects it back.
-void ExpectEcho(LinxIpc& ipc, unsigned int n) {
-  unsigned int count = 0;
-  ASSERT_TRUE(Count(ipc, std::to_string(n), count));
-  EXPECT_EQ(n, count);
+// The count the daemon answers to `text`; -1 when the request fails, which
+// must leave the count as it was.
+int64_t Asked(LinxIpc& ipc, const std::string& text, int timeoutMs = 5000) {
+  unsigned int count = 5;
+  if (StreamMgrApi::GetCountFromSqlStatement(ipc, text, count, timeoutMs)) return count;
+  EXPECT_EQ(5u, count);
+  return -1;
 }
 
 // The frame of a count request carrying `text`.
@@ -62,14 +60,11 @@ struct EchoAndClient {
   LinxIpc ipc{"db"};
 };
 
-// Sends `text`, which the daemon does not answer: the request fails at once
-// and leaves the count as it was.
+// Sends `text`, which the daemon does not answer: the request fails at once.
 void ExpectUnansweredAtOnce(LinxIpc& ipc, const std::string& text) {
-  unsigned int count = 5;
   const Clock::time_point start = Clock::now();
-  EXPECT_FALSE(Count(ipc, text, count));
+  EXPECT_EQ(-1, Asked(ipc, text));
   EXPECT_LT(MillisecondsSince(start), 2000);
-  EXPECT_EQ(5u, count);
 }
 
 TEST(IpcEndpoint, AppearsAsASocketWithNothingElseBeside) {
@@ -104,9 +99,9 @@ TEST(IpcServe, ServesSeveralConnectionsAtOnce) {
   LinxIpc second("second");
   served.daemon.Aim(second);
   ASSERT_EQ(0, second.Init());
-  for (unsigned int i = 0; i < 10; ++i) {
-    ExpectEcho(served.ipc, i);
-    ExpectEcho(second, 100 + i);
+  for (int i = 0; i < 10; ++i) {
+    EXPECT_EQ(i, Asked(served.ipc, std::to_string(i)));
+    EXPECT_EQ(100 + i, Asked(second, std::to_string(100 + i)));
   }
 }
 
@@ -127,7 +122,7 @@ TEST(IpcServe, ClientLeavingMidRequestIsDroppedWithoutHarm) {
   EchoAndClient served;
   for (size_t cut : {1, 3, 4, 6}) {
     close(served.Sent(Framed("12345").substr(0, cut)));
-    ExpectEcho(served.ipc, 7);
+    EXPECT_EQ(7, Asked(served.ipc, "7"));
   }
   EXPECT_FALSE(served.daemon.Ended());
 }
@@ -135,7 +130,7 @@ TEST(IpcServe, ClientLeavingMidRequestIsDroppedWithoutHarm) {
 TEST(IpcServe, ClientLeavingBeforeItsAnswerIsDroppedWithoutHarm) {
   EchoAndClient served(100);
   close(served.Sent(Framed("1")));  // the daemon is still waiting its 100 ms
-  ExpectEcho(served.ipc, 8);
+  EXPECT_EQ(8, Asked(served.ipc, "8"));
 }
 
 TEST(IpcServe, OversizedRequestDropsOnlyThatConnection) {
@@ -144,13 +139,13 @@ TEST(IpcServe, OversizedRequestDropsOnlyThatConnection) {
   std::string answer;
   EXPECT_FALSE(ReceiveFrame(fd, answer, DeadlineIn(5000)));  // hung up, not answered
   close(fd);
-  ExpectEcho(served.ipc, 9);
+  EXPECT_EQ(9, Asked(served.ipc, "9"));
 }
 
 TEST(IpcServe, DroppedRequestFailsAndTheNextOneReconnects) {
   EchoAndClient served;
   ExpectUnansweredAtOnce(served.ipc, "drop");
-  ExpectEcho(served.ipc, 6);
+  EXPECT_EQ(6, Asked(served.ipc, "6"));
 }
 
 TEST(IpcServe, DyingEndsTheLoopWithoutAnswering) {
@@ -162,18 +157,15 @@ TEST(IpcServe, DyingEndsTheLoopWithoutAnswering) {
 TEST(IpcServe, DelayComesBeforeEachAnswer) {
   EchoAndClient served(200);
   const Clock::time_point start = Clock::now();
-  ExpectEcho(served.ipc, 1);
-  ExpectEcho(served.ipc, 2);
+  EXPECT_EQ(1, Asked(served.ipc, "1"));
+  EXPECT_EQ(2, Asked(served.ipc, "2"));
   EXPECT_GE(MillisecondsSince(start), 400);
-  unsigned int count = 2;
-  EXPECT_FALSE(Count(served.ipc, "3", count, 50));  // gives up before the delay is over
-  EXPECT_EQ(2u, count);
+  EXPECT_EQ(-1, Asked(served.ipc, "3", 50));  // gives up before the delay is over
 }
 
 TEST(IpcServe, StopEndsTheLoopEvenDuringADelay) {
   EchoAndClient served(60000);
-  unsigned int count = 0;
-  EXPECT_FALSE(Count(served.ipc, "1", count, 100));
+  EXPECT_EQ(-1, Asked(served.ipc, "1", 100));
   const Clock::time_point start = Clock::now();
   EXPECT_EQ(ServeEnd::kStopped, served.daemon.Stop());
   EXPECT_LT(MillisecondsSince(start), 2000);
