@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 
 #include "recorder/host/ipc_client_fixture.h"
@@ -12,26 +13,22 @@ namespace {
 
 std::string Settings(uint32_t hours) { return SettingsAnswer({30, 60, hours}); }
 
+using Answers = std::vector<std::array<uint32_t, 3>>;  // pre, post, re-export
+
 // Asks the service in `dir` for the settings `times` times through one
 // endpoint that was never initialised, with a client of its own for every
 // request as the event table builds one per row: the configuration service is
 // reached all the same. The settings of each request.
-std::vector<VideoRecordingSettings> Ask(const std::string& dir, int times) {
+Answers Ask(const std::string& dir, int times) {
   AimedIpc aimed(dir);
-  std::vector<VideoRecordingSettings> answers(static_cast<size_t>(times));
-  for (VideoRecordingSettings& settings : answers) {
+  Answers answers;
+  for (int i = 0; i < times; ++i) {
     ConfigMPClient client(aimed.ipc, 5);
-    EXPECT_EQ(0, client.GetVideoRecordingSettings(settings));
+    VideoRecordingSettings s;
+    EXPECT_EQ(0, client.GetVideoRecordingSettings(s));
+    answers.push_back({s.preEventSeconds, s.postEventSeconds, s.reExportHours});
   }
   return answers;
-}
-
-std::vector<uint32_t> Hours(const std::string& dir, int times) {
-  std::vector<uint32_t> hours;
-  for (const VideoRecordingSettings& settings : Ask(dir, times)) {
-    hours.push_back(settings.reExportHours);
-  }
-  return hours;
 }
 
 // Expects the request to the service in `dir` to fail and leave the settings alone.
@@ -45,16 +42,13 @@ void ExpectRefused(const std::string& dir, int timeoutSeconds = 5) {
 
 TEST(ConfigMPClient, ReadsTheSettingsWithoutAnInitialisedEndpoint) {
   FakeDaemon daemon(kConfigMpName, FD::Answering(Settings(4294967295u)));
-  const VideoRecordingSettings settings = Ask(daemon.Dir(), 1)[0];
-  EXPECT_EQ(30u, settings.preEventSeconds);
-  EXPECT_EQ(60u, settings.postEventSeconds);
-  EXPECT_EQ(4294967295u, settings.reExportHours);
+  EXPECT_EQ((Answers{{30, 60, 4294967295u}}), Ask(daemon.Dir(), 1));
   EXPECT_EQ(std::vector<std::string>{SettingsRequest()}, daemon.Requests());
 }
 
 TEST(ConfigMPClient, RequestsShareTheConnectionTheEndpointKeeps) {
   FakeDaemon daemon(kConfigMpName, FD::Answering(Settings(1)));
-  EXPECT_EQ(std::vector<uint32_t>(3, 1), Hours(daemon.Dir(), 3));
+  EXPECT_EQ(Answers(3, {30, 60, 1}), Ask(daemon.Dir(), 3));
   EXPECT_EQ(3u, daemon.Requests().size());
   EXPECT_EQ(1, daemon.Connections());
 }
@@ -64,7 +58,7 @@ TEST(ConfigMPClient, ServiceThatHungUpIsReachedAfresh) {
     FD::Frame(fd, Settings(2));
     return FD::Then::kClose;
   });
-  EXPECT_EQ(std::vector<uint32_t>(3, 2), Hours(daemon.Dir(), 3));
+  EXPECT_EQ(Answers(3, {30, 60, 2}), Ask(daemon.Dir(), 3));
   EXPECT_EQ(3, daemon.Connections());
 }
 
@@ -77,7 +71,7 @@ TEST(ConfigMPClient, ServiceSayingMoreThanItWasAskedIsNotBelievedLater) {
     FD::Raw(fd, FrameHeader(first.size()) + first + FrameHeader(second.size()) + second);
     return FD::Then::kNext;
   });
-  EXPECT_EQ(std::vector<uint32_t>(2, 3), Hours(daemon.Dir(), 2));
+  EXPECT_EQ(Answers(2, {30, 60, 3}), Ask(daemon.Dir(), 2));
   EXPECT_EQ(2, daemon.Connections());
 }
 
