@@ -1,47 +1,43 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "store/event_state_names.h"
 #include "store/file_state_names.h"
 
 using namespace StreamMgrApi;
+using Names = std::vector<std::string>;
+
+// The texts `toText` gives for each of `values`.
+template <typename Enum>
+Names TextsOf(const char* (*toText)(Enum), const std::vector<uint32_t>& values) {
+  Names texts;
+  for (uint32_t value : values) texts.push_back(toText(static_cast<Enum>(value)));
+  return texts;
+}
 
 TEST(EventStateNames, KnownValuesAreTenCharactersWithTheirBlanks) {
-  EXPECT_STREQ("RecordCmpl", EventStateToStr(EventState(0)));
-  EXPECT_STREQ("Transfered", EventStateToStr(EventState(1)));
-  EXPECT_STREQ("Recording ", EventStateToStr(EventState(2)));
-  EXPECT_STREQ("InPost    ", EventStateToStr(EventState(3)));
-  EXPECT_STREQ("NotChecked", EventSplitStateToStr(SplitEventState(0)));
-  EXPECT_STREQ("NotNeeded ", EventSplitStateToStr(SplitEventState(1)));
-  EXPECT_STREQ("SplitPend ", EventSplitStateToStr(SplitEventState(2)));
-  EXPECT_STREQ("AlreadySpl", EventSplitStateToStr(SplitEventState(3)));
-  EXPECT_STREQ("ExportOnly", EventSplitStateToStr(SplitEventState(4)));
-  EXPECT_EQ(10u, std::string(EventStateToStr(EventState(3))).size());
+  const Names states = {"RecordCmpl", "Transfered", "Recording ", "InPost    "};
+  const Names splits = {"NotChecked", "NotNeeded ", "SplitPend ", "AlreadySpl", "ExportOnly"};
+  EXPECT_EQ(states, TextsOf(EventStateToStr, {0, 1, 2, 3}));
+  EXPECT_EQ(splits, TextsOf(EventSplitStateToStr, {0, 1, 2, 3, 4}));
+  for (const std::string& text : states) EXPECT_EQ(10u, text.size());
 }
 
 TEST(EventStateNames, OtherValuesAreInvalid) {
-  EXPECT_STREQ("Invalid", EventStateToStr(EventState(4)));
-  EXPECT_STREQ("Invalid", EventStateToStr(EventState(4294967295u)));
-  EXPECT_STREQ("Invalid", EventSplitStateToStr(SplitEventState(5)));
-  EXPECT_STREQ("Invalid", EventSplitStateToStr(SplitEventState(4294967295u)));
+  EXPECT_EQ(Names(2, "Invalid"), TextsOf(EventStateToStr, {4, 4294967295u}));
+  EXPECT_EQ(Names(2, "Invalid"), TextsOf(EventSplitStateToStr, {5, 4294967295u}));
 }
 
 TEST(FileStateNames, KnownValues) {
-  EXPECT_STREQ("Free    ", FileStateToStr(StreamFileState(0)));
-  EXPECT_EQ(8u, std::string(FileStateToStr(StreamFileState(0))).size());
-  EXPECT_STREQ("Allocatd", FileStateToStr(StreamFileState(1)));
-  EXPECT_STREQ("UsedFree", FileStateToStr(StreamFileState(2)));
-  EXPECT_STREQ("UsedKeep", FileStateToStr(StreamFileState(3)));
-  EXPECT_STREQ("Init", FileTypeToStr(StreamFileType(0)));
-  EXPECT_STREQ("Norm", FileTypeToStr(StreamFileType(1)));
-  EXPECT_STREQ("Bkgd", FileTypeToStr(StreamFileType(2)));
-  EXPECT_STREQ("Wiped", FileTypeToStr(StreamFileType(3)));
+  const Names states = {"Free    ", "Allocatd", "UsedFree", "UsedKeep"};
+  EXPECT_EQ(states, TextsOf(FileStateToStr, {0, 1, 2, 3}));
+  EXPECT_EQ(8u, states[0].size());
+  EXPECT_EQ((Names{"Init", "Norm", "Bkgd", "Wiped"}), TextsOf(FileTypeToStr, {0, 1, 2, 3}));
 }
 
 TEST(FileStateNames, OtherValuesAreInvalid) {
-  EXPECT_STREQ("Invalid", FileStateToStr(StreamFileState(4)));
-  EXPECT_STREQ("Invalid", FileStateToStr(StreamFileState(4294967295u)));
-  EXPECT_STREQ("Invalid", FileTypeToStr(static_cast<StreamFileType>(-1)));
-  EXPECT_STREQ("Invalid", FileTypeToStr(StreamFileType(4)));
+  EXPECT_EQ(Names(2, "Invalid"), TextsOf(FileStateToStr, {4, 4294967295u}));
+  EXPECT_EQ(Names(2, "Invalid"), TextsOf(FileTypeToStr, {4294967295u, 4}));
 }

@@ -17,30 +17,24 @@ std::string Strftime(time_t seconds, const char* format) {
   return std::string(text, std::strftime(text, sizeof text, format, local));
 }
 
-std::string DateTime(time_t seconds) {
+// What `write` writes for `seconds`, checked to end where its length says.
+std::string Written(size_t (*write)(time_t, char (&)[kTimeTextBytes]), time_t seconds) {
   char text[kTimeTextBytes];
-  const size_t length = DateTimeText(seconds, text);
+  const size_t length = write(seconds, text);
   EXPECT_EQ(std::string(text), std::string(text, length));
   return std::string(text, length);
 }
 
-std::string Clock(time_t seconds) {
-  char text[kTimeTextBytes];
-  const size_t length = ClockText(seconds, text);
-  EXPECT_EQ(std::string(text), std::string(text, length));
-  return std::string(text, length);
-}
+std::string DateTime(time_t seconds) { return Written(DateTimeText, seconds); }
+std::string Clock(time_t seconds) { return Written(ClockText, seconds); }
 
+// Each test may set TZ; the zone of the run comes back after it.
 class TimeTextTest : public ::testing::Test {
- protected:
-  static void Zone(const char* zone) { TimeZone::Set(zone); }
-
- private:
   TimeZone restored_;
 };
 
 TEST_F(TimeTextTest, KnownTimesInUtc) {
-  Zone("UTC");
+  TimeZone::Set("UTC");
   EXPECT_EQ(DateTime(1704164645), "01/02/24 03:04:05");
   EXPECT_EQ(Clock(1704164645), "03:04:05");
   EXPECT_EQ(DateTime(0), "01/01/70 00:00:00");
@@ -55,7 +49,7 @@ TEST_F(TimeTextTest, KnownTimesInUtc) {
 TEST_F(TimeTextTest, SameTextsAsStrftimeInSeveralZones) {
   for (const char* zone :
        {"UTC", "EST5EDT,M3.2.0,M11.1.0", "<+1345>-13:45", "NZST-12NZDT,M9.5.0,M4.1.0/3"}) {
-    Zone(zone);
+    TimeZone::Set(zone);
     for (int64_t seconds = INT32_MIN; seconds <= UINT32_MAX; seconds += 86399 * 7 + 3607) {
       const time_t time = static_cast<time_t>(seconds);
       ASSERT_EQ(DateTime(time), Strftime(time, "%x %X")) << zone << " " << seconds;
@@ -65,7 +59,7 @@ TEST_F(TimeTextTest, SameTextsAsStrftimeInSeveralZones) {
 }
 
 TEST_F(TimeTextTest, TimeWithoutLocalTimeIsEmpty) {
-  Zone("UTC");
+  TimeZone::Set("UTC");
   const time_t far = static_cast<time_t>(INT64_MAX);
   char text[kTimeTextBytes];
   EXPECT_EQ(DateTimeText(far, text), 0u);

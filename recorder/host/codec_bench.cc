@@ -58,6 +58,11 @@ std::vector<EventRecordItem> EventPage(int page) {
 }
 
 // The JSON alternative: each record an array of its members in order.
+template <typename... Values>
+json Array(const Values&... values) {
+  return json::array({json(values)...});
+}
+
 json FileToJson(const StreamfileRecordItem& f) {
   return json::array({f.number.GetValue(), f.stream.GetValue(), static_cast<uint32_t>(f.state),
                       f.startTick.GetValue(), f.stopTick.GetValue(), f.startTime.GetValue(),
@@ -98,35 +103,20 @@ json EventToJson(const EventRecordItem& e) {
   }
   const Officer& o = e.officer;
   const Preferences& p = o.preferences;
-  return json::array(
-      {e.reid.GetValue(),
-       static_cast<uint32_t>(e.state),
-       static_cast<uint32_t>(e.splitState),
-       e.streamState.GetValue(),
-       e.locked.GetValue(),
-       e.confirmed.GetValue(),
-       static_cast<uint32_t>(e.crCode1),
-       static_cast<uint32_t>(e.crCode2),
-       e.startTick.GetValue(),
-       e.startTime.GetValue(),
-       e.exportTime.GetValue(),
-       e.stopTick.GetValue(),
-       e.stopTime.GetValue(),
-       e.description.GetValue(),
-       json::array({o.id.GetValue(), o.name.GetValue(), o.badge.GetValue(), o.supervisor.GetValue(),
-                    o.password.GetValue(),
-                    json::array({p.camera.GetValue(), p.display.GetValue(), p.audio.GetValue(),
-                                 p.microphone.GetValue(), p.screenSaver.GetValue()}),
-                    o.language.GetValue(), o.unit.GetValue()}),
-       e.category.GetValue(),
-       e.vehicle.name.GetValue(),
-       e.flagged.GetValue(),
-       e.background.GetValue(),
-       e.totalFiles.GetValue(),
-       e.groupId.GetValue(),
-       e.part.GetValue(),
-       e.totalParts.GetValue(),
-       answers});
+  const json officer =
+      json::array({o.id.GetValue(), o.name.GetValue(), o.badge.GetValue(), o.supervisor.GetValue(),
+                   o.password.GetValue(),
+                   json::array({p.camera.GetValue(), p.display.GetValue(), p.audio.GetValue(),
+                                p.microphone.GetValue(), p.screenSaver.GetValue()}),
+                   o.language.GetValue(), o.unit.GetValue()});
+  return Array(e.reid.GetValue(), static_cast<uint32_t>(e.state),
+               static_cast<uint32_t>(e.splitState), e.streamState.GetValue(), e.locked.GetValue(),
+               e.confirmed.GetValue(), static_cast<uint32_t>(e.crCode1),
+               static_cast<uint32_t>(e.crCode2), e.startTick.GetValue(), e.startTime.GetValue(),
+               e.exportTime.GetValue(), e.stopTick.GetValue(), e.stopTime.GetValue(),
+               e.description.GetValue(), officer, e.category.GetValue(), e.vehicle.name.GetValue(),
+               e.flagged.GetValue(), e.background.GetValue(), e.totalFiles.GetValue(),
+               e.groupId.GetValue(), e.part.GetValue(), e.totalParts.GetValue(), answers);
 }
 
 // Reads back the members db uses and checks the shape of the rest, as a
@@ -194,6 +184,22 @@ void Time(const char* name, int pages, Run run) {
       pages, cpu, wall, cpu / pages, bytes / static_cast<size_t>(pages), ok ? "" : "  FAILED");
 }
 
+// Times the binary encoding of `pages`, then the JSON one.
+template <typename Record, typename Answer, typename Decode, typename ToJson, typename FromJson>
+void Compare(const std::string& kind, const std::vector<std::vector<Record>>& pages, Answer answer,
+             Decode decode, ToJson toJson, FromJson fromJson) {
+  const int count = static_cast<int>(pages.size());
+  Time((kind + " binary").c_str(), count, [&](int page, size_t& bytes) {
+    const std::string body = answer(pages[static_cast<size_t>(page)]);
+    bytes += body.size();
+    std::vector<Record> decoded;
+    return decode(body, decoded) && decoded.size() == kPageRecords;
+  });
+  Time((kind + " json").c_str(), count, [&](int page, size_t& bytes) {
+    return JsonRoundTrip(pages[static_cast<size_t>(page)], toJson, fromJson, bytes);
+  });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -205,23 +211,9 @@ int main(int argc, char** argv) {
     files.push_back(FilePage(page));
     events.push_back(EventPage(page));
   }
-  Time("files binary", pages, [&](int page, size_t& bytes) {
-    const std::string body = HostIpc::FilesAnswer(files[static_cast<size_t>(page)]);
-    bytes += body.size();
-    std::vector<StreamfileRecordItem> decoded;
-    return HostIpc::DecodeFilesAnswer(body, decoded) && decoded.size() == kPageRecords;
-  });
-  Time("files json", pages, [&](int page, size_t& bytes) {
-    return JsonRoundTrip(files[static_cast<size_t>(page)], FileToJson, FileFromJson, bytes);
-  });
-  Time("events binary", pages, [&](int page, size_t& bytes) {
-    const std::string body = HostIpc::EventsAnswer(events[static_cast<size_t>(page)]);
-    bytes += body.size();
-    std::vector<EventRecordItem> decoded;
-    return HostIpc::DecodeEventsAnswer(body, decoded) && decoded.size() == kPageRecords;
-  });
-  Time("events json", pages, [&](int page, size_t& bytes) {
-    return JsonRoundTrip(events[static_cast<size_t>(page)], EventToJson, EventFromJson, bytes);
-  });
+  Compare("files", files, HostIpc::FilesAnswer, HostIpc::DecodeFilesAnswer, FileToJson,
+          FileFromJson);
+  Compare("events", events, HostIpc::EventsAnswer, HostIpc::DecodeEventsAnswer, EventToJson,
+          EventFromJson);
   return 0;
 }

@@ -14,10 +14,7 @@
 namespace HostIpc {
 
 FakeDaemon::FakeDaemon(const char* name, Script script) : script_(std::move(script)) {
-  char pattern[] = "/tmp/fake-daemon-XXXXXX";
-  const char* made = mkdtemp(pattern);
-  dir_ = made == nullptr ? "" : made;
-  listenFd_ = CreateEndpoint(EndpointPath(dir_, name));
+  listenFd_ = CreateEndpoint(EndpointPath(Dir(), name));
   if (pipe2(stop_, O_CLOEXEC) != 0) stop_[0] = stop_[1] = -1;
   thread_ = std::thread([this] { Run(); });
 }
@@ -28,7 +25,6 @@ FakeDaemon::~FakeDaemon() {
   close(stop_[0]);
   close(stop_[1]);
   close(listenFd_);
-  std::system(("rm -rf '" + dir_ + "'").c_str());
 }
 
 std::vector<std::string> FakeDaemon::Requests() const {
@@ -47,6 +43,28 @@ void FakeDaemon::Raw(int fd, const std::string& bytes) {
 
 void FakeDaemon::Frame(int fd, const std::string& body) {
   Raw(fd, FrameHeader(body.size()) + body);
+}
+
+FakeDaemon::Script FakeDaemon::Answering(const std::string& body) {
+  return [body](int fd, const std::string&) {
+    Frame(fd, body);
+    return Then::kNext;
+  };
+}
+
+FakeDaemon::Script FakeDaemon::Sending(const std::string& bytes, Then then) {
+  return [bytes, then](int fd, const std::string&) {
+    Raw(fd, bytes);
+    return then;
+  };
+}
+
+FakeDaemon::Script FakeDaemon::Holding() {
+  return [](int, const std::string&) { return Then::kHold; };
+}
+
+FakeDaemon::Script FakeDaemon::HangingUp() {
+  return [](int, const std::string&) { return Then::kClose; };
 }
 
 // Waits up to `timeoutMs` (forever when negative) for `fd` or the stop pipe;

@@ -12,6 +12,8 @@
 #include <thread>
 #include <vector>
 
+#include "testing/scratch_dir.h"
+
 namespace HostIpc {
 
 class FakeDaemon {
@@ -29,7 +31,7 @@ class FakeDaemon {
   FakeDaemon(const FakeDaemon&) = delete;
   FakeDaemon& operator=(const FakeDaemon&) = delete;
 
-  const std::string& Dir() const { return dir_; }
+  const std::string& Dir() const { return dir_.Path(); }
   std::vector<std::string> Requests() const;
   int Connections() const { return connections_; }
 
@@ -37,11 +39,18 @@ class FakeDaemon {
   static void Raw(int fd, const std::string& bytes);
   static void Frame(int fd, const std::string& body);
 
+  // Scripts for every request: answer `body`; send `bytes` as they are and
+  // then do `then`; answer nothing and keep the connection; hang up.
+  static Script Answering(const std::string& body);
+  static Script Sending(const std::string& bytes, Then then = Then::kHold);
+  static Script Holding();
+  static Script HangingUp();
+
  private:
   void Run();
   bool Stopping(int fd, int timeoutMs) const;
 
-  std::string dir_;
+  ScratchDir dir_{"fake-daemon"};
   Script script_;
   int listenFd_ = -1;
   int stop_[2] = {-1, -1};

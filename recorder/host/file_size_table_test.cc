@@ -3,40 +3,39 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <vector>
 
 namespace {
 
-TEST(FileSizeTable, FindsWhatWasSetAndNothingElse) {
+// The sizes `table` holds for `numbers`, -1 where it holds none (and then
+// leaves the size alone).
+std::vector<int64_t> Sizes(const FileSizeTable& table, const std::vector<int>& numbers) {
+  std::vector<int64_t> sizes;
+  for (int number : numbers) {
+    uint32_t size = 7;
+    const bool found = table.Find(number, size);
+    EXPECT_TRUE(found || size == 7) << number;
+    sizes.push_back(found ? int64_t{size} : -1);
+  }
+  return sizes;
+}
+
+// A table with `size` set for each number in turn.
+FileSizeTable Table(const std::vector<std::pair<int, uint32_t>>& sizes) {
   FileSizeTable table;
-  table.Set(1, 98566144);
-  table.Set(2, 0);
-  table.Set(3, 4294967295u);
-  uint32_t size = 7;
-  EXPECT_TRUE(table.Find(1, size));
-  EXPECT_EQ(size, 98566144u);
-  EXPECT_TRUE(table.Find(2, size));
-  EXPECT_EQ(size, 0u);
-  EXPECT_TRUE(table.Find(3, size));
-  EXPECT_EQ(size, 4294967295u);
-  size = 7;
-  EXPECT_FALSE(table.Find(0, size));
-  EXPECT_FALSE(table.Find(4, size));
-  EXPECT_FALSE(table.Find(-1, size));
-  EXPECT_FALSE(table.Find(INT_MAX, size));
-  EXPECT_EQ(size, 7u);
+  for (const auto& [number, size] : sizes) table.Set(number, size);
+  return table;
+}
+
+TEST(FileSizeTable, FindsWhatWasSetAndNothingElse) {
+  const FileSizeTable table = Table({{1, 98566144}, {2, 0}, {3, 4294967295u}});
+  EXPECT_EQ((std::vector<int64_t>{98566144, 0, 4294967295, -1, -1, -1, -1}),
+            Sizes(table, {1, 2, 3, 0, 4, -1, INT_MAX}));
 }
 
 TEST(FileSizeTable, LaterSizeReplacesEarlierOne) {
-  FileSizeTable table;
-  table.Set(5, 10);
-  table.Set(5, 20);
-  table.Set(-5, 30);
-  table.Set(-5, 40);
-  uint32_t size = 0;
-  EXPECT_TRUE(table.Find(5, size));
-  EXPECT_EQ(size, 20u);
-  EXPECT_TRUE(table.Find(-5, size));
-  EXPECT_EQ(size, 40u);
+  const FileSizeTable table = Table({{5, 10}, {5, 20}, {-5, 30}, {-5, 40}});
+  EXPECT_EQ((std::vector<int64_t>{20, 40}), Sizes(table, {5, -5}));
 }
 
 TEST(FileSizeTable, DenseNumbersTakeSlotsOnly) {
@@ -47,31 +46,15 @@ TEST(FileSizeTable, DenseNumbersTakeSlotsOnly) {
   EXPECT_GE(table.SlotCount(), 200001u);
   EXPECT_LT(table.SlotCount(), 202000u);
   EXPECT_EQ(table.MapCount(), 0u);
-  uint32_t size = 0;
-  EXPECT_TRUE(table.Find(123457, size));
-  EXPECT_EQ(size, 123457u * 3);
+  EXPECT_EQ(std::vector<int64_t>{123457 * 3}, Sizes(table, {123457}));
 }
 
 TEST(FileSizeTable, NegativeAndFarNumbersFallBackToTheMap) {
-  FileSizeTable table;
-  table.Set(INT_MIN, 1);
-  table.Set(-1, 2);
-  table.Set(INT_MAX, 3);
-  table.Set(2000000000, 4);
-  table.Set(1, 5);
+  const FileSizeTable table = Table({{INT_MIN, 1}, {-1, 2}, {INT_MAX, 3}, {2000000000, 4}, {1, 5}});
   EXPECT_EQ(table.MapCount(), 4u);
   EXPECT_LE(table.SlotCount(), 1024u);
-  uint32_t size = 0;
-  EXPECT_TRUE(table.Find(INT_MIN, size));
-  EXPECT_EQ(size, 1u);
-  EXPECT_TRUE(table.Find(-1, size));
-  EXPECT_EQ(size, 2u);
-  EXPECT_TRUE(table.Find(INT_MAX, size));
-  EXPECT_EQ(size, 3u);
-  EXPECT_TRUE(table.Find(2000000000, size));
-  EXPECT_EQ(size, 4u);
-  EXPECT_TRUE(table.Find(1, size));
-  EXPECT_EQ(size, 5u);
+  EXPECT_EQ((std::vector<int64_t>{1, 2, 3, 4, 5}),
+            Sizes(table, {INT_MIN, -1, INT_MAX, 2000000000, 1}));
 }
 
 // A number first kept in the map, because the slots did not reach it yet,
@@ -84,25 +67,22 @@ TEST(FileSizeTable, NumberReachedLaterBySlotsKeepsItsSize) {
     if (number != 10000) table.Set(number, 1);
   }
   EXPECT_GT(table.SlotCount(), 10000u);
-  uint32_t size = 0;
-  EXPECT_TRUE(table.Find(10000, size));
-  EXPECT_EQ(size, 77u);
+  EXPECT_EQ(std::vector<int64_t>{77}, Sizes(table, {10000}));
   table.Set(10000, 88);
   EXPECT_EQ(table.MapCount(), 0u);
-  EXPECT_TRUE(table.Find(10000, size));
-  EXPECT_EQ(size, 88u);
+  EXPECT_EQ(std::vector<int64_t>{88}, Sizes(table, {10000}));
 }
 
 TEST(FileSizeTable, NumbersInAnyOrderAreAllFound) {
   FileSizeTable table;
+  std::vector<int> numbers;
+  std::vector<int64_t> sizes;
   for (int number = 30000; number >= -10; --number) {
     table.Set(number, static_cast<uint32_t>(number + 100));
+    numbers.push_back(number);
+    sizes.push_back(number + 100);
   }
-  for (int number = -10; number <= 30000; ++number) {
-    uint32_t size = 0;
-    ASSERT_TRUE(table.Find(number, size)) << number;
-    EXPECT_EQ(size, static_cast<uint32_t>(number + 100));
-  }
+  EXPECT_EQ(sizes, Sizes(table, numbers));
 }
 
 }  // namespace

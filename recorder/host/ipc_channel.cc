@@ -53,16 +53,20 @@ bool WaitFor(int fd, short events, Clock::time_point deadline) {
   }
 }
 
-bool SendAll(int fd, const char* data, size_t size, Clock::time_point deadline) {
+// Moves `size` bytes, `transfer` moving as many of the bytes left as it can
+// at a time and saying how many it moved; waits for `events` whenever the
+// socket is not ready. False on time-out, a peer that closed the connection
+// mid-frame, or an error.
+template <typename Transfer>
+bool TransferAll(int fd, size_t size, short events, Clock::time_point deadline, Transfer transfer) {
   while (size > 0) {
-    const ssize_t sent = send(fd, data, size, MSG_NOSIGNAL);
-    if (sent > 0) {
-      data += sent;
-      size -= static_cast<size_t>(sent);
-    } else if (sent < 0 && errno == EINTR) {
+    const ssize_t moved = transfer(size);
+    if (moved > 0) {
+      size -= static_cast<size_t>(moved);
+    } else if (moved < 0 && errno == EINTR) {
       continue;
-    } else if (sent < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
-      if (!WaitFor(fd, POLLOUT, deadline)) return false;
+    } else if (moved < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+      if (!WaitFor(fd, events, deadline)) return false;
     } else {
       return false;
     }
@@ -70,23 +74,22 @@ bool SendAll(int fd, const char* data, size_t size, Clock::time_point deadline) 
   return true;
 }
 
+bool SendAll(int fd, const char* data, size_t size, Clock::time_point deadline) {
+  return TransferAll(fd, size, POLLOUT, deadline, [&](size_t left) {
+    const ssize_t sent = send(fd, data, left, MSG_NOSIGNAL);
+    if (sent > 0) data += sent;
+    return sent;
+  });
+}
+
 // Appends exactly `size` bytes read from `fd` to `out`.
 bool ReceiveAll(int fd, std::string& out, size_t size, Clock::time_point deadline) {
   char buffer[65536];
-  while (size > 0) {
-    const ssize_t got = recv(fd, buffer, size < sizeof buffer ? size : sizeof buffer, 0);
-    if (got > 0) {
-      out.append(buffer, static_cast<size_t>(got));
-      size -= static_cast<size_t>(got);
-    } else if (got < 0 && errno == EINTR) {
-      continue;
-    } else if (got < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
-      if (!WaitFor(fd, POLLIN, deadline)) return false;
-    } else {
-      return false;  // the peer closed the connection mid-frame, or an error
-    }
-  }
-  return true;
+  return TransferAll(fd, size, POLLIN, deadline, [&](size_t left) {
+    const ssize_t got = recv(fd, buffer, left < sizeof buffer ? left : sizeof buffer, 0);
+    if (got > 0) out.append(buffer, static_cast<size_t>(got));
+    return got;
+  });
 }
 
 }  // namespace

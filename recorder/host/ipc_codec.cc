@@ -173,28 +173,40 @@ bool DecodeFile(WireReader& r, StreamfileRecordItem& f) {
                 f.previous, f.next, f.size, f.type);
 }
 
-std::string TextRequest(Kind kind, const std::string& text) {
+namespace {
+
+// The version and kind every message starts with.
+WireWriter Header(Kind kind) {
   WireWriter writer;
   writer.U8(kVersion);
   writer.U8(kind);
-  writer.String(text);
+  return writer;
+}
+
+WireWriter AnswerHeader(Kind kind, Status status) {
+  WireWriter writer = Header(kind);
+  writer.U8(status);
+  return writer;
+}
+
+// The message begun in `writer`, ended with one value that `put` writes.
+template <typename Put, typename Value>
+std::string EndedWith(WireWriter writer, Put put, const Value& value) {
+  (writer.*put)(value);
   return writer.Bytes();
+}
+
+}  // namespace
+
+std::string TextRequest(Kind kind, const std::string& text) {
+  return EndedWith(Header(kind), &WireWriter::String, text);
 }
 
 std::string LiveSizeRequest(uint32_t number) {
-  WireWriter writer;
-  writer.U8(kVersion);
-  writer.U8(kLiveSize);
-  writer.U32(number);
-  return writer.Bytes();
+  return EndedWith(Header(kLiveSize), &WireWriter::U32, number);
 }
 
-std::string SettingsRequest() {
-  WireWriter writer;
-  writer.U8(kVersion);
-  writer.U8(kSettings);
-  return writer.Bytes();
-}
+std::string SettingsRequest() { return Header(kSettings).Bytes(); }
 
 bool ReadRequestHeader(WireReader& reader, Kind& kind) {
   uint8_t version = 0, byte = 0;
@@ -206,21 +218,9 @@ bool ReadRequestHeader(WireReader& reader, Kind& kind) {
   return true;
 }
 
-WireWriter StartAnswer(Kind kind) {
-  WireWriter writer;
-  writer.U8(kVersion);
-  writer.U8(kind);
-  writer.U8(kOk);
-  return writer;
-}
+WireWriter StartAnswer(Kind kind) { return AnswerHeader(kind, kOk); }
 
-std::string FailedAnswer(Kind kind) {
-  WireWriter writer;
-  writer.U8(kVersion);
-  writer.U8(kind);
-  writer.U8(kFailed);
-  return writer.Bytes();
-}
+std::string FailedAnswer(Kind kind) { return AnswerHeader(kind, kFailed).Bytes(); }
 
 std::string EventsAnswer(const std::vector<EventRecordItem>& events) {
   return ListAnswer(kEvents, events, EncodeEvent);
@@ -231,21 +231,15 @@ std::string FilesAnswer(const std::vector<StreamfileRecordItem>& files) {
 }
 
 std::string CountAnswer(uint32_t count) {
-  WireWriter writer = StartAnswer(kCount);
-  writer.U32(count);
-  return writer.Bytes();
+  return EndedWith(StartAnswer(kCount), &WireWriter::U32, count);
 }
 
 std::string DeleteAnswer(bool deleted) {
-  WireWriter writer = StartAnswer(kDelete);
-  writer.Bool(deleted);
-  return writer.Bytes();
+  return EndedWith(StartAnswer(kDelete), &WireWriter::Bool, deleted);
 }
 
 std::string LiveSizeAnswer(uint32_t size) {
-  WireWriter writer = StartAnswer(kLiveSize);
-  writer.U32(size);
-  return writer.Bytes();
+  return EndedWith(StartAnswer(kLiveSize), &WireWriter::U32, size);
 }
 
 std::string SettingsAnswer(const VideoRecordingSettings& settings) {

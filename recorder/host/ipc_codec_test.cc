@@ -2,21 +2,22 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace HostIpc {
 namespace {
 
 using StreamMgrApi::EventRecordItem;
 using StreamMgrApi::StreamfileRecordItem;
+using namespace std::string_literals;
 
-// An event whose every member differs from its default and from the others.
+// An event whose every member differs from its default.
 EventRecordItem FullEvent(const std::string& reid) {
   EventRecordItem e;
   e.reid = reid;
   e.state = StreamMgrApi::EVENT_IN_POST;
   e.splitState = static_cast<StreamMgrApi::SplitEventState>(4294967295u);
-  e.streamState = true;
-  e.locked = true;
-  e.confirmed = true;
+  e.streamState = e.locked = e.confirmed = e.flagged = e.background = true;
   e.crCode1 = StreamMgrApi::CR_CODE_K;
   e.crCode2 = StreamMgrApi::CR_CODE_A;
   e.startTick = 4000000000u;
@@ -24,78 +25,49 @@ EventRecordItem FullEvent(const std::string& reid) {
   e.exportTime = 2147483647;
   e.stopTick = 12;
   e.stopTime = -2147483647 - 1;
-  e.description = std::string("descr\0iption", 12);
-  e.officer.id = 13;
-  e.officer.name = std::string("name");
-  e.officer.badge = std::string("badge");
-  e.officer.supervisor = true;
-  e.officer.password = std::string("pw");
-  e.officer.preferences.camera = 14;
-  e.officer.preferences.display = 15;
-  e.officer.preferences.audio = true;
-  e.officer.preferences.microphone = true;
-  e.officer.preferences.screenSaver = 16;
-  e.officer.language = 65535;
-  e.officer.unit = std::string("unit");
-  e.category = std::string("category");
-  e.vehicle.name = std::string("vehicle \xc3\xa9");
-  e.flagged = true;
-  e.background = true;
+  e.description = "descr\0iption"s;
+  Officer& o = e.officer;
+  o.id = 13;
+  o.name = "name"s;
+  o.badge = "badge"s;
+  o.supervisor = o.preferences.audio = o.preferences.microphone = true;
+  o.password = "pw"s;
+  o.preferences.camera = 14;
+  o.preferences.display = 15;
+  o.preferences.screenSaver = 16;
+  o.language = 65535;
+  o.unit = "unit"s;
+  e.category = "category"s;
+  e.vehicle.name = "vehicle \xc3\xa9"s;
   e.totalFiles = 17;
-  e.groupId = std::string("group");
+  e.groupId = "group"s;
   e.part = 18;
   e.totalParts = 19;
-  StreamMgrApi::EventAnswerItem first, second;
-  first.question = std::string("Q1");
-  first.answer = std::string("A1");
-  second.question = std::string("");
-  second.answer = std::string("A2");
-  e.answers.entries = {first, second};
+  e.answers.entries.resize(2);
+  e.answers.entries[0].question = "Q1"s;
+  e.answers.entries[0].answer = "A1"s;
+  e.answers.entries[1].answer = "A2"s;
   return e;
 }
 
-void ExpectSameEvent(const EventRecordItem& a, const EventRecordItem& b) {
-  EXPECT_EQ(a.reid.GetValue(), b.reid.GetValue());
-  EXPECT_EQ(a.state, b.state);
-  EXPECT_EQ(a.splitState, b.splitState);
-  EXPECT_EQ(a.streamState.GetValue(), b.streamState.GetValue());
-  EXPECT_EQ(a.locked.GetValue(), b.locked.GetValue());
-  EXPECT_EQ(a.confirmed.GetValue(), b.confirmed.GetValue());
-  EXPECT_EQ(a.crCode1, b.crCode1);
-  EXPECT_EQ(a.crCode2, b.crCode2);
-  EXPECT_EQ(a.startTick.GetValue(), b.startTick.GetValue());
-  EXPECT_EQ(a.startTime.GetValue(), b.startTime.GetValue());
-  EXPECT_EQ(a.exportTime.GetValue(), b.exportTime.GetValue());
-  EXPECT_EQ(a.stopTick.GetValue(), b.stopTick.GetValue());
-  EXPECT_EQ(a.stopTime.GetValue(), b.stopTime.GetValue());
-  EXPECT_EQ(a.description.GetValue(), b.description.GetValue());
-  EXPECT_EQ(a.officer.id.GetValue(), b.officer.id.GetValue());
-  EXPECT_EQ(a.officer.name.GetValue(), b.officer.name.GetValue());
-  EXPECT_EQ(a.officer.badge.GetValue(), b.officer.badge.GetValue());
-  EXPECT_EQ(a.officer.supervisor.GetValue(), b.officer.supervisor.GetValue());
-  EXPECT_EQ(a.officer.password.GetValue(), b.officer.password.GetValue());
-  EXPECT_EQ(a.officer.preferences.camera.GetValue(), b.officer.preferences.camera.GetValue());
-  EXPECT_EQ(a.officer.preferences.display.GetValue(), b.officer.preferences.display.GetValue());
-  EXPECT_EQ(a.officer.preferences.audio.GetValue(), b.officer.preferences.audio.GetValue());
-  EXPECT_EQ(a.officer.preferences.microphone.GetValue(),
-            b.officer.preferences.microphone.GetValue());
-  EXPECT_EQ(a.officer.preferences.screenSaver.GetValue(),
-            b.officer.preferences.screenSaver.GetValue());
-  EXPECT_EQ(a.officer.language.GetValue(), b.officer.language.GetValue());
-  EXPECT_EQ(a.officer.unit.GetValue(), b.officer.unit.GetValue());
-  EXPECT_EQ(a.category.GetValue(), b.category.GetValue());
-  EXPECT_EQ(a.vehicle.name.GetValue(), b.vehicle.name.GetValue());
-  EXPECT_EQ(a.flagged.GetValue(), b.flagged.GetValue());
-  EXPECT_EQ(a.background.GetValue(), b.background.GetValue());
-  EXPECT_EQ(a.totalFiles.GetValue(), b.totalFiles.GetValue());
-  EXPECT_EQ(a.groupId.GetValue(), b.groupId.GetValue());
-  EXPECT_EQ(a.part.GetValue(), b.part.GetValue());
-  EXPECT_EQ(a.totalParts.GetValue(), b.totalParts.GetValue());
-  ASSERT_EQ(a.answers.entries.size(), b.answers.entries.size());
-  for (size_t i = 0; i < a.answers.entries.size(); ++i) {
-    EXPECT_EQ(a.answers.entries[i].question.GetValue(), b.answers.entries[i].question.GetValue());
-    EXPECT_EQ(a.answers.entries[i].answer.GetValue(), b.answers.entries[i].answer.GetValue());
+// Every member of an event, in the order of the encoding, as one value.
+auto Members(const EventRecordItem& e) {
+  const Officer& o = e.officer;
+  const Preferences& p = o.preferences;
+  std::vector<std::pair<std::string, std::string>> answers;
+  for (const StreamMgrApi::EventAnswerItem& a : e.answers.entries) {
+    answers.emplace_back(a.question.GetValue(), a.answer.GetValue());
   }
+  return std::make_tuple(
+      e.reid.GetValue(), e.state, e.splitState, e.streamState.GetValue(), e.locked.GetValue(),
+      e.confirmed.GetValue(), e.crCode1, e.crCode2, e.startTick.GetValue(), e.startTime.GetValue(),
+      e.exportTime.GetValue(), e.stopTick.GetValue(), e.stopTime.GetValue(),
+      e.description.GetValue(), o.id.GetValue(), o.name.GetValue(), o.badge.GetValue(),
+      o.supervisor.GetValue(), o.password.GetValue(), p.camera.GetValue(), p.display.GetValue(),
+      p.audio.GetValue(), p.microphone.GetValue(), p.screenSaver.GetValue(), o.language.GetValue(),
+      o.unit.GetValue(), e.category.GetValue(), e.vehicle.name.GetValue(), e.flagged.GetValue(),
+      e.background.GetValue(), e.totalFiles.GetValue(), e.groupId.GetValue(), e.part.GetValue(),
+      e.totalParts.GetValue(), answers);
 }
 
 StreamfileRecordItem FullFile(uint32_t number) {
@@ -114,267 +86,197 @@ StreamfileRecordItem FullFile(uint32_t number) {
   return f;
 }
 
-void ExpectSameFile(const StreamfileRecordItem& a, const StreamfileRecordItem& b) {
-  EXPECT_EQ(a.number.GetValue(), b.number.GetValue());
-  EXPECT_EQ(a.stream.GetValue(), b.stream.GetValue());
-  EXPECT_EQ(a.state, b.state);
-  EXPECT_EQ(a.startTick.GetValue(), b.startTick.GetValue());
-  EXPECT_EQ(a.stopTick.GetValue(), b.stopTick.GetValue());
-  EXPECT_EQ(a.startTime.GetValue(), b.startTime.GetValue());
-  EXPECT_EQ(a.stopTime.GetValue(), b.stopTime.GetValue());
-  EXPECT_EQ(a.previous.GetValue(), b.previous.GetValue());
-  EXPECT_EQ(a.next.GetValue(), b.next.GetValue());
-  EXPECT_EQ(a.size.GetValue(), b.size.GetValue());
-  EXPECT_EQ(a.type, b.type);
+auto Members(const StreamfileRecordItem& f) {
+  return std::make_tuple(f.number.GetValue(), f.stream.GetValue(), f.state, f.startTick.GetValue(),
+                         f.stopTick.GetValue(), f.startTime.GetValue(), f.stopTime.GetValue(),
+                         f.previous.GetValue(), f.next.GetValue(), f.size.GetValue(), f.type);
+}
+
+// What `decode` makes of `body`, starting from `out`; the decoding must succeed.
+template <typename Out>
+Out Decoded(bool (*decode)(const std::string&, Out&), const std::string& body, Out out = Out()) {
+  EXPECT_TRUE(decode(body, out));
+  return out;
+}
+
+template <typename Record>
+void ExpectSameRecords(const std::vector<Record>& sent, const std::vector<Record>& received) {
+  ASSERT_EQ(sent.size(), received.size());
+  for (size_t i = 0; i < sent.size(); ++i) {
+    EXPECT_EQ(Members(sent[i]), Members(received[i])) << i;
+  }
 }
 
 TEST(IpcCodec, EventsAnswerCarriesEveryMemberInOrder) {
-  const std::vector<EventRecordItem> sent = {FullEvent("first"), EventRecordItem(),
-                                             FullEvent("third")};
-  std::vector<EventRecordItem> received;
-  ASSERT_TRUE(DecodeEventsAnswer(EventsAnswer(sent), received));
-  ASSERT_EQ(3u, received.size());
-  for (size_t i = 0; i < sent.size(); ++i) {
-    SCOPED_TRACE(i);
-    ExpectSameEvent(sent[i], received[i]);
-  }
+  const std::vector<EventRecordItem> sent = {FullEvent("first"), {}, FullEvent("third")};
+  ExpectSameRecords(sent, Decoded(DecodeEventsAnswer, EventsAnswer(sent)));
 }
 
 TEST(IpcCodec, FilesAnswerCarriesEveryMemberInOrder) {
-  const std::vector<StreamfileRecordItem> sent = {FullFile(1), StreamfileRecordItem(),
-                                                  FullFile(4294967295u)};
-  std::vector<StreamfileRecordItem> received;
-  ASSERT_TRUE(DecodeFilesAnswer(FilesAnswer(sent), received));
-  ASSERT_EQ(3u, received.size());
-  for (size_t i = 0; i < sent.size(); ++i) {
-    SCOPED_TRACE(i);
-    ExpectSameFile(sent[i], received[i]);
-  }
+  const std::vector<StreamfileRecordItem> sent = {FullFile(1), {}, FullFile(4294967295u)};
+  ExpectSameRecords(sent, Decoded(DecodeFilesAnswer, FilesAnswer(sent)));
 }
 
 TEST(IpcCodec, EmptyListsDecodeAsEmpty) {
-  std::vector<EventRecordItem> events = {EventRecordItem()};
-  ASSERT_TRUE(DecodeEventsAnswer(EventsAnswer({}), events));
-  EXPECT_TRUE(events.empty());
-  std::vector<StreamfileRecordItem> files = {StreamfileRecordItem()};
-  ASSERT_TRUE(DecodeFilesAnswer(FilesAnswer({}), files));
-  EXPECT_TRUE(files.empty());
+  EXPECT_TRUE(Decoded(DecodeEventsAnswer, EventsAnswer({}), {EventRecordItem()}).empty());
+  EXPECT_TRUE(Decoded(DecodeFilesAnswer, FilesAnswer({}), {StreamfileRecordItem()}).empty());
 }
 
 TEST(IpcCodec, OneValueAnswersRoundTrip) {
-  uint32_t count = 0, size = 0;
-  bool deleted = false;
-  VideoRecordingSettings settings;
-  EXPECT_TRUE(DecodeCountAnswer(CountAnswer(4294967295u), count));
-  EXPECT_EQ(4294967295u, count);
-  EXPECT_TRUE(DecodeDeleteAnswer(DeleteAnswer(true), deleted));
-  EXPECT_TRUE(deleted);
-  EXPECT_TRUE(DecodeDeleteAnswer(DeleteAnswer(false), deleted));
-  EXPECT_FALSE(deleted);
-  EXPECT_TRUE(DecodeLiveSizeAnswer(LiveSizeAnswer(123456789), size));
-  EXPECT_EQ(123456789u, size);
-  VideoRecordingSettings sent;
-  sent.preEventSeconds = 1;
-  sent.postEventSeconds = 2;
-  sent.reExportHours = 4294967295u;
-  ASSERT_TRUE(DecodeSettingsAnswer(SettingsAnswer(sent), settings));
-  EXPECT_EQ(1u, settings.preEventSeconds);
-  EXPECT_EQ(2u, settings.postEventSeconds);
-  EXPECT_EQ(4294967295u, settings.reExportHours);
+  EXPECT_EQ(4294967295u, Decoded(DecodeCountAnswer, CountAnswer(4294967295u)));
+  EXPECT_TRUE(Decoded(DecodeDeleteAnswer, DeleteAnswer(true), false));
+  EXPECT_FALSE(Decoded(DecodeDeleteAnswer, DeleteAnswer(false), true));
+  EXPECT_EQ(123456789u, Decoded(DecodeLiveSizeAnswer, LiveSizeAnswer(123456789)));
+  const VideoRecordingSettings s =
+      Decoded(DecodeSettingsAnswer, SettingsAnswer({1, 2, 4294967295u}));
+  EXPECT_EQ(std::make_tuple(1u, 2u, 4294967295u),
+            std::make_tuple(s.preEventSeconds, s.postEventSeconds, s.reExportHours));
+}
+
+// The kind a request announces, and the bytes after its header.
+std::pair<Kind, std::string> Parts(const std::string& request) {
+  WireReader reader(request);
+  Kind kind = kEvents;
+  EXPECT_TRUE(ReadRequestHeader(reader, kind));
+  return {kind, request.substr(request.size() - reader.Remaining())};
 }
 
 TEST(IpcCodec, RequestsCarryTheirKindAndText) {
+  WireWriter text, number;
+  text.String("select 1; drop table x");
+  number.U32(77);
   for (Kind kind : {kEvents, kFiles, kCount, kDelete}) {
-    const std::string request = TextRequest(kind, "select 1; drop table x");
-    WireReader reader(request);
-    Kind read = kSettings;
-    std::string text;
-    ASSERT_TRUE(ReadRequestHeader(reader, read));
-    EXPECT_EQ(kind, read);
-    ASSERT_TRUE(reader.String(text));
-    EXPECT_EQ("select 1; drop table x", text);
-    EXPECT_TRUE(reader.Finished());
+    EXPECT_EQ(std::make_pair(kind, text.Bytes()),
+              Parts(TextRequest(kind, "select 1; drop table x")));
   }
-  const std::string liveRequest = LiveSizeRequest(77);
-  WireReader live(liveRequest);
-  Kind kind = kEvents;
-  uint32_t number = 0;
-  ASSERT_TRUE(ReadRequestHeader(live, kind) && live.U32(number));
-  EXPECT_EQ(kLiveSize, kind);
-  EXPECT_EQ(77u, number);
-  const std::string settingsRequest = SettingsRequest();
-  WireReader settings(settingsRequest);
-  ASSERT_TRUE(ReadRequestHeader(settings, kind));
-  EXPECT_EQ(kSettings, kind);
-  EXPECT_TRUE(settings.Finished());
+  EXPECT_EQ(std::make_pair(kLiveSize, number.Bytes()), Parts(LiveSizeRequest(77)));
+  EXPECT_EQ(std::make_pair(kSettings, std::string()), Parts(SettingsRequest()));
 }
 
 TEST(IpcCodec, RequestOfAnotherVersionOrUnknownKindIsRefused) {
-  Kind kind = kEvents;
-  std::string request = TextRequest(kCount, "x");
-  request[0] = static_cast<char>(kVersion + 1);
-  WireReader otherVersion(request);
-  EXPECT_FALSE(ReadRequestHeader(otherVersion, kind));
-  for (const char byte : {'\0', '\x07', '\xff'}) {
-    const std::string unknown = {static_cast<char>(kVersion), byte};
-    WireReader reader(unknown);
-    EXPECT_FALSE(ReadRequestHeader(reader, kind));
+  std::string otherVersion = TextRequest(kCount, "x");
+  otherVersion[0] = static_cast<char>(kVersion + 1);
+  const char version = static_cast<char>(kVersion);
+  for (const std::string& request :
+       {otherVersion, {version, '\0'}, {version, '\x07'}, {version, '\xff'}, std::string()}) {
+    WireReader reader(request);
+    Kind kind = kEvents;
+    EXPECT_FALSE(ReadRequestHeader(reader, kind)) << testing::PrintToString(request);
   }
-  const std::string nothing;
-  WireReader empty(nothing);
-  EXPECT_FALSE(ReadRequestHeader(empty, kind));
 }
 
-// Every answer the client decodes, with a function that decodes one body
-// and says whether it was accepted, leaving a sentinel output untouched otherwise.
+// What a decoder's output tells of it, for seeing that a refusal left it alone.
+size_t Mark(const std::vector<EventRecordItem>& events) { return events.size(); }
+size_t Mark(const std::vector<StreamfileRecordItem>& files) { return files.size(); }
+uint32_t Mark(uint32_t value) { return value; }
+bool Mark(bool value) { return value; }
+uint32_t Mark(const VideoRecordingSettings& settings) { return settings.reExportHours; }
+
+template <typename Out>
+bool Decodes(bool (*decode)(const std::string&, Out&), Out sentinel, const std::string& body) {
+  Out out = sentinel;
+  if (decode(body, out)) return true;
+  EXPECT_EQ(Mark(sentinel), Mark(out)) << "a refused answer changed the output";
+  return false;
+}
+
+// Whether the client accepts `body` as the answer to a request of `kind`.
+bool Accepts(Kind kind, const std::string& body) {
+  switch (kind) {
+    case kEvents:
+      return Decodes(DecodeEventsAnswer, std::vector<EventRecordItem>{FullEvent("sentinel")}, body);
+    case kFiles:
+      return Decodes(DecodeFilesAnswer, std::vector<StreamfileRecordItem>{FullFile(99)}, body);
+    case kCount:
+      return Decodes(DecodeCountAnswer, 77u, body);
+    case kDelete:
+      return Decodes(DecodeDeleteAnswer, false, body);
+    case kLiveSize:
+      return Decodes(DecodeLiveSizeAnswer, 77u, body);
+    default:
+      return Decodes(DecodeSettingsAnswer, VideoRecordingSettings{0, 0, 77}, body);
+  }
+}
+
+// Answers to a request of `kind`.
 struct AnswerCase {
-  const char* name;
+  std::string name;
   Kind kind;
-  std::string good;
-  bool (*accepts)(const std::string& body);
+  std::vector<std::string> bodies;
 };
 
-void PrintTo(const AnswerCase& answer, std::ostream* out) { *out << answer.name; }
+std::string NameOf(const testing::TestParamInfo<AnswerCase>& info) { return info.param.name; }
 
-bool AcceptsEvents(const std::string& body) {
-  std::vector<EventRecordItem> events = {FullEvent("sentinel")};
-  const bool ok = DecodeEventsAnswer(body, events);
-  if (!ok) {
-    EXPECT_EQ(1u, events.size());
-  }
-  return ok;
-}
-bool AcceptsFiles(const std::string& body) {
-  std::vector<StreamfileRecordItem> files = {FullFile(99)};
-  const bool ok = DecodeFilesAnswer(body, files);
-  if (!ok) {
-    EXPECT_EQ(1u, files.size());
-  }
-  return ok;
-}
-bool AcceptsCount(const std::string& body) {
-  uint32_t count = 77;
-  const bool ok = DecodeCountAnswer(body, count);
-  if (!ok) {
-    EXPECT_EQ(77u, count);
-  }
-  return ok;
-}
-bool AcceptsDelete(const std::string& body) {
-  bool deleted = false;
-  return DecodeDeleteAnswer(body, deleted);
-}
-bool AcceptsLiveSize(const std::string& body) {
-  uint32_t size = 77;
-  const bool ok = DecodeLiveSizeAnswer(body, size);
-  if (!ok) {
-    EXPECT_EQ(77u, size);
-  }
-  return ok;
-}
-bool AcceptsSettings(const std::string& body) {
-  VideoRecordingSettings settings;
-  settings.reExportHours = 77;
-  const bool ok = DecodeSettingsAnswer(body, settings);
-  if (!ok) {
-    EXPECT_EQ(77u, settings.reExportHours);
-  }
-  return ok;
-}
-
-std::vector<AnswerCase> AnswerCases() {
+// A good answer of every kind the client decodes.
+std::vector<AnswerCase> GoodAnswers() {
   return {
-      {"events", kEvents, EventsAnswer({FullEvent("a"), FullEvent("b")}), AcceptsEvents},
-      {"files", kFiles, FilesAnswer({FullFile(1), FullFile(2)}), AcceptsFiles},
-      {"count", kCount, CountAnswer(5), AcceptsCount},
-      {"delete", kDelete, DeleteAnswer(true), AcceptsDelete},
-      {"liveSize", kLiveSize, LiveSizeAnswer(5), AcceptsLiveSize},
-      {"settings", kSettings, SettingsAnswer(VideoRecordingSettings()), AcceptsSettings},
+      {"events", kEvents, {EventsAnswer({FullEvent("a"), FullEvent("b")})}},
+      {"files", kFiles, {FilesAnswer({FullFile(1), FullFile(2)})}},
+      {"count", kCount, {CountAnswer(5)}},
+      {"delete", kDelete, {DeleteAnswer(true)}},
+      {"liveSize", kLiveSize, {LiveSizeAnswer(5)}},
+      {"settings", kSettings, {SettingsAnswer(VideoRecordingSettings())}},
   };
 }
 
-class AnswerDecoding : public testing::TestWithParam<AnswerCase> {};
+std::string With(std::string body, size_t at, char byte) {
+  body[at] = byte;
+  return body;
+}
 
-TEST_P(AnswerDecoding, GoodAnswerIsAccepted) { EXPECT_TRUE(GetParam().accepts(GetParam().good)); }
+// `answer` announcing `count` records, whatever it holds.
+std::string Announcing(std::string answer, uint32_t count) {
+  WireWriter writer;
+  writer.U32(count);
+  return answer.replace(3, 4, writer.Bytes());
+}
 
-TEST_P(AnswerDecoding, EveryTruncationIsRefused) {
-  const std::string& good = GetParam().good;
-  for (size_t length = 0; length < good.size(); ++length) {
-    SCOPED_TRACE(length);
-    EXPECT_FALSE(GetParam().accepts(good.substr(0, length)));
+// Every good answer spoiled in every way, and answers whose header is good
+// but whose payload lies about itself.
+std::vector<AnswerCase> BadAnswers() {
+  std::vector<AnswerCase> bad;
+  const auto add = [&bad](std::string name, Kind kind, std::vector<std::string> bodies) {
+    bad.push_back({std::move(name), kind, std::move(bodies)});
+  };
+  for (const AnswerCase& a : GoodAnswers()) {
+    const std::string& good = a.bodies[0];
+    const auto spoilt = [&](const char* how, std::vector<std::string> bodies) {
+      add(std::string(how) + "_" + a.name, a.kind, std::move(bodies));
+    };
+    std::vector<std::string> cut;
+    for (size_t length = 0; length < good.size(); ++length) cut.push_back(good.substr(0, length));
+    spoilt("EveryTruncation", cut);
+    spoilt("TrailingBytes", {good + '\0'});
+    spoilt("FailedAnswer", {FailedAnswer(a.kind)});
+    spoilt("MalformedAnswer", {MalformedAnswer(a.kind)});
+    spoilt("OtherVersion", {With(good, 0, kVersion + 1)});
+    spoilt("AnswerToAnotherKind", {With(good, 1, a.kind == kCount ? kDelete : kCount)});
+    spoilt("UnknownStatus", {With(good, 2, 2)});
+    spoilt("Text", {"this is not an answer", std::string(1000, '\xff')});
+  }
+  add("FilesAnnouncingMoreThanTheyHold", kFiles, {Announcing(FilesAnswer({FullFile(1)}), ~0u)});
+  add("EventsAnnouncingMoreThanTheyHold", kEvents, {Announcing(EventsAnswer({FullEvent("")}), 2)});
+  // An event whose answers claim four billion entries.
+  std::string hugeAnswers = EventsAnswer({EventRecordItem()});
+  add("AnswersAnnouncingHugeInnerLists", kEvents,
+      {hugeAnswers.replace(hugeAnswers.size() - 4, 4, "\xff\xff\xff\xff")});
+  add("BooleanOtherThanZeroOrOne", kDelete, {With(DeleteAnswer(true), 3, 2)});
+  return bad;
+}
+
+class GoodAnswer : public testing::TestWithParam<AnswerCase> {};
+class BadAnswer : public testing::TestWithParam<AnswerCase> {};
+
+TEST_P(GoodAnswer, IsAccepted) { EXPECT_TRUE(Accepts(GetParam().kind, GetParam().bodies[0])); }
+
+TEST_P(BadAnswer, IsRefused) {
+  for (const std::string& body : GetParam().bodies) {
+    EXPECT_FALSE(Accepts(GetParam().kind, body)) << testing::PrintToString(body);
   }
 }
 
-TEST_P(AnswerDecoding, TrailingBytesAreRefused) {
-  EXPECT_FALSE(GetParam().accepts(GetParam().good + '\0'));
-}
-
-TEST_P(AnswerDecoding, FailedAnswerIsRefused) {
-  EXPECT_FALSE(GetParam().accepts(FailedAnswer(GetParam().kind)));
-}
-
-TEST_P(AnswerDecoding, MalformedAnswerIsRefused) {
-  EXPECT_FALSE(GetParam().accepts(MalformedAnswer(GetParam().kind)));
-}
-
-TEST_P(AnswerDecoding, OtherVersionIsRefused) {
-  std::string body = GetParam().good;
-  body[0] = static_cast<char>(kVersion + 1);
-  EXPECT_FALSE(GetParam().accepts(body));
-}
-
-TEST_P(AnswerDecoding, AnswerToAnotherKindIsRefused) {
-  std::string body = GetParam().good;
-  body[1] = static_cast<char>(GetParam().kind == kCount ? kDelete : kCount);
-  EXPECT_FALSE(GetParam().accepts(body));
-}
-
-TEST_P(AnswerDecoding, UnknownStatusIsRefused) {
-  std::string body = GetParam().good;
-  body[2] = '\x02';
-  EXPECT_FALSE(GetParam().accepts(body));
-}
-
-TEST_P(AnswerDecoding, TextIsRefused) {
-  EXPECT_FALSE(GetParam().accepts("this is not an answer"));
-  EXPECT_FALSE(GetParam().accepts(std::string(1000, '\xff')));
-}
-
-INSTANTIATE_TEST_SUITE_P(AllAnswers, AnswerDecoding, testing::ValuesIn(AnswerCases()),
-                         [](const testing::TestParamInfo<AnswerCase>& info) {
-                           return std::string(info.param.name);
-                         });
-
-TEST(IpcCodec, ListAnnouncingMoreRecordsThanItHoldsIsRefused) {
-  WireWriter writer = StartAnswer(kFiles);
-  writer.U32(4294967295u);
-  EncodeFile(writer, FullFile(1));
-  std::vector<StreamfileRecordItem> files;
-  EXPECT_FALSE(DecodeFilesAnswer(writer.Bytes(), files));
-  WireWriter events = StartAnswer(kEvents);
-  events.U32(2);
-  EncodeEvent(events, FullEvent("only one"));
-  std::vector<EventRecordItem> received;
-  EXPECT_FALSE(DecodeEventsAnswer(events.Bytes(), received));
-}
-
-TEST(IpcCodec, AnswersAnnouncingHugeInnerListsAreRefused) {
-  // An event whose answers claim four billion entries.
-  WireWriter writer = StartAnswer(kEvents);
-  writer.U32(1);
-  EncodeEvent(writer, EventRecordItem());
-  std::string body = writer.Bytes();
-  body.replace(body.size() - 4, 4, std::string("\xff\xff\xff\xff", 4));
-  std::vector<EventRecordItem> events;
-  EXPECT_FALSE(DecodeEventsAnswer(body, events));
-}
-
-TEST(IpcCodec, BooleanOtherThanZeroOrOneIsRefused) {
-  std::string body = DeleteAnswer(true);
-  body.back() = '\x02';
-  bool deleted = false;
-  EXPECT_FALSE(DecodeDeleteAnswer(body, deleted));
-}
+INSTANTIATE_TEST_SUITE_P(AllAnswers, GoodAnswer, testing::ValuesIn(GoodAnswers()), NameOf);
+INSTANTIATE_TEST_SUITE_P(AllAnswers, BadAnswer, testing::ValuesIn(BadAnswers()), NameOf);
 
 }  // namespace
 }  // namespace HostIpc

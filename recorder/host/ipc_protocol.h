@@ -30,13 +30,10 @@ enum Kind : uint8_t {
   kCount = 3,
   kDelete = 4,
   kLiveSize = 5,
-  kSettings = 6,
+  kSettings = 6
 };
 
-enum Status : uint8_t {
-  kOk = 0,
-  kFailed = 1,
-};
+enum Status : uint8_t { kOk = 0, kFailed = 1 };
 
 }  // namespace HostIpc
 

@@ -1,19 +1,16 @@
 #include "recorder/host/ipc_server.h"
 
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 
-#include "recorder/host/fake_daemon.h"
-#include "recorder/host/ipc_channel.h"
-#include "recorder/host/ipc_codec.h"
-#include "recorder/host/linx_ipc_impl.h"
+#include "recorder/host/ipc_client_fixture.h"
 #include "recorder/host/served_daemon.h"
 #include "recorder/stream_mgr_api.h"
+#include "testing/scratch_dir.h"
 
 namespace HostIpc {
 namespace {
@@ -30,96 +27,87 @@ Reply Echo(const std::string& request) {
   return {Reply::Action::kAnswer, CountAnswer(static_cast<uint32_t>(std::atoi(text.c_str())))};
 }
 
-bool Count(LinxIpc& ipc, const std::string& text, unsigned int& count, int timeoutMs = 5000) {
-  return StreamMgrApi::GetCountFromSqlStatement(ipc, text, count, timeoutMs);
+// The count the daemon answers to `text`; -1 when the request fails, which
+// must leave the count as it was.
+int64_t Asked(LinxIpc& ipc, const std::string& text, int timeoutMs = 5000) {
+  unsigned int count = 5;
+  if (StreamMgrApi::GetCountFromSqlStatement(ipc, text, count, timeoutMs)) return count;
+  EXPECT_EQ(5u, count);
+  return -1;
 }
 
-double MillisecondsSince(Clock::time_point start) {
-  return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+// The frame of a count request carrying `text`.
+std::string Framed(const std::string& text) {
+  const std::string request = TextRequest(kCount, text);
+  return FrameHeader(request.size()) + request;
 }
 
 // An Echo daemon that waits `delayMs` before each answer, and db's client
-// aimed at it.
+// aimed at it and initialised.
 struct EchoAndClient {
   explicit EchoAndClient(int delayMs = 0) : daemon(kStreamMgrName, Echo, delayMs) {
     daemon.Aim(ipc);
+    EXPECT_EQ(0, ipc.Init());
+  }
+  // A connection of its own to the daemon, on which `bytes` have been sent.
+  int Sent(const std::string& bytes) const {
+    const int fd = Connect(daemon.Path());
+    EXPECT_GE(fd, 0);
+    FakeDaemon::Raw(fd, bytes);
+    return fd;
   }
   ServedDaemon daemon;
   LinxIpc ipc{"db"};
 };
 
-// Sends `text`, which the daemon does not answer: the request fails at once
-// and leaves the count as it was.
+// Sends `text`, which the daemon does not answer: the request fails at once.
 void ExpectUnansweredAtOnce(LinxIpc& ipc, const std::string& text) {
-  unsigned int count = 5;
   const Clock::time_point start = Clock::now();
-  EXPECT_FALSE(Count(ipc, text, count));
+  EXPECT_EQ(-1, Asked(ipc, text));
   EXPECT_LT(MillisecondsSince(start), 2000);
-  EXPECT_EQ(5u, count);
 }
 
 TEST(IpcEndpoint, AppearsAsASocketWithNothingElseBeside) {
   ServedDaemon daemon(kStreamMgrName, Echo);
-  struct stat info {};
-  ASSERT_EQ(0, stat(daemon.Path().c_str(), &info));
-  EXPECT_TRUE(S_ISSOCK(info.st_mode));
-  FILE* listing = popen(("ls -A '" + daemon.Dir() + "'").c_str(), "r");
-  char line[256] = "";
-  ASSERT_NE(nullptr, fgets(line, sizeof line, listing));
-  EXPECT_STREQ("StreamMgr\n", line);
-  EXPECT_EQ(nullptr, fgets(line, sizeof line, listing));
-  pclose(listing);
+  EXPECT_TRUE(std::filesystem::is_socket(daemon.Path()));
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(daemon.Dir())) {
+    names.push_back(entry.path().filename());
+  }
+  EXPECT_EQ(std::vector<std::string>{"StreamMgr"}, names);
 }
 
 TEST(IpcEndpoint, ReplacesAStaleFile) {
-  char pattern[] = "/tmp/endpoint-XXXXXX";
-  ASSERT_NE(nullptr, mkdtemp(pattern));
-  const std::string path = EndpointPath(pattern, kStreamMgrName);
-  FILE* stale = fopen(path.c_str(), "w");
-  ASSERT_NE(nullptr, stale);
-  fclose(stale);
+  ScratchDir folder("endpoint");
+  const std::string path = EndpointPath(folder.Path(), kStreamMgrName);
+  ASSERT_TRUE(std::ofstream(path).is_open());
   const int fd = CreateEndpoint(path);
   ASSERT_GE(fd, 0);
   const int client = Connect(path);
   EXPECT_GE(client, 0);
   close(client);
   close(fd);
-  unlink(path.c_str());
-  rmdir(pattern);
 }
 
 TEST(IpcEndpoint, FailsInAMissingFolderAndLeavesNothing) {
   EXPECT_EQ(-1, CreateEndpoint("/tmp/no-such-folder-for-endpoints/StreamMgr"));
-  struct stat info {};
-  EXPECT_NE(0, stat("/tmp/no-such-folder-for-endpoints", &info));
+  EXPECT_FALSE(std::filesystem::exists("/tmp/no-such-folder-for-endpoints"));
 }
 
 TEST(IpcServe, ServesSeveralConnectionsAtOnce) {
-  ServedDaemon daemon(kStreamMgrName, Echo);
-  LinxIpc first("first"), second("second");
-  daemon.Aim(first);
-  daemon.Aim(second);
-  ASSERT_EQ(0, first.Init());
+  EchoAndClient served;
+  LinxIpc second("second");
+  served.daemon.Aim(second);
   ASSERT_EQ(0, second.Init());
-  for (unsigned int i = 0; i < 10; ++i) {
-    unsigned int a = 0, b = 0;
-    ASSERT_TRUE(Count(first, std::to_string(i), a));
-    ASSERT_TRUE(Count(second, std::to_string(100 + i), b));
-    EXPECT_EQ(i, a);
-    EXPECT_EQ(100 + i, b);
+  for (int i = 0; i < 10; ++i) {
+    EXPECT_EQ(i, Asked(served.ipc, std::to_string(i)));
+    EXPECT_EQ(100 + i, Asked(second, std::to_string(100 + i)));
   }
 }
 
 TEST(IpcServe, AnswersRequestsSentTogetherInOrder) {
-  ServedDaemon daemon(kStreamMgrName, Echo);
-  const int fd = Connect(daemon.Path());
-  ASSERT_GE(fd, 0);
-  std::string both;
-  for (const char* text : {"1", "2", "3"}) {
-    const std::string request = TextRequest(kCount, text);
-    both += FrameHeader(request.size()) + request;
-  }
-  FakeDaemon::Raw(fd, both);
+  EchoAndClient served;
+  const int fd = served.Sent(Framed("1") + Framed("2") + Framed("3"));
   for (uint32_t expected = 1; expected <= 3; ++expected) {
     std::string answer;
     uint32_t count = 0;
@@ -131,88 +119,53 @@ TEST(IpcServe, AnswersRequestsSentTogetherInOrder) {
 }
 
 TEST(IpcServe, ClientLeavingMidRequestIsDroppedWithoutHarm) {
-  ServedDaemon daemon(kStreamMgrName, Echo);
-  LinxIpc other("other");
-  daemon.Aim(other);
-  ASSERT_EQ(0, other.Init());
+  EchoAndClient served;
   for (size_t cut : {1, 3, 4, 6}) {
-    const int fd = Connect(daemon.Path());
-    ASSERT_GE(fd, 0);
-    const std::string request = TextRequest(kCount, "12345");
-    FakeDaemon::Raw(fd, (FrameHeader(request.size()) + request).substr(0, cut));
-    close(fd);
-    unsigned int count = 0;
-    ASSERT_TRUE(Count(other, "7", count));
-    EXPECT_EQ(7u, count);
+    close(served.Sent(Framed("12345").substr(0, cut)));
+    EXPECT_EQ(7, Asked(served.ipc, "7"));
   }
-  EXPECT_FALSE(daemon.Ended());
+  EXPECT_FALSE(served.daemon.Ended());
 }
 
 TEST(IpcServe, ClientLeavingBeforeItsAnswerIsDroppedWithoutHarm) {
-  ServedDaemon daemon(kStreamMgrName, Echo, 100);
-  const int fd = Connect(daemon.Path());
-  ASSERT_GE(fd, 0);
-  const std::string request = TextRequest(kCount, "1");
-  FakeDaemon::Raw(fd, FrameHeader(request.size()) + request);
-  close(fd);  // the daemon is still waiting its 100 ms
-  LinxIpc other("other");
-  daemon.Aim(other);
-  ASSERT_EQ(0, other.Init());
-  unsigned int count = 0;
-  ASSERT_TRUE(Count(other, "8", count));
-  EXPECT_EQ(8u, count);
+  EchoAndClient served(100);
+  close(served.Sent(Framed("1")));  // the daemon is still waiting its 100 ms
+  EXPECT_EQ(8, Asked(served.ipc, "8"));
 }
 
 TEST(IpcServe, OversizedRequestDropsOnlyThatConnection) {
-  ServedDaemon daemon(kStreamMgrName, Echo);
-  LinxIpc other("other");
-  daemon.Aim(other);
-  ASSERT_EQ(0, other.Init());
-  const int fd = Connect(daemon.Path());
-  ASSERT_GE(fd, 0);
-  FakeDaemon::Raw(fd, FrameHeader(static_cast<size_t>(kMaxFrameBytes) + 1));
+  EchoAndClient served;
+  const int fd = served.Sent(FrameHeader(static_cast<size_t>(kMaxFrameBytes) + 1));
   std::string answer;
   EXPECT_FALSE(ReceiveFrame(fd, answer, DeadlineIn(5000)));  // hung up, not answered
   close(fd);
-  unsigned int count = 0;
-  ASSERT_TRUE(Count(other, "9", count));
-  EXPECT_EQ(9u, count);
+  EXPECT_EQ(9, Asked(served.ipc, "9"));
 }
 
 TEST(IpcServe, DroppedRequestFailsAndTheNextOneReconnects) {
   EchoAndClient served;
-  ASSERT_EQ(0, served.ipc.Init());
   ExpectUnansweredAtOnce(served.ipc, "drop");
-  unsigned int count = 5;
-  ASSERT_TRUE(Count(served.ipc, "6", count));
-  EXPECT_EQ(6u, count);
+  EXPECT_EQ(6, Asked(served.ipc, "6"));
 }
 
 TEST(IpcServe, DyingEndsTheLoopWithoutAnswering) {
   EchoAndClient served;
-  ASSERT_EQ(0, served.ipc.Init());
   ExpectUnansweredAtOnce(served.ipc, "die");
   EXPECT_EQ(ServeEnd::kDied, served.daemon.Stop());
 }
 
 TEST(IpcServe, DelayComesBeforeEachAnswer) {
   EchoAndClient served(200);
-  ASSERT_EQ(0, served.ipc.Init());
-  unsigned int count = 0;
   const Clock::time_point start = Clock::now();
-  ASSERT_TRUE(Count(served.ipc, "1", count));
-  ASSERT_TRUE(Count(served.ipc, "2", count));
+  EXPECT_EQ(1, Asked(served.ipc, "1"));
+  EXPECT_EQ(2, Asked(served.ipc, "2"));
   EXPECT_GE(MillisecondsSince(start), 400);
-  EXPECT_EQ(2u, count);
-  EXPECT_FALSE(Count(served.ipc, "3", count, 50));  // gives up before the delay is over
-  EXPECT_EQ(2u, count);
+  EXPECT_EQ(-1, Asked(served.ipc, "3", 50));  // gives up before the delay is over
 }
 
 TEST(IpcServe, StopEndsTheLoopEvenDuringADelay) {
   EchoAndClient served(60000);
-  ASSERT_EQ(0, served.ipc.Init());
-  unsigned int count = 0;
-  EXPECT_FALSE(Count(served.ipc, "1", count, 100));
+  EXPECT_EQ(-1, Asked(served.ipc, "1", 100));
   const Clock::time_point start = Clock::now();
   EXPECT_EQ(ServeEnd::kStopped, served.daemon.Stop());
   EXPECT_LT(MillisecondsSince(start), 2000);

@@ -12,9 +12,6 @@ namespace HostIpc {
 ServedDaemon::ServedDaemon(const char* name, RequestHandler handler, int delayMs,
                            HangUpHandler hungUp)
     : name_(name) {
-  char pattern[] = "/tmp/served-daemon-XXXXXX";
-  const char* made = mkdtemp(pattern);
-  dir_ = made == nullptr ? "" : made;
   listenFd_ = CreateEndpoint(Path());
   if (pipe2(stop_, O_CLOEXEC) != 0) stop_[0] = stop_[1] = -1;
   thread_ = std::thread([this, handler, delayMs, hungUp] {
@@ -28,12 +25,11 @@ ServedDaemon::~ServedDaemon() {
   close(stop_[0]);
   close(stop_[1]);
   close(listenFd_);
-  std::system(("rm -rf '" + dir_ + "'").c_str());
 }
 
-std::string ServedDaemon::Path() const { return EndpointPath(dir_, name_.c_str()); }
+std::string ServedDaemon::Path() const { return EndpointPath(Dir(), name_.c_str()); }
 
-void ServedDaemon::Aim(LinxIpc& ipc) const { HostIpc::EndpointOf(ipc).endpointDir = dir_; }
+void ServedDaemon::Aim(LinxIpc& ipc) const { HostIpc::EndpointOf(ipc).endpointDir = Dir(); }
 
 ServeEnd ServedDaemon::Stop() {
   if (thread_.joinable()) {

@@ -10,6 +10,7 @@
 
 #include "recorder/host/ipc_server.h"
 #include "recorder/linx_ipc.h"
+#include "testing/scratch_dir.h"
 
 namespace HostIpc {
 
@@ -21,7 +22,7 @@ class ServedDaemon {
   ServedDaemon(const ServedDaemon&) = delete;
   ServedDaemon& operator=(const ServedDaemon&) = delete;
 
-  const std::string& Dir() const { return dir_; }
+  const std::string& Dir() const { return dir_.Path(); }
   std::string Path() const;
   // Points `ipc` at this daemon's folder.
   void Aim(LinxIpc& ipc) const;
@@ -30,7 +31,7 @@ class ServedDaemon {
   bool Ended() const { return ended_; }
 
  private:
-  std::string dir_;
+  ScratchDir dir_{"served-daemon"};
   std::string name_;
   int listenFd_ = -1;
   int stop_[2] = {-1, -1};

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "store/sql_statement.h"
@@ -73,93 +74,83 @@ void LoadAnswers(const std::string& text, StreamMgrApi::VectorEventAnswerItem& a
   }
 }
 
-bool Is(const char* column, const char* name) { return strcasecmp(column, name) == 0; }
-
-// The record member a column fills; kNone for a column that is ignored.
-enum Member : uint8_t {
-  kNone,
-  kReid,
-  kState,
-  kSplitState,
-  kStreamState,
-  kLocked,
-  kConfirmed,
-  kCrCode1,
-  kCrCode2,
-  kStartTick,
-  kStartTime,
-  kExportTime,
-  kStopTick,
-  kStopTime,
-  kDescription,
-  kOfficerId,
-  kOfficerName,
-  kCategory,
-  kVehicle,
-  kFlagged,
-  kBackground,
-  kTotalFiles,
-  kGroupId,
-  kPart,
-  kTotalParts,
-  kAnswers,
-  kNumber,
-  kStream,
-  kPrevious,
-  kNext,
-  kSize,
-  kType,
-};
-
-struct Column {
-  const char* name;
-  Member member;
-};
-
-const Column kEventColumns[] = {
-    {"reid", kReid},
-    {"state", kState},
-    {"splitstate", kSplitState},
-    {"streamstate", kStreamState},
-    {"locked", kLocked},
-    {"confirmed", kConfirmed},
-    {"crcode1", kCrCode1},
-    {"crcode2", kCrCode2},
-    {"starttick", kStartTick},
-    {"starttime", kStartTime},
-    {"exporttime", kExportTime},
-    {"stoptick", kStopTick},
-    {"stoptime", kStopTime},
-    {"description", kDescription},
-    {"officerid", kOfficerId},
-    {"officername", kOfficerName},
-    {"category", kCategory},
-    {"vehicle", kVehicle},
-    {"flagged", kFlagged},
-    {"background", kBackground},
-    {"totalfiles", kTotalFiles},
-    {"groupid", kGroupId},
-    {"part", kPart},
-    {"totalparts", kTotalParts},
-    {"answers", kAnswers},
-};
-
-const Column kFileColumns[] = {
-    {"number", kNumber},       {"stream", kStream},     {"state", kState},
-    {"starttick", kStartTick}, {"stoptick", kStopTick}, {"starttime", kStartTime},
-    {"stoptime", kStopTime},   {"previous", kPrevious}, {"next", kNext},
-    {"size", kSize},           {"type", kType},
-};
-
-template <size_t N>
-Member MemberOf(const char* name, const Column (&columns)[N]) {
-  for (const Column& column : columns) {
-    if (Is(name, column.name)) return column.member;
-  }
-  return kNone;
+// Each kind of member takes a column's value as the recorder's loaders do.
+void Set(sqlite3_stmt* h, int i, StringItem& v) { v.SetValue(Text(h, i)); }
+void Set(sqlite3_stmt* h, int i, UIntItem& v) { v.SetValue(Bits32(h, i)); }
+void Set(sqlite3_stmt* h, int i, IntItem& v) { v.SetValue(static_cast<int32_t>(Bits32(h, i))); }
+void Set(sqlite3_stmt* h, int i, BoolItem& v) { v.SetValue(Bits32(h, i) != 0); }
+void Set(sqlite3_stmt* h, int i, StreamMgrApi::VectorEventAnswerItem& v) {
+  LoadAnswers(Text(h, i), v);
+}
+template <typename Enum, typename = std::enable_if_t<std::is_enum<Enum>::value>>
+void Set(sqlite3_stmt* h, int i, Enum& v) {
+  v = static_cast<Enum>(Bits32(h, i));
 }
 
-// Which member each column of a statement fills. Matching names
+// Fills one member of a record from column `i` of the current row.
+template <typename Record>
+using Loader = void (*)(sqlite3_stmt* h, int i, Record& record);
+
+template <typename Record, auto member>
+void Fill(sqlite3_stmt* h, int i, Record& record) {
+  Set(h, i, record.*member);
+}
+
+template <typename Record>
+struct Column {
+  const char* name;
+  Loader<Record> load;
+};
+
+using E = EventRecordItem;
+const Column<E> kEventColumns[] = {
+    {"reid", Fill<E, &E::reid>},
+    {"state", Fill<E, &E::state>},
+    {"splitstate", Fill<E, &E::splitState>},
+    {"streamstate", Fill<E, &E::streamState>},
+    {"locked", Fill<E, &E::locked>},
+    {"confirmed", Fill<E, &E::confirmed>},
+    {"crcode1", Fill<E, &E::crCode1>},
+    {"crcode2", Fill<E, &E::crCode2>},
+    {"starttick", Fill<E, &E::startTick>},
+    {"starttime", Fill<E, &E::startTime>},
+    {"exporttime", Fill<E, &E::exportTime>},
+    {"stoptick", Fill<E, &E::stopTick>},
+    {"stoptime", Fill<E, &E::stopTime>},
+    {"description", Fill<E, &E::description>},
+    {"officerid", [](sqlite3_stmt* h, int i, E& e) { Set(h, i, e.officer.id); }},
+    {"officername", [](sqlite3_stmt* h, int i, E& e) { Set(h, i, e.officer.name); }},
+    {"category", Fill<E, &E::category>},
+    {"vehicle", [](sqlite3_stmt* h, int i, E& e) { Set(h, i, e.vehicle.name); }},
+    {"flagged", Fill<E, &E::flagged>},
+    {"background", Fill<E, &E::background>},
+    {"totalfiles", Fill<E, &E::totalFiles>},
+    {"groupid", Fill<E, &E::groupId>},
+    {"part", Fill<E, &E::part>},
+    {"totalparts", Fill<E, &E::totalParts>},
+    {"answers", Fill<E, &E::answers>},
+};
+
+using F = StreamfileRecordItem;
+const Column<F> kFileColumns[] = {
+    {"number", Fill<F, &F::number>},     {"stream", Fill<F, &F::stream>},
+    {"state", Fill<F, &F::state>},       {"starttick", Fill<F, &F::startTick>},
+    {"stoptick", Fill<F, &F::stopTick>}, {"starttime", Fill<F, &F::startTime>},
+    {"stoptime", Fill<F, &F::stopTime>}, {"previous", Fill<F, &F::previous>},
+    {"next", Fill<F, &F::next>},         {"size", Fill<F, &F::size>},
+    {"type", Fill<F, &F::type>},
+};
+
+// The loader of the column `name`; none for a column that is ignored.
+template <typename Record, size_t N>
+Loader<Record> LoaderOf(const char* name, const Column<Record> (&columns)[N]) {
+  for (const Column<Record>& column : columns) {
+    if (strcasecmp(name, column.name) == 0) return column.load;
+  }
+  return nullptr;
+}
+
+// Which loader each column of a statement takes. Matching names
 // case-insensitively against the record's columns costs more than loading the
 // row, so it is done once for a run of a statement and kept for its rows,
 // whose columns cannot change. The statement's address alone does not tell
@@ -170,10 +161,11 @@ Member MemberOf(const char* name, const Column (&columns)[N]) {
 // and the map sets that count to 0 once built. A count still 0 at the next
 // row is the same run of the same statement. An EXPLAIN statement does not
 // count its runs, so its columns are matched on every row.
+template <typename Record>
 class ColumnMap {
  public:
   template <size_t N>
-  const std::vector<Member>& For(sqlite3_stmt* handle, const Column (&columns)[N]) {
+  const std::vector<Loader<Record>>& For(sqlite3_stmt* handle, const Column<Record> (&columns)[N]) {
     if (!built_ || handle != handle_ || handle == nullptr ||
         sqlite3_stmt_status(handle, SQLITE_STMTSTATUS_RUN, 0) != 0 ||
         sqlite3_stmt_isexplain(handle) != 0) {
@@ -183,145 +175,35 @@ class ColumnMap {
       // Marks this run.
       if (built_) sqlite3_stmt_status(handle, SQLITE_STMTSTATUS_RUN, 1);
     }
-    return members_;
+    return loaders_;
   }
 
  private:
   template <size_t N>
-  void Rebuild(sqlite3_stmt* handle, const Column (&columns)[N]) {
-    members_.clear();
+  void Rebuild(sqlite3_stmt* handle, const Column<Record> (&columns)[N]) {
+    loaders_.clear();
     const int count = handle == nullptr ? 0 : sqlite3_column_count(handle);
     for (int i = 0; i < count; ++i) {
       const char* name = sqlite3_column_name(handle, i);
-      members_.push_back(name == nullptr ? kNone : MemberOf(name, columns));
+      loaders_.push_back(name == nullptr ? nullptr : LoaderOf(name, columns));
     }
   }
 
   bool built_ = false;
   sqlite3_stmt* handle_ = nullptr;
-  std::vector<Member> members_;
+  std::vector<Loader<Record>> loaders_;
 };
 
-void LoadEventColumn(sqlite3_stmt* h, int i, Member member, EventRecordItem& e) {
-  switch (member) {
-    case kReid:
-      e.reid.SetValue(Text(h, i));
-      break;
-    case kState:
-      e.state = static_cast<StreamMgrApi::EventState>(Bits32(h, i));
-      break;
-    case kSplitState:
-      e.splitState = static_cast<StreamMgrApi::SplitEventState>(Bits32(h, i));
-      break;
-    case kStreamState:
-      e.streamState.SetValue(Bits32(h, i) != 0);
-      break;
-    case kLocked:
-      e.locked.SetValue(Bits32(h, i) != 0);
-      break;
-    case kConfirmed:
-      e.confirmed.SetValue(Bits32(h, i) != 0);
-      break;
-    case kCrCode1:
-      e.crCode1 = static_cast<StreamMgrApi::CrCode>(Bits32(h, i));
-      break;
-    case kCrCode2:
-      e.crCode2 = static_cast<StreamMgrApi::CrCode>(Bits32(h, i));
-      break;
-    case kStartTick:
-      e.startTick.SetValue(Bits32(h, i));
-      break;
-    case kStartTime:
-      e.startTime.SetValue(static_cast<int32_t>(Bits32(h, i)));
-      break;
-    case kExportTime:
-      e.exportTime.SetValue(static_cast<int32_t>(Bits32(h, i)));
-      break;
-    case kStopTick:
-      e.stopTick.SetValue(Bits32(h, i));
-      break;
-    case kStopTime:
-      e.stopTime.SetValue(static_cast<int32_t>(Bits32(h, i)));
-      break;
-    case kDescription:
-      e.description.SetValue(Text(h, i));
-      break;
-    case kOfficerId:
-      e.officer.id.SetValue(Bits32(h, i));
-      break;
-    case kOfficerName:
-      e.officer.name.SetValue(Text(h, i));
-      break;
-    case kCategory:
-      e.category.SetValue(Text(h, i));
-      break;
-    case kVehicle:
-      e.vehicle.name.SetValue(Text(h, i));
-      break;
-    case kFlagged:
-      e.flagged.SetValue(Bits32(h, i) != 0);
-      break;
-    case kBackground:
-      e.background.SetValue(Bits32(h, i) != 0);
-      break;
-    case kTotalFiles:
-      e.totalFiles.SetValue(Bits32(h, i));
-      break;
-    case kGroupId:
-      e.groupId.SetValue(Text(h, i));
-      break;
-    case kPart:
-      e.part.SetValue(Bits32(h, i));
-      break;
-    case kTotalParts:
-      e.totalParts.SetValue(Bits32(h, i));
-      break;
-    case kAnswers:
-      LoadAnswers(Text(h, i), e.answers);
-      break;
-    default:
-      break;
+// The record in the current row of `statement`.
+template <typename Record, size_t N>
+Record Load(SQLStatement& statement, const Column<Record> (&columns)[N]) {
+  thread_local ColumnMap<Record> map;
+  Record record;
+  const std::vector<Loader<Record>>& loaders = map.For(statement.handle, columns);
+  for (size_t i = 0; i < loaders.size(); ++i) {
+    if (loaders[i] != nullptr) loaders[i](statement.handle, static_cast<int>(i), record);
   }
-}
-
-void LoadFileColumn(sqlite3_stmt* h, int i, Member member, StreamfileRecordItem& f) {
-  switch (member) {
-    case kNumber:
-      f.number.SetValue(Bits32(h, i));
-      break;
-    case kStream:
-      f.stream.SetValue(Bits32(h, i));
-      break;
-    case kState:
-      f.state = static_cast<StreamMgrApi::StreamFileState>(Bits32(h, i));
-      break;
-    case kStartTick:
-      f.startTick.SetValue(Bits32(h, i));
-      break;
-    case kStopTick:
-      f.stopTick.SetValue(Bits32(h, i));
-      break;
-    case kStartTime:
-      f.startTime.SetValue(Bits32(h, i));
-      break;
-    case kStopTime:
-      f.stopTime.SetValue(Bits32(h, i));
-      break;
-    case kPrevious:
-      f.previous.SetValue(Bits32(h, i));
-      break;
-    case kNext:
-      f.next.SetValue(Bits32(h, i));
-      break;
-    case kSize:
-      f.size.SetValue(Bits32(h, i));
-      break;
-    case kType:
-      f.type = static_cast<StreamMgrApi::StreamFileType>(Bits32(h, i));
-      break;
-    default:
-      break;
-  }
+  return record;
 }
 
 }  // namespace
@@ -329,23 +211,11 @@ void LoadFileColumn(sqlite3_stmt* h, int i, Member member, StreamfileRecordItem&
 namespace StreamDB {
 
 StreamMgrApi::EventRecordItem LoadEventInfoFromStatement(SQLStatement& statement) {
-  thread_local ColumnMap columns;
-  EventRecordItem event;
-  const std::vector<Member>& members = columns.For(statement.handle, kEventColumns);
-  for (size_t i = 0; i < members.size(); ++i) {
-    LoadEventColumn(statement.handle, static_cast<int>(i), members[i], event);
-  }
-  return event;
+  return Load(statement, kEventColumns);
 }
 
 StreamMgrApi::StreamfileRecordItem LoadFileInfoFromStatement(SQLStatement& statement) {
-  thread_local ColumnMap columns;
-  StreamfileRecordItem file;
-  const std::vector<Member>& members = columns.For(statement.handle, kFileColumns);
-  for (size_t i = 0; i < members.size(); ++i) {
-    LoadFileColumn(statement.handle, static_cast<int>(i), members[i], file);
-  }
-  return file;
+  return Load(statement, kFileColumns);
 }
 
 }  // namespace StreamDB

@@ -3,283 +3,188 @@
 #include "recorder/stream_mgr_api.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <chrono>
+#include <fstream>
 #include <thread>
 
-#include "recorder/host/fake_daemon.h"
-#include "recorder/host/ipc_channel.h"
-#include "recorder/host/ipc_codec.h"
-#include "recorder/host/linx_ipc_impl.h"
+#include "recorder/host/ipc_client_fixture.h"
+#include "testing/scratch_dir.h"
 
 namespace HostIpc {
 namespace {
 
-using FD = FakeDaemon;
-using std::chrono::milliseconds;
+using namespace StreamMgrApi;
 
 constexpr int kShortTimeoutMs = 300;
 
-// The kind of a request as the fake received it.
-Kind KindOf(const std::string& request) {
+// The kind and text of a request as the fake received it.
+std::pair<Kind, std::string> Parsed(const std::string& request) {
   WireReader reader(request);
-  Kind kind = kSettings;
-  ReadRequestHeader(reader, kind);
-  return kind;
+  std::pair<Kind, std::string> parsed = {kSettings, ""};
+  ReadRequestHeader(reader, parsed.first);
+  reader.String(parsed.second);
+  return parsed;
 }
 
-std::string TextOf(const std::string& request) {
-  WireReader reader(request);
-  Kind kind = kSettings;
-  std::string text;
-  ReadRequestHeader(reader, kind);
-  reader.String(text);
-  return text;
-}
-
-// A daemon that answers every request with `body`.
-FD::Script Answering(const std::string& body) {
-  return [body](int fd, const std::string&) {
-    FD::Frame(fd, body);
-    return FD::Then::kNext;
-  };
-}
-
-struct Endpoint {
-  explicit Endpoint(const FakeDaemon& daemon) {
-    HostIpc::EndpointOf(ipc).endpointDir = daemon.Dir();
+// A fake StreamMgr following `script`, and db's endpoint, initialised, aimed at it.
+struct Client {
+  explicit Client(FD::Script script) : daemon(kStreamMgrName, std::move(script)) {
+    EXPECT_EQ(0, aimed.ipc.Init());
   }
-  LinxIpc ipc{"test"};
+  FakeDaemon daemon;
+  AimedIpc aimed{daemon.Dir()};
+  LinxIpc& ipc = aimed.ipc;
 };
 
-StreamMgrApi::StreamfileRecordItem File(uint32_t number) {
-  StreamMgrApi::StreamfileRecordItem file;
+StreamfileRecordItem File(uint32_t number) {
+  StreamfileRecordItem file;
   file.number = number;
   return file;
 }
 
-double MillisecondsSince(std::chrono::steady_clock::time_point start) {
-  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
-      .count();
+const std::string kTwoFiles = FilesAnswer({File(1), File(2)});
+
+// Asks for a list or count of `kind` and expects the request to fail, leaving
+// the list empty, the count as it was, or the event undeleted.
+void ExpectFailed(LinxIpc& ipc, Kind kind, int timeoutMs) {
+  EventRecordListMessage events;
+  StreamfileRecordListMessage files;
+  unsigned int count = 9;
+  EXPECT_FALSE(kind == kEvents  ? GetEventsFromSqlStatement(ipc, "e", events, timeoutMs)
+               : kind == kFiles ? GetFilesFromSqlStatement(ipc, "f", files, timeoutMs)
+               : kind == kCount ? GetCountFromSqlStatement(ipc, "c", count, timeoutMs)
+                                : DeleteEvent("r", ipc));
+  EXPECT_TRUE(events.items.empty());
+  EXPECT_TRUE(files.items.empty());
+  EXPECT_EQ(9u, count);
 }
 
 TEST(LinxIpc, InitFailsWithoutAnEndpoint) {
-  char pattern[] = "/tmp/no-daemon-XXXXXX";
-  ASSERT_NE(nullptr, mkdtemp(pattern));
-  LinxIpc ipc("db");
-  HostIpc::EndpointOf(ipc).endpointDir = pattern;
-  EXPECT_NE(0, ipc.Init());
-  EXPECT_EQ("db", ipc.Name());
-  unsigned int count = 5;
-  EXPECT_FALSE(StreamMgrApi::GetCountFromSqlStatement(ipc, "select 1", count, 1000));
-  EXPECT_EQ(5u, count);
-  rmdir(pattern);
+  ScratchDir empty("no-daemon");
+  AimedIpc aimed(empty.Path());
+  EXPECT_NE(0, aimed.ipc.Init());
+  EXPECT_EQ("db", aimed.ipc.Name());
+  ExpectFailed(aimed.ipc, kCount, 1000);
 }
 
 TEST(LinxIpc, InitFailsWhenTheEndpointIsNotASocket) {
-  char pattern[] = "/tmp/no-daemon-XXXXXX";
-  ASSERT_NE(nullptr, mkdtemp(pattern));
-  const std::string path = EndpointPath(pattern, kStreamMgrName);
-  FILE* file = fopen(path.c_str(), "w");
-  ASSERT_NE(nullptr, file);
-  fclose(file);
-  LinxIpc ipc("db");
-  HostIpc::EndpointOf(ipc).endpointDir = pattern;
-  EXPECT_NE(0, ipc.Init());
-  unlink(path.c_str());
-  rmdir(pattern);
+  ScratchDir folder("no-daemon");
+  ASSERT_TRUE(std::ofstream(EndpointPath(folder.Path(), kStreamMgrName)).is_open());
+  AimedIpc aimed(folder.Path());
+  EXPECT_NE(0, aimed.ipc.Init());
 }
 
 TEST(LinxIpc, RequestsBeforeInitFailWithoutReachingTheDaemon) {
-  FakeDaemon daemon(kStreamMgrName, Answering(CountAnswer(3)));
-  Endpoint endpoint(daemon);
-  unsigned int count = 5;
-  EXPECT_FALSE(StreamMgrApi::GetCountFromSqlStatement(endpoint.ipc, "select 1", count, 1000));
-  EXPECT_EQ(5u, count);
+  FakeDaemon daemon(kStreamMgrName, FD::Answering(CountAnswer(3)));
+  AimedIpc aimed(daemon.Dir());
+  ExpectFailed(aimed.ipc, kCount, 1000);
   EXPECT_EQ(0, daemon.Connections());
 }
 
 TEST(StreamMgrApi, RequestsShareOneConnectionAndCarryTheirText) {
-  FakeDaemon daemon(kStreamMgrName, [](int fd, const std::string& request) {
-    switch (KindOf(request)) {
-      case kEvents: {
-        StreamMgrApi::EventRecordItem event;
-        event.reid = TextOf(request);
-        FD::Frame(fd, EventsAnswer({event}));
-        break;
-      }
-      case kFiles:
-        FD::Frame(fd, FilesAnswer({File(1), File(2)}));
-        break;
-      case kCount:
-        FD::Frame(fd, CountAnswer(42));
-        break;
-      default:
-        FD::Frame(fd, DeleteAnswer(TextOf(request) == "yes"));
-        break;
-    }
+  Client client([](int fd, const std::string& request) {
+    EventRecordItem event;
+    const auto [kind, text] = Parsed(request);
+    event.reid = text;
+    const std::string answers[] = {EventsAnswer({event}), kTwoFiles, CountAnswer(42),
+                                   DeleteAnswer(text == "yes")};
+    FD::Frame(fd, answers[kind - kEvents]);
     return FD::Then::kNext;
   });
-  Endpoint endpoint(daemon);
-  ASSERT_EQ(0, endpoint.ipc.Init());
-  StreamMgrApi::EventRecordListMessage events;
-  EXPECT_TRUE(
-      StreamMgrApi::GetEventsFromSqlStatement(endpoint.ipc, "select * from events", events, 1000));
+  EventRecordListMessage events;
+  EXPECT_TRUE(GetEventsFromSqlStatement(client.ipc, "select * from events", events, 1000));
   ASSERT_EQ(1u, events.items.size());
   EXPECT_EQ("select * from events", events.items[0].reid.GetValue());
-  StreamMgrApi::StreamfileRecordListMessage files;
-  EXPECT_TRUE(StreamMgrApi::GetFilesFromSqlStatement(endpoint.ipc, "f", files, 1000));
+  StreamfileRecordListMessage files;
+  EXPECT_TRUE(GetFilesFromSqlStatement(client.ipc, "f", files, 1000));
   ASSERT_EQ(2u, files.items.size());
   EXPECT_EQ(2u, files.items[1].number.GetValue());
   unsigned int count = 0;
-  EXPECT_TRUE(StreamMgrApi::GetCountFromSqlStatement(endpoint.ipc, "c", count, 1000));
+  EXPECT_TRUE(GetCountFromSqlStatement(client.ipc, "c", count, 1000));
   EXPECT_EQ(42u, count);
-  EXPECT_TRUE(StreamMgrApi::DeleteEvent("yes", endpoint.ipc));
-  EXPECT_FALSE(StreamMgrApi::DeleteEvent("no", endpoint.ipc));
-  EXPECT_EQ(1, daemon.Connections());
-  const std::vector<std::string> requests = daemon.Requests();
-  ASSERT_EQ(5u, requests.size());
-  EXPECT_EQ(TextRequest(kFiles, "f"), requests[1]);
-  EXPECT_EQ(TextRequest(kCount, "c"), requests[2]);
-  EXPECT_EQ(TextRequest(kDelete, "no"), requests[4]);
+  EXPECT_TRUE(DeleteEvent("yes", client.ipc));
+  EXPECT_FALSE(DeleteEvent("no", client.ipc));
+  EXPECT_EQ(1, client.daemon.Connections());
+  EXPECT_EQ((std::vector<std::string>{TextRequest(kEvents, "select * from events"),
+                                      TextRequest(kFiles, "f"), TextRequest(kCount, "c"),
+                                      TextRequest(kDelete, "yes"), TextRequest(kDelete, "no")}),
+            client.daemon.Requests());
 }
 
 TEST(StreamMgrApi, FailedAnswersLeaveListCountAndDeleteAsTheyWere) {
-  FakeDaemon daemon(kStreamMgrName, [](int fd, const std::string& request) {
-    FD::Frame(fd, FailedAnswer(KindOf(request)));
+  Client client([](int fd, const std::string& request) {
+    FD::Frame(fd, FailedAnswer(Parsed(request).first));
     return FD::Then::kNext;
   });
-  Endpoint endpoint(daemon);
-  ASSERT_EQ(0, endpoint.ipc.Init());
-  StreamMgrApi::EventRecordListMessage events;
-  EXPECT_FALSE(StreamMgrApi::GetEventsFromSqlStatement(endpoint.ipc, "e", events, 1000));
-  EXPECT_TRUE(events.items.empty());
-  StreamMgrApi::StreamfileRecordListMessage files;
-  EXPECT_FALSE(StreamMgrApi::GetFilesFromSqlStatement(endpoint.ipc, "f", files, 1000));
-  EXPECT_TRUE(files.items.empty());
-  unsigned int count = 9;
-  EXPECT_FALSE(StreamMgrApi::GetCountFromSqlStatement(endpoint.ipc, "c", count, 1000));
-  EXPECT_EQ(9u, count);
-  EXPECT_FALSE(StreamMgrApi::DeleteEvent("r", endpoint.ipc));
+  for (Kind kind : {kEvents, kFiles, kCount, kDelete}) ExpectFailed(client.ipc, kind, 1000);
 }
 
-TEST(StreamMgrApi, SilentDaemonTimesOutWithinTheTimeOut) {
-  FakeDaemon daemon(kStreamMgrName, [](int, const std::string&) { return FD::Then::kHold; });
-  Endpoint endpoint(daemon);
-  ASSERT_EQ(0, endpoint.ipc.Init());
-  unsigned int count = 9;
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_FALSE(StreamMgrApi::GetCountFromSqlStatement(endpoint.ipc, "c", count, kShortTimeoutMs));
-  const double waited = MillisecondsSince(start);
-  EXPECT_EQ(9u, count);
-  EXPECT_GE(waited, kShortTimeoutMs - 5);
-  EXPECT_LT(waited, kShortTimeoutMs + 1000);
-  StreamMgrApi::EventRecordListMessage events;
-  EXPECT_FALSE(StreamMgrApi::GetEventsFromSqlStatement(endpoint.ipc, "e", events, kShortTimeoutMs));
-  EXPECT_TRUE(events.items.empty());
+// How long a request may take: its time-out, and the least and most it waits.
+struct Timing {
+  int timeoutMs;
+  double fastestMs;
+  double slowestMs;
+};
+constexpr Timing kTimesOut = {kShortTimeoutMs, kShortTimeoutMs - 5, kShortTimeoutMs + 1000};
+constexpr Timing kAtOnce = {10000, 0, 5000};
+
+// A daemon that goes wrong, and requests that must fail in good time.
+struct Misbehaviour {
+  const char* name;
+  Timing timing;
+  std::vector<Kind> requests;  // asked one after another
+  FD::Script script;
+};
+
+std::string NameOf(const testing::TestParamInfo<Misbehaviour>& info) { return info.param.name; }
+
+// The frame of two files cut short: half of it, and all but its last byte.
+const std::string kHalf = FrameHeader(kTwoFiles.size()) + kTwoFiles.substr(0, kTwoFiles.size() / 2);
+const std::string kButOne =
+    FrameHeader(kTwoFiles.size()) + kTwoFiles.substr(0, kTwoFiles.size() - 1);
+const std::string kOversized = FrameHeader(size_t{kMaxFrameBytes} + 1) + CountAnswer(3);
+
+const Misbehaviour kMisbehaviours[] = {
+    {"SilentDaemonTimesOutWithinTheTimeOut", kTimesOut, {kCount, kEvents}, FD::Holding()},
+    {"HalfAnAnswerThenSilenceTimesOut", kTimesOut, {kFiles}, FD::Sending(kHalf)},
+    {"DaemonDyingMidAnswerFailsAtOnce", kAtOnce, {kFiles}, FD::Sending(kButOne, FD::Then::kClose)},
+    {"DaemonHangingUpBeforeTheAnswerFailsAtOnce", kAtOnce, {kCount, kDelete}, FD::HangingUp()},
+    {"OversizedAnswerIsRefusedWithoutWaiting", kAtOnce, {kCount}, FD::Sending(kOversized)},
+    {"LargestLengthIsRefused", kAtOnce, {kEvents}, FD::Sending("\xff\xff\xff\xff")},
+    {"NegativeTimeOutDoesNotWaitForever", {-1, 0, 1000}, {kCount}, FD::Holding()},
+    // Answers that are no answer to a files request.
+    {"EmptyAnswer", kAtOnce, {kFiles}, FD::Answering("")},
+    {"GarbageAnswer", kAtOnce, {kFiles}, FD::Answering("garbage that is no answer")},
+    {"UnknownStatusAndKind", kAtOnce, {kFiles}, FD::Answering(std::string("\x01\x02\x00\xff", 4))},
+    {"MalformedAnswer", kAtOnce, {kFiles}, FD::Answering(MalformedAnswer(kFiles))},
+    {"AnswerToAnotherRequest", kAtOnce, {kFiles}, FD::Answering(CountAnswer(3))},
+    {"AnswerWithTrailingBytes", kAtOnce, {kFiles}, FD::Answering(FilesAnswer({File(1)}) + "x")},
+};
+
+class Misbehaving : public testing::TestWithParam<Misbehaviour> {};
+
+TEST_P(Misbehaving, RequestsFailInTime) {
+  const Misbehaviour& daemon = GetParam();
+  Client client(daemon.script);
+  for (Kind kind : daemon.requests) {
+    const Clock::time_point start = Clock::now();
+    ExpectFailed(client.ipc, kind, daemon.timing.timeoutMs);
+    EXPECT_GE(MillisecondsSince(start), daemon.timing.fastestMs);
+    EXPECT_LT(MillisecondsSince(start), daemon.timing.slowestMs);
+  }
 }
 
-TEST(StreamMgrApi, HalfAnAnswerThenSilenceTimesOut) {
-  const std::string answer = FilesAnswer({File(1), File(2)});
-  FakeDaemon daemon(kStreamMgrName, [&answer](int fd, const std::string&) {
-    FD::Raw(fd, FrameHeader(answer.size()) + answer.substr(0, answer.size() / 2));
-    return FD::Then::kHold;
-  });
-  Endpoint endpoint(daemon);
-  ASSERT_EQ(0, endpoint.ipc.Init());
-  StreamMgrApi::StreamfileRecordListMessage files;
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_FALSE(StreamMgrApi::GetFilesFromSqlStatement(endpoint.ipc, "f", files, kShortTimeoutMs));
-  EXPECT_LT(MillisecondsSince(start), kShortTimeoutMs + 1000);
-  EXPECT_TRUE(files.items.empty());
-}
-
-TEST(StreamMgrApi, DaemonDyingMidAnswerFailsAtOnce) {
-  const std::string answer = FilesAnswer({File(1), File(2)});
-  FakeDaemon daemon(kStreamMgrName, [&answer](int fd, const std::string&) {
-    FD::Raw(fd, FrameHeader(answer.size()) + answer.substr(0, answer.size() - 1));
-    return FD::Then::kClose;
-  });
-  Endpoint endpoint(daemon);
-  ASSERT_EQ(0, endpoint.ipc.Init());
-  StreamMgrApi::StreamfileRecordListMessage files;
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_FALSE(StreamMgrApi::GetFilesFromSqlStatement(endpoint.ipc, "f", files, 10000));
-  EXPECT_LT(MillisecondsSince(start), 5000);
-  EXPECT_TRUE(files.items.empty());
-}
-
-TEST(StreamMgrApi, DaemonHangingUpBeforeTheAnswerFailsAtOnce) {
-  FakeDaemon daemon(kStreamMgrName, [](int, const std::string&) { return FD::Then::kClose; });
-  Endpoint endpoint(daemon);
-  ASSERT_EQ(0, endpoint.ipc.Init());
-  unsigned int count = 9;
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_FALSE(StreamMgrApi::GetCountFromSqlStatement(endpoint.ipc, "c", count, 10000));
-  EXPECT_LT(MillisecondsSince(start), 5000);
-  EXPECT_EQ(9u, count);
-  EXPECT_FALSE(StreamMgrApi::DeleteEvent("r", endpoint.ipc));
-}
+INSTANTIATE_TEST_SUITE_P(StreamMgrApi, Misbehaving, testing::ValuesIn(kMisbehaviours), NameOf);
 
 TEST(StreamMgrApi, WritingToADaemonThatHungUpDoesNotRaiseSigpipe) {
   // The daemon closes each connection as soon as it has one; the client's
   // write then meets a closed socket, which must be a failed request only.
-  FakeDaemon daemon(kStreamMgrName, [](int, const std::string&) { return FD::Then::kClose; });
-  Endpoint endpoint(daemon);
-  ASSERT_EQ(0, endpoint.ipc.Init());
+  Client client(FD::HangingUp());
   unsigned int count = 0;
-  StreamMgrApi::GetCountFromSqlStatement(endpoint.ipc, "c", count, 2000);
+  GetCountFromSqlStatement(client.ipc, "c", count, 2000);
   // The connection is gone now; a large request is written into nothing.
   for (int i = 0; i < 3; ++i) {
-    EXPECT_FALSE(StreamMgrApi::GetCountFromSqlStatement(endpoint.ipc, std::string(1 << 20, 'x'),
-                                                        count, 2000));
-  }
-}
-
-TEST(StreamMgrApi, OversizedAnswerIsRefusedWithoutWaiting) {
-  FakeDaemon daemon(kStreamMgrName, [](int fd, const std::string&) {
-    FD::Raw(fd, FrameHeader(static_cast<size_t>(kMaxFrameBytes) + 1) + CountAnswer(3));
-    return FD::Then::kHold;
-  });
-  Endpoint endpoint(daemon);
-  ASSERT_EQ(0, endpoint.ipc.Init());
-  unsigned int count = 9;
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_FALSE(StreamMgrApi::GetCountFromSqlStatement(endpoint.ipc, "c", count, 10000));
-  EXPECT_LT(MillisecondsSince(start), 5000);
-  EXPECT_EQ(9u, count);
-}
-
-TEST(StreamMgrApi, LargestLengthIsRefused) {
-  FakeDaemon daemon(kStreamMgrName, [](int fd, const std::string&) {
-    FD::Raw(fd, std::string("\xff\xff\xff\xff", 4));
-    return FD::Then::kHold;
-  });
-  Endpoint endpoint(daemon);
-  ASSERT_EQ(0, endpoint.ipc.Init());
-  StreamMgrApi::EventRecordListMessage events;
-  EXPECT_FALSE(StreamMgrApi::GetEventsFromSqlStatement(endpoint.ipc, "e", events, 10000));
-  EXPECT_TRUE(events.items.empty());
-}
-
-TEST(StreamMgrApi, MalformedAnswersAreFailedRequests) {
-  const std::vector<std::string> bodies = {
-      "",
-      "garbage that is no answer",
-      std::string("\x01\x02\x00\xff", 4),
-      MalformedAnswer(kFiles),
-      CountAnswer(3),  // an answer to another request
-      FilesAnswer({File(1)}) + "x",
-  };
-  for (const std::string& body : bodies) {
-    SCOPED_TRACE(body);
-    FakeDaemon daemon(kStreamMgrName, Answering(body));
-    Endpoint endpoint(daemon);
-    ASSERT_EQ(0, endpoint.ipc.Init());
-    StreamMgrApi::StreamfileRecordListMessage files;
-    EXPECT_FALSE(StreamMgrApi::GetFilesFromSqlStatement(endpoint.ipc, "f", files, 2000));
-    EXPECT_TRUE(files.items.empty());
+    EXPECT_FALSE(GetCountFromSqlStatement(client.ipc, std::string(1 << 20, 'x'), count, 2000));
   }
 }
 
@@ -287,33 +192,17 @@ TEST(StreamMgrApi, LateAnswerIsNeverTakenForTheNextRequest) {
   // The first request is answered only after the client gave up on it; the
   // next request must get its own answer.
   int calls = 0;
-  FakeDaemon daemon(kStreamMgrName, [&calls](int fd, const std::string&) {
-    if (++calls == 1) {
-      std::this_thread::sleep_for(milliseconds(2 * kShortTimeoutMs));
-      FD::Frame(fd, CountAnswer(1));
-      return FD::Then::kNext;
-    }
-    FD::Frame(fd, CountAnswer(2));
+  Client client([&calls](int fd, const std::string&) {
+    if (++calls == 1) std::this_thread::sleep_for(std::chrono::milliseconds(2 * kShortTimeoutMs));
+    FD::Frame(fd, CountAnswer(calls == 1 ? 1 : 2));
     return FD::Then::kNext;
   });
-  Endpoint endpoint(daemon);
-  ASSERT_EQ(0, endpoint.ipc.Init());
   unsigned int count = 0;
-  EXPECT_FALSE(StreamMgrApi::GetCountFromSqlStatement(endpoint.ipc, "c", count, kShortTimeoutMs));
+  EXPECT_FALSE(GetCountFromSqlStatement(client.ipc, "c", count, kShortTimeoutMs));
   EXPECT_EQ(0u, count);
-  EXPECT_TRUE(StreamMgrApi::GetCountFromSqlStatement(endpoint.ipc, "c", count, 5000));
+  EXPECT_TRUE(GetCountFromSqlStatement(client.ipc, "c", count, 5000));
   EXPECT_EQ(2u, count);
-  EXPECT_EQ(2, daemon.Connections());
-}
-
-TEST(StreamMgrApi, NegativeTimeOutDoesNotWaitForever) {
-  FakeDaemon daemon(kStreamMgrName, [](int, const std::string&) { return FD::Then::kHold; });
-  Endpoint endpoint(daemon);
-  ASSERT_EQ(0, endpoint.ipc.Init());
-  unsigned int count = 9;
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_FALSE(StreamMgrApi::GetCountFromSqlStatement(endpoint.ipc, "c", count, -1));
-  EXPECT_LT(MillisecondsSince(start), 1000);
+  EXPECT_EQ(2, client.daemon.Connections());
 }
 
 }  // namespace

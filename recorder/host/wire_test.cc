@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace HostIpc {
 namespace {
+
+using namespace std::string_literals;
 
 TEST(Wire, IntegersAreLittleEndian) {
   WireWriter writer;
@@ -33,20 +37,14 @@ TEST(Wire, EveryValueReadsBackAsWritten) {
   std::string text, empty = "x";
   ASSERT_TRUE(reader.U8(u8) && reader.U16(u16) && reader.U32(u32) && reader.I32(i32) &&
               reader.Bool(yes) && reader.Bool(no) && reader.String(text) && reader.String(empty));
-  EXPECT_EQ(255, u8);
-  EXPECT_EQ(65535, u16);
-  EXPECT_EQ(4294967295u, u32);
-  EXPECT_EQ(-2147483647 - 1, i32);
-  EXPECT_TRUE(yes);
-  EXPECT_FALSE(no);
-  EXPECT_EQ(std::string("a\0b\xff", 4), text);
-  EXPECT_EQ("", empty);
+  EXPECT_EQ(
+      std::make_tuple(255, 65535, 4294967295u, -2147483647 - 1, true, false, "a\0b\xff"s, ""s),
+      std::make_tuple(int{u8}, int{u16}, u32, i32, yes, no, text, empty));
   EXPECT_TRUE(reader.Finished());
 }
 
 TEST(Wire, ReadingPastTheEndFailsAndStaysFailed) {
-  const std::string bytes("\x01\x02\x03", 3);
-  WireReader reader(bytes);
+  WireReader reader("\x01\x02\x03", 3);
   uint32_t value = 7;
   EXPECT_FALSE(reader.U32(value));
   EXPECT_EQ(7u, value);
@@ -68,25 +66,20 @@ TEST(Wire, StringLongerThanTheBytesLeftFails) {
 }
 
 TEST(Wire, StringOfTheLargestLengthFailsWithoutAllocating) {
-  const std::string bytes(
-      "\xff\xff\xff\xff"
-      "abc",
-      7);
+  const std::string bytes = std::string(4, '\xff') + "abc";
   WireReader reader(bytes);
   std::string text;
   EXPECT_FALSE(reader.String(text));
 }
 
 TEST(Wire, OnlyZeroAndOneAreBooleans) {
-  const std::string bytes("\x02", 1);
-  WireReader reader(bytes);
+  WireReader reader("\x02", 1);
   bool value = false;
   EXPECT_FALSE(reader.Bool(value));
 }
 
 TEST(Wire, LeftoverBytesAreNotFinished) {
-  const std::string bytes("\x01\x02", 2);
-  WireReader reader(bytes);
+  WireReader reader("\x01\x02", 2);
   uint8_t byte = 0;
   ASSERT_TRUE(reader.U8(byte));
   EXPECT_FALSE(reader.Finished());

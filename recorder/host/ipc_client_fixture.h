@@ -1,0 +1,30 @@
+// What the client tests share: an endpoint aimed at a folder of the test's
+// own, and a stopwatch.
+#ifndef RECORDER_HOST_IPC_CLIENT_FIXTURE_H_
+#define RECORDER_HOST_IPC_CLIENT_FIXTURE_H_
+
+#include <chrono>
+#include <string>
+
+#include "recorder/host/fake_daemon.h"
+#include "recorder/host/ipc_channel.h"
+#include "recorder/host/ipc_codec.h"
+#include "recorder/host/linx_ipc_impl.h"
+
+namespace HostIpc {
+
+using FD = FakeDaemon;
+
+// db's endpoint, looking for the daemons in `dir` instead of the fixed folder.
+struct AimedIpc {
+  explicit AimedIpc(const std::string& dir) { EndpointOf(ipc).endpointDir = dir; }
+  LinxIpc ipc{"db"};
+};
+
+inline double MillisecondsSince(Clock::time_point start) {
+  return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+}  // namespace HostIpc
+
+#endif  // RECORDER_HOST_IPC_CLIENT_FIXTURE_H_
