@@ -4,10 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <iostream>
-#include <sstream>
 #include <string>
 
 #include "cli/tool_context.h"
+#include "testing/files_listing.h"
 #include "testing/stream_capture.h"
 
 namespace {
@@ -45,11 +45,7 @@ const char kFileLine[] =
 
 TEST_F(FileRowTest, Heading) {
   PrintFileHeading();
-  EXPECT_EQ(
-      "\n"
-      "Number  Stream   State      Size        Start Time     StopTime  Start Tick   Stop Tick  Prev  Next  Type  \n"
-      "======  ======  ========  ========  =================  ========  ==========  ==========  ====  ====  ====  \n",
-      out_.Text());
+  EXPECT_EQ(files_listing::kHeading, out_.Text());
 }
 
 TEST_F(FileRowTest, OneRow) {

@@ -207,10 +207,18 @@ TEST_P(FilesBadInput, NullsNeverMatchTheCurrentOrStateFilters) {
 
 TEST_P(FilesBadInput, StatesAndTypesOutsideTheirEnumerations) {
   RecorderDisk disk;
-  disk.Exec(Row(1, 0, 7, 10, 20, 0, 0, 0, 2, 100, 3).Insert() +
-            Row(2, 0, 4, 20, 30, 0, 0, 1, 3, 200, 4).Insert() +
-            Row(3, 0, 2, 30, 40, 0, 0, 2, 4, 300, 255).Insert() +
-            Row(4, 0, 4294967295, 40, 50, 0, 0, 3, 5, 400, 4294967295).Insert());
+  disk.Exec(
+      File(1).State(7).Ticks(10, 20).Times(0, 0).Chain(0, 2).Size(100).Type(kWiped).Insert() +
+      File(2).State(4).Ticks(20, 30).Times(0, 0).Chain(1, 3).Size(200).Type(4).Insert() +
+      File(3).State(kUsedFree).Ticks(30, 40).Times(0, 0).Chain(2, 4).Size(300).Type(255).Insert() +
+      File(4)
+          .State(4294967295)
+          .Ticks(40, 50)
+          .Times(0, 0)
+          .Chain(3, 5)
+          .Size(400)
+          .Type(4294967295)
+          .Insert());
   const RunResult r = Run(disk, {"-f", "*", "-f", "fkat"});
   const std::string row3 =
       "     3       0  UsedFree       300  01/01/70 00:00:00  00:00:00          30          40     2     4  Invalid  \n";
