@@ -16,6 +16,12 @@ namespace files_e2e {
 // other folders reach through this namespace too.
 using namespace files_listing;
 
+// Every sample file in reverse number order.
+inline std::string AllReversed() {
+  const std::vector<std::string> rows = ByNumber();
+  return Listing({rows.rbegin(), rows.rend()});
+}
+
 // `count` generated files numbered from 1, chained one to the next: stream 0,
 // free, ticks ten apart, so that number order and start tick order agree.
 inline std::string GeneratedFiles(int count) {

@@ -16,12 +16,6 @@ namespace {
 
 using namespace files_e2e;
 
-// Every file in reverse number order.
-std::string AllReversed() {
-  return Listing(
-      {kRow1234, kRow209, kRow205, kRow200, kRow20, kRow12, kRow5, kRow4, kRow3, kRow2, kRow1});
-}
-
 // One run of db on the sample store and the whole standard output it prints.
 struct ListingCase {
   const char* name;
