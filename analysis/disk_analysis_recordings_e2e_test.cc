@@ -108,10 +108,7 @@ class Recordings : public ::testing::TestWithParam<AccessPath> {
 };
 
 TEST_P(Recordings, EachFileIsJudgedAsTheTruthSays) {
-  const RunResult r = RunDb(disk_, GetParam(), {"-a", "d"});
-  EXPECT_EQ(kReport, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(RunDb(disk_, GetParam(), {"-a", "d"}), kReport, "", 0);
   for (int n = 1; n <= 10; ++n) {
     EXPECT_FALSE(disk_.Exists(std::to_string(n) + ".ts")) << n;
     EXPECT_TRUE(disk_.Exists("streams/" + std::to_string(n) + ".ts")) << n;

@@ -158,14 +158,7 @@ TEST_P(FilesBadInput, StatesAndTypesOutsideTheirEnumerations) {
       File(1).State(7).Ticks(10, 20).Times(0, 0).Chain(0, 2).Size(100).Type(kWiped).Insert() +
       File(2).State(4).Ticks(20, 30).Times(0, 0).Chain(1, 3).Size(200).Type(4).Insert() +
       File(3).State(kUsedFree).Ticks(30, 40).Times(0, 0).Chain(2, 4).Size(300).Type(255).Insert() +
-      File(4)
-          .State(4294967295)
-          .Ticks(40, 50)
-          .Times(0, 0)
-          .Chain(3, 5)
-          .Size(400)
-          .Type(4294967295)
-          .Insert());
+      File(4).State(4294967295).Ticks(40, 50).Times(0, 0).Chain(3, 5).Size(400).Type(~0u).Insert());
   const std::string row3 =
       "     3       0  UsedFree       300  01/01/70 00:00:00  00:00:00          30          40     2     4  Invalid  \n";
   EXPECT_RUN(

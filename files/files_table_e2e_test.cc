@@ -127,22 +127,11 @@ INSTANTIATE_TEST_SUITE_P(
     });
 
 TEST_P(FilesTable, StreamThreeAllocatedStillSortsByStartTick) {
-  disk_.Exec(File(300)
-                 .Stream(3)
-                 .State(kAllocated)
-                 .Ticks(10, 20)
-                 .Times(0, 0)
-                 .Chain(0, 301)
-                 .Size(7)
-                 .Insert() +
-             File(301)
-                 .Stream(3)
-                 .State(kAllocated)
-                 .Ticks(5, 20)
-                 .Times(0, 0)
-                 .Chain(300, 0)
-                 .Size(8)
-                 .Insert());
+  File first(300);
+  File second(301);
+  first.Stream(3).State(kAllocated).Ticks(10, 20).Times(0, 0).Chain(0, 301).Size(7);
+  second.Stream(3).State(kAllocated).Ticks(5, 20).Times(0, 0).Chain(300, 0).Size(8);
+  disk_.Exec(first.Insert() + second.Insert());
   EXPECT_RUN(
       Run({"-f", "s3a"}),
       Listing({
