@@ -8,13 +8,21 @@
 
 namespace split_report {
 
+// The lines of each check that can pass or fail without a size limit.
+const char kOverlapPass[] = "  Checking 2-second overlap...PASS\n";
+const char kOverlapFail[] = "  Checking 2-second overlap...FAIL\n";
+const char kLastPass[] = "  Verify last part >= 2 sec...PASS\n";
+const char kLastFail[] = "  Verify last part >= 2 sec...FAIL\n";
+const char kTotalPass[] = "  Checking totalParts.........PASS\n";
+
+// The line that opens the report of a group.
+inline std::string Group(const std::string& groupId) {
+  return "Checking groupId '" + groupId + "':\n";
+}
+
 // The lines of a group that passes the three checks made without a size limit.
 inline std::string Passing(const std::string& groupId) {
-  return "Checking groupId '" + groupId +
-         "':\n"
-         "  Checking 2-second overlap...PASS\n"
-         "  Verify last part >= 2 sec...PASS\n"
-         "  Checking totalParts.........PASS\n";
+  return Group(groupId) + kOverlapPass + kLastPass + kTotalPass;
 }
 
 // One part of a split event as the store holds it.
@@ -35,11 +43,6 @@ struct GroupCase {
 
 // None of these parts is staged.
 inline std::vector<GroupCase> GroupCases() {
-  const std::string overlapFail = "  Checking 2-second overlap...FAIL\n";
-  const std::string overlapPass = "  Checking 2-second overlap...PASS\n";
-  const std::string lastPass = "  Verify last part >= 2 sec...PASS\n";
-  const std::string lastFail = "  Verify last part >= 2 sec...FAIL\n";
-  const std::string totalPass = "  Checking totalParts.........PASS\n";
   return {
       {"NoEventsPrintsOneEmptyLine", {}, "\n"},
       {"EventsWithoutGroupAreNotReported", {{"", 0, 0, 10, 20}, {"", 0, 0, 30, 40}}, "\n"},
@@ -49,14 +52,14 @@ inline std::vector<GroupCase> GroupCases() {
       // Part 3 starts 6 ticks before part 2 stops.
       {"SampleOfTheOverlapFailure",
        {{"G", 1, 3, 100, 200}, {"G", 2, 3, 196, 300}, {"G", 3, 3, 294, 304}},
-       "Checking groupId 'G':\n" + overlapFail +
-           "    Part 3 doesn't have 2-second overlap:  ticks = 6\n" + lastPass + totalPass + "\n"},
+       Group("G") + kOverlapFail + "    Part 3 doesn't have 2-second overlap:  ticks = 6\n" +
+           kLastPass + kTotalPass + "\n"},
       {"EveryFailingPartHasItsLineUnderOneFail",
        {{"G", 1, 3, 100, 200}, {"G", 2, 3, 210, 300}, {"G", 3, 3, 300, 400}},
-       "Checking groupId 'G':\n" + overlapFail +
+       Group("G") + kOverlapFail +
            "    Part 2 doesn't have 2-second overlap:  ticks = -10\n"
            "    Part 3 doesn't have 2-second overlap:  ticks = 0\n" +
-           lastPass + totalPass + "\n"},
+           kLastPass + kTotalPass + "\n"},
       // The previous part stops at tick 2, so the next must start at 2 - 4,
       // which wraps to 4294967294.
       {"OverlapIsComparedWithWrapAround",
@@ -68,9 +71,9 @@ inline std::vector<GroupCase> GroupCases() {
        Passing("G") + "\n"},
       {"OverlapDifferenceIsPrintedSigned",
        {{"G", 1, 2, 0, 0}, {"G", 2, 2, 2147483648, 2147483700}},
-       "Checking groupId 'G':\n" + overlapFail +
-           "    Part 2 doesn't have 2-second overlap:  ticks = -2147483648\n" + lastPass +
-           totalPass + "\n"},
+       Group("G") + kOverlapFail +
+           "    Part 2 doesn't have 2-second overlap:  ticks = -2147483648\n" + kLastPass +
+           kTotalPass + "\n"},
       {"GroupsAreOrderedByGroupIdBytes",
        {{"B", 1, 1, 0, 10}, {"a", 1, 1, 0, 10}, {"", 0, 0, 0, 1}, {"A", 1, 1, 0, 10}},
        Passing("A") + Passing("B") + Passing("a") + "\n"},
@@ -83,9 +86,8 @@ inline std::vector<GroupCase> GroupCases() {
       // Stored as 2 then 1: part 1 is compared with part 2.
       {"PartsStayInQueryOrder",
        {{"G", 2, 2, 196, 300}, {"G", 1, 2, 100, 200}},
-       "Checking groupId 'G':\n" + overlapFail +
-           "    Part 1 doesn't have 2-second overlap:  ticks = 200\n" + lastPass + totalPass +
-           "\n"},
+       Group("G") + kOverlapFail + "    Part 1 doesn't have 2-second overlap:  ticks = 200\n" +
+           kLastPass + kTotalPass + "\n"},
       {"PartsOfOneGroupNeedNotBeAdjacent",
        {{"A", 1, 2, 0, 100}, {"B", 1, 1, 0, 10}, {"", 0, 0, 0, 0}, {"A", 2, 2, 96, 200}},
        Passing("A") + Passing("B") + "\n"},
@@ -94,20 +96,20 @@ inline std::vector<GroupCase> GroupCases() {
        Passing("G") + "\n"},
       {"MissingPartFailsTotalParts",
        {{"G", 1, 2, 0, 100}, {"G", 3, 2, 96, 200}},
-       "Checking groupId 'G':\n" + overlapPass + lastPass +
+       Group("G") + kOverlapPass + kLastPass +
            "  Checking totalParts.........FAIL:  expectedTotalParts=2  actualUniquePartNums=2  lastPartNum=3\n"
            "\n"},
       {"ExpectedTotalComesFromTheFirstPart",
        {{"G", 1, 3, 0, 100}, {"G", 2, 2, 96, 200}},
-       "Checking groupId 'G':\n" + overlapPass + lastPass +
+       Group("G") + kOverlapPass + kLastPass +
            "  Checking totalParts.........FAIL:  expectedTotalParts=3  actualUniquePartNums=2  lastPartNum=2\n"
            "\n"},
       {"ShortLastPartFails",
        {{"G", 1, 2, 0, 100}, {"G", 2, 2, 96, 99}},
-       "Checking groupId 'G':\n" + overlapPass + lastFail + totalPass + "\n"},
+       Group("G") + kOverlapPass + kLastFail + kTotalPass + "\n"},
       {"LastPartOfNoLengthFails",
        {{"G", 1, 2, 0, 100}, {"G", 2, 2, 96, 96}},
-       "Checking groupId 'G':\n" + overlapPass + lastFail + totalPass + "\n"},
+       Group("G") + kOverlapPass + kLastFail + kTotalPass + "\n"},
       // Four ticks are two seconds: long enough.
       {"LastPartOfFourTicksPasses",
        {{"G", 1, 2, 0, 100}, {"G", 2, 2, 96, 100}},
@@ -115,7 +117,7 @@ inline std::vector<GroupCase> GroupCases() {
       // Part 1 names itself the last of one part and lasts 2 ticks.
       {"LastPartIsJudgedByItsOwnTotal",
        {{"G", 1, 1, 0, 2}, {"G", 2, 5, 4294967294, 100}},
-       "Checking groupId 'G':\n" + overlapPass + lastFail +
+       Group("G") + kOverlapPass + kLastFail +
            "  Checking totalParts.........FAIL:  expectedTotalParts=1  actualUniquePartNums=2  lastPartNum=2\n"
            "\n"},
       {"LastPartStoppingBeforeItStartsPasses",
@@ -123,7 +125,7 @@ inline std::vector<GroupCase> GroupCases() {
        Passing("G") + "\n"},
       {"GroupWithoutALastPartPassesThatCheck",
        {{"G", 1, 3, 0, 1}},
-       "Checking groupId 'G':\n" + overlapPass + lastPass +
+       Group("G") + kOverlapPass + kLastPass +
            "  Checking totalParts.........FAIL:  expectedTotalParts=3  actualUniquePartNums=1  lastPartNum=1\n"
            "\n"},
       {"SinglePartGroupPassesTheOverlap", {{"G", 1, 1, 7, 100}}, Passing("G") + "\n"},
