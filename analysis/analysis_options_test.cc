@@ -29,65 +29,51 @@ struct OptionCase {
   std::string outcome;
 };
 
-std::vector<OptionCase> OptionCases() {
-  return {
-      // An empty argument changes nothing.
-      {"sz7", "", "s z7"},
-      {"", "d", "d z0"},
-      {"", "s", "s z0"},
-      // Letters in any order, and repeated.
-      {"", "sd", "ds z0"},
-      {"", "ds", "ds z0"},
-      {"", "ssdd", "ds z0"},
-      {"", "dsds", "ds z0"},
-      {"", "ss", "s z0"},
-      // The number after z.
-      {"", "sz20", "s z20"},
-      {"", "zs20", "s z20"},
-      // Everything after the digits is lost, even an unknown letter.
-      {"", "sz20d", "s z20"},
-      {"", "z20s", "- z20"},
-      {"", "sz5?", "s z5"},
-      // The number belongs to the first z; letters between the z and the
-      // digits are still read, anything else stops the parse there.
-      {"", "zz3", "- z3"},
-      {"", "zds12", "ds z12"},
-      {"", "sz?9", "s z9 refused at \"?\""},
-      // z without digits keeps the earlier number.
-      {"z20", "sz", "s z20"},
-      {"", "sz", "s z0"},
-      // z alone only stores the number.
-      {"", "z20", "- z20"},
-      // Zero is a number like any other.
-      {"z20", "sz0", "s z0"},
-      {"", "z007", "- z7"},
-      // Digits before any z are refused.
-      {"", "d20", "d z0 refused at \"20\""},
-      // An unknown character stops the parse and keeps the earlier flags;
-      // upper case letters are not the same letters.
-      {"", "s?", "s z0 refused at \"?\""},
-      {"", "x", "- z0 refused at \"x\""},
-      {"", "qsd", "- z0 refused at \"qsd\""},
-      {"", "S", "- z0 refused at \"S\""},
-      {"", "D", "- z0 refused at \"D\""},
-      // Numbers saturate at 32 bits.
-      {"", "sz4294967295", "s z4294967295"},
-      {"", "sz4294967296", "s z4294967295"},
-      {"", "sz99999999999", "s z4294967295"},
-      {"", "sz" + std::string(5000, '9'), "s z4294967295"},
-      {"", "sz4294967294", "s z4294967294"},
-      // The record is shared across calls.
-      {"s", "d", "ds z0"},
-  };
-}
-
 class AnalysisOptionCases : public ::testing::TestWithParam<OptionCase> {};
 
 TEST_P(AnalysisOptionCases, Parse) {
   EXPECT_EQ(GetParam().outcome, Outcome(GetParam().argument, GetParam().start));
 }
 
-INSTANTIATE_TEST_SUITE_P(Examples, AnalysisOptionCases, ::testing::ValuesIn(OptionCases()));
+// First an empty argument, which changes nothing, and the letters alone.
+INSTANTIATE_TEST_SUITE_P(
+    Examples, AnalysisOptionCases,
+    ::testing::Values(
+        OptionCase{"sz7", "", "s z7"}, OptionCase{"", "d", "d z0"}, OptionCase{"", "s", "s z0"},
+        // Letters in any order, and repeated.
+        OptionCase{"", "sd", "ds z0"}, OptionCase{"", "ds", "ds z0"},
+        OptionCase{"", "ssdd", "ds z0"}, OptionCase{"", "dsds", "ds z0"},
+        OptionCase{"", "ss", "s z0"},
+        // The number after z.
+        OptionCase{"", "sz20", "s z20"}, OptionCase{"", "zs20", "s z20"},
+        // Everything after the digits is lost, even an unknown letter.
+        OptionCase{"", "sz20d", "s z20"}, OptionCase{"", "z20s", "- z20"},
+        OptionCase{"", "sz5?", "s z5"},
+        // The number belongs to the first z; letters between the z and the
+        // digits are still read, anything else stops the parse there.
+        OptionCase{"", "zz3", "- z3"}, OptionCase{"", "zds12", "ds z12"},
+        OptionCase{"", "sz?9", "s z9 refused at \"?\""},
+        // z without digits keeps the earlier number.
+        OptionCase{"z20", "sz", "s z20"}, OptionCase{"", "sz", "s z0"},
+        // z alone only stores the number.
+        OptionCase{"", "z20", "- z20"},
+        // Zero is a number like any other.
+        OptionCase{"z20", "sz0", "s z0"}, OptionCase{"", "z007", "- z7"},
+        // Digits before any z are refused.
+        OptionCase{"", "d20", "d z0 refused at \"20\""},
+        // An unknown character stops the parse and keeps the earlier flags;
+        // upper case letters are not the same letters.
+        OptionCase{"", "s?", "s z0 refused at \"?\""}, OptionCase{"", "x", "- z0 refused at \"x\""},
+        OptionCase{"", "qsd", "- z0 refused at \"qsd\""},
+        OptionCase{"", "S", "- z0 refused at \"S\""}, OptionCase{"", "D", "- z0 refused at \"D\""},
+        // Numbers saturate at 32 bits.
+        OptionCase{"", "sz4294967295", "s z4294967295"},
+        OptionCase{"", "sz4294967296", "s z4294967295"},
+        OptionCase{"", "sz99999999999", "s z4294967295"},
+        OptionCase{"", "sz" + std::string(5000, '9'), "s z4294967295"},
+        OptionCase{"", "sz4294967294", "s z4294967294"},
+        // The record is shared across calls.
+        OptionCase{"s", "d", "ds z0"}));
 
 TEST(AnalysisOptions, EveryByteValue) {
   for (int value = 0; value < 256; ++value) {

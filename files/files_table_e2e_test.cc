@@ -16,12 +16,26 @@ namespace {
 
 using namespace files_e2e;
 
-// One run of db on the sample store and the whole standard output it prints.
+// One run of db and the whole standard output it prints.
 struct ListingCase {
   const char* name;
   std::vector<std::string> args;
   std::string out;
+  std::string store = SampleFiles();  // the rows the run lists
 };
+
+// Two allocated files of stream 3, the second one written first.
+std::string StreamThreeAllocated() {
+  File first(300);
+  File second(301);
+  first.Stream(3).State(kAllocated).Ticks(10, 20).Times(0, 0).Chain(0, 301).Size(7);
+  second.Stream(3).State(kAllocated).Ticks(5, 20).Times(0, 0).Chain(300, 0).Size(8);
+  return first.Insert() + second.Insert();
+}
+
+std::vector<std::string> Reversed(const std::vector<std::string>& rows) {
+  return {rows.rbegin(), rows.rend()};
+}
 
 const ListingCase kListings[] = {
     // The examples of the usage text.
@@ -86,6 +100,22 @@ const ListingCase kListings[] = {
     {"NoMatchingRows", {"-f", "999"}, Listing({})},
     {"NoKeptFileInStreamThree", {"-f", "s3k"}, std::string(kHeading) + "\n0 items\n\n"},
     {"LimitWithFewerRowsShowsThemAll", {"-f", "kl"}, Listing({kRow1, kRow2, kRow200})},
+    {"EmptyTable", {"-f", "*"}, std::string(kHeading) + "\n0 items\n\n", ""},
+    {"LimitShowsTwentyRowsAndTheFullCount",
+     {"-f", "l"},
+     Listing(GeneratedRows(1, 20), 35),
+     GeneratedFiles(35)},
+    {"LimitWithReverseShowsTheLastTwenty",
+     {"-f", "rl"},
+     Listing(Reversed(GeneratedRows(16, 35)), 35),
+     GeneratedFiles(35)},
+    {"StreamThreeAllocatedStillSortsByStartTick",
+     {"-f", "s3a"},
+     Listing({
+         "   301       3  Allocatd         8  01/01/70 00:00:00  00:00:00           5          20   300     0  Norm  \n",
+         "   300       3  Allocatd         7  01/01/70 00:00:00  00:00:00          10          20     0   301  Norm  \n",
+     }),
+     SampleFiles() + StreamThreeAllocated()},
 };
 
 class FilesTable : public ::testing::TestWithParam<AccessPath> {
@@ -110,9 +140,9 @@ class FilesTable : public ::testing::TestWithParam<AccessPath> {
 class FilesListings : public ::testing::WithParamInterface<std::tuple<AccessPath, ListingCase>>,
                       public ::testing::Test {};
 
-TEST_P(FilesListings, OnTheSampleStore) {
+TEST_P(FilesListings, Run) {
   RecorderDisk disk;
-  disk.Exec(SampleFiles());
+  disk.Exec(std::get<1>(GetParam()).store);
   const std::string before = disk.Dump();
   const ListingCase& listing = std::get<1>(GetParam());
   EXPECT_RUN(RunDb(disk, std::get<0>(GetParam()), listing.args), listing.out, "", 0);
@@ -126,21 +156,6 @@ INSTANTIATE_TEST_SUITE_P(
              AccessPathName(std::get<0>(info.param));
     });
 
-TEST_P(FilesTable, StreamThreeAllocatedStillSortsByStartTick) {
-  File first(300);
-  File second(301);
-  first.Stream(3).State(kAllocated).Ticks(10, 20).Times(0, 0).Chain(0, 301).Size(7);
-  second.Stream(3).State(kAllocated).Ticks(5, 20).Times(0, 0).Chain(300, 0).Size(8);
-  disk_.Exec(first.Insert() + second.Insert());
-  EXPECT_RUN(
-      Run({"-f", "s3a"}),
-      Listing({
-          "   301       3  Allocatd         8  01/01/70 00:00:00  00:00:00           5          20   300     0  Norm  \n",
-          "   300       3  Allocatd         7  01/01/70 00:00:00  00:00:00          10          20     0   301  Norm  \n",
-      }),
-      "", 0);
-}
-
 TEST_P(FilesTable, RecordSurvivesOtherOptionsBetween) {
   // Stream 2 from the first -f still applies: no kept file is in stream 2.
   EXPECT_RUN(Run({"-f", "s2", "-h", "-f", "k"}),
@@ -150,25 +165,6 @@ TEST_P(FilesTable, RecordSurvivesOtherOptionsBetween) {
 TEST_P(FilesTable, MissingArgumentIsAnUnknownOption) {
   EXPECT_RUN(Run({"-f"}), Usage("Error: unknown option specified"),
              "db: option requires an argument -- 'f'\n", 0);
-}
-
-TEST_P(FilesTable, EmptyTable) {
-  RecorderDisk empty;
-  EXPECT_RUN(RunDb(empty, GetParam(), {"-f", "*"}), std::string(kHeading) + "\n0 items\n\n", "", 0);
-}
-
-TEST_P(FilesTable, LimitShowsTwentyRowsAndTheFullCount) {
-  RecorderDisk big;
-  big.Exec(GeneratedFiles(35));
-  EXPECT_RUN(RunDb(big, GetParam(), {"-f", "l"}), Listing(GeneratedRows(1, 20), 35), "", 0);
-}
-
-TEST_P(FilesTable, LimitWithReverseShowsTheLastTwenty) {
-  RecorderDisk big;
-  big.Exec(GeneratedFiles(35));
-  std::vector<std::string> rows = GeneratedRows(16, 35);
-  const std::vector<std::string> reversed(rows.rbegin(), rows.rend());
-  EXPECT_RUN(RunDb(big, GetParam(), {"-f", "rl"}), Listing(reversed, 35), "", 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(BothPaths, FilesTable, BothAccessPaths(), PathName);
