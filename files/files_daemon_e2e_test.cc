@@ -15,12 +15,12 @@ namespace {
 using namespace files_e2e;
 
 // Runs db with `args` through the daemon, which logs its requests in
-// requests.log and takes `extra` arguments.
+// requests.log and takes `extra` arguments; the store stays as it was.
 RunResult RunLogged(const RecorderDisk& disk, const std::vector<std::string>& args,
                     const std::string& extra = "") {
   SandboxOptions options;
   options.streamMgrArgs = "--log /mnt/hd/requests.log" + extra;
-  return RunDb(disk, AccessPath::kDaemon, args, options);
+  return RunUnchanged(disk, AccessPath::kDaemon, args, options);
 }
 
 const char kAllByNumber[] = " number like '%' order by number asc";
@@ -153,10 +153,8 @@ TEST_F(FilesDaemonSample, WithoutTheDaemonTheTableSizeIsShown) {
 }
 
 TEST_F(FilesDaemonSample, FailedRequestsShowNoRowsAndACountOfZero) {
-  const std::string before = disk_.Dump();
   EXPECT_RUN(RunLogged(disk_, {"-f", "*", "-f", "c"}, " --fail-requests"),
              Listing({}) + Listing({}), "", 0);
-  EXPECT_EQ(before, disk_.Dump());
 }
 
 }  // namespace

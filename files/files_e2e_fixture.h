@@ -3,18 +3,31 @@
 #ifndef FILES_FILES_E2E_FIXTURE_H_
 #define FILES_FILES_E2E_FIXTURE_H_
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
 #include <string>
 #include <vector>
 
 #include "testing/files_listing.h"
 #include "testing/recorder_disk.h"
+#include "testing/run_in_sandbox.h"
 
 namespace files_e2e {
 
 // The heading, the sample files, their rows and Listing(), which the tests of
 // other folders reach through this namespace too.
 using namespace files_listing;
+
+// Runs db with `args` and checks that the listing changed nothing in the store.
+inline RunResult RunUnchanged(const RecorderDisk& disk, AccessPath path,
+                              const std::vector<std::string>& args,
+                              const SandboxOptions& options = SandboxOptions()) {
+  const std::string before = disk.Dump();
+  const RunResult r = RunDb(disk, path, args, options);
+  EXPECT_EQ(before, disk.Dump());
+  return r;
+}
 
 // Every sample file in reverse number order.
 inline std::string AllReversed() {
