@@ -66,6 +66,15 @@ inline RunResult RunWithFakes(const RecorderDisk& disk, AccessPath path,
 
 class BothPaths : public ::testing::TestWithParam<AccessPath> {};
 
+// What -a d prints of a store of one stream file up to its extraction.
+const char kExtracting[] = "File count = 1\n Checking 1.ts:  extracting...";
+
+// The whole report of -a d on one stream file that passes, its extracted copy
+// named `copy`.
+inline std::string OneFilePasses(const std::string& copy) {
+  return kExtracting + copy + "  checking...PASS\n\n";
+}
+
 }  // namespace analysis_e2e
 
 #endif  // ANALYSIS_ANALYSIS_E2E_FIXTURE_H_

@@ -19,10 +19,7 @@ using analysis_e2e::Segment;
 using analysis_e2e::SplitPart;
 using analysis_e2e::Stage;
 
-const char kDiskReport[] =
-    "File count = 1\n"
-    " Checking 1.ts:  extracting...one.ts  checking...PASS\n"
-    "\n";
+const std::string kDiskReport = analysis_e2e::OneFilePasses("one.ts");
 
 // The report of group G, with the line of a size check when one is made.
 std::string SplitReport(const std::string& sizeLine = "") {
@@ -89,7 +86,7 @@ TEST_P(AnalysisOptionsE2e, UnknownCharacterKeepsEarlierFlags) {
 TEST_P(AnalysisOptionsE2e, SplitThenDiskRunsBoth) {
   EXPECT_RUN(Run({"-a", "s", "-a", "d"}), kSplitReport + kDiskReport, "", 0);
   // Once disk is set, every later -a runs the disk analysis.
-  EXPECT_RUN(Run({"-a", "d", "-a", "s"}), std::string(kDiskReport) + kDiskReport, "", 0);
+  EXPECT_RUN(Run({"-a", "d", "-a", "s"}), kDiskReport + kDiskReport, "", 0);
 }
 
 TEST_P(AnalysisOptionsE2e, LongFormsOfTheOption) {
