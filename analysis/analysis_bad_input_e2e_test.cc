@@ -15,16 +15,12 @@ namespace {
 using analysis_e2e::BothPaths;
 using analysis_e2e::Fake;
 using analysis_e2e::kExtracting;
+using analysis_e2e::kExtractor;
 using analysis_e2e::OneFilePasses;
 using analysis_e2e::RunWithFakes;
 using analysis_e2e::SplitPart;
 
 const std::string kSplitReport = split_report::Passing("G") + "\n";
-
-// An extractor that leaves /mnt/hd/N.ts and names it.
-const char kExtractor[] =
-    "echo data > /mnt/hd/$2.ts\n"
-    "echo \"copied: stream$2.ts\"\n";
 
 const std::string kPasses = OneFilePasses("stream1.ts");
 

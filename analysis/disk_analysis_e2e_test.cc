@@ -14,6 +14,7 @@ namespace {
 
 using analysis_e2e::BothPaths;
 using analysis_e2e::Fake;
+using analysis_e2e::kExtractor;
 using analysis_e2e::OneFilePasses;
 using analysis_e2e::RunWithFakes;
 
@@ -27,13 +28,6 @@ void AddFiles(const RecorderDisk& disk, int count) {
   }
   disk.Exec(sql);
 }
-
-// An extractor that leaves /mnt/hd/N.ts, logs its call and names the copy.
-const char kExtractor[] =
-    "echo \"x $2\" >> /mnt/hd/calls.log\n"
-    "echo data > /mnt/hd/$2.ts\n"
-    "echo \"extracting stream file $2\"\n"
-    "echo \"copied: stream$2.ts\"\n";
 
 // An analyser that logs its call and finds nothing wrong.
 const char kCleanAnalyser[] =
