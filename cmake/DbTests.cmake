@@ -9,6 +9,12 @@
 # them as usual.
 option(DB_E2E_TESTS "Build and register the end-to-end tests (they need the recorder sandbox)" ON)
 
+# Every unit test program, so that a quick check builds them without the
+# end-to-end programs: cmake --build build -t unit_tests.
+if(DB_TESTS)
+  add_custom_target(unit_tests)
+endif()
+
 function(db_add_test name)
   if(NOT DB_TESTS)
     return()
@@ -29,6 +35,9 @@ function(db_add_test name)
     # The label lets a run take the end-to-end tests alone: tools/ci/armhf
     # runs them against the ARM build of db.
     set(labels unit)
+    if(NOT name MATCHES "_e2e_test")
+      add_dependencies(unit_tests ${name})
+    endif()
     if(name MATCHES "_e2e_test")
       set(labels e2e)
     endif()

@@ -5,19 +5,13 @@
 
 #include <sstream>
 #include <string>
+#include <tuple>
 
+#include "sim/config_mp/config_mp_options.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
 namespace {
-
-SandboxOptions Logged(bool configMp, const std::string& configMpArgs = "") {
-  SandboxOptions options;
-  options.configMp = configMp;
-  options.configMpArgs = configMpArgs;
-  options.environment = {"RECORDER_LOG=/mnt/hd/recorder.log", "RECORDER_LOG_LEVEL=2"};
-  return options;
-}
 
 // How many lines of the recorder log report a failed settings request.
 int Failures(const RecorderDisk& disk) {
@@ -34,62 +28,72 @@ int Failures(const RecorderDisk& disk) {
   return failures;
 }
 
-void TwoEvents(RecorderDisk& disk) { disk.Exec(EventRow{"a"}.Insert() + EventRow{"b"}.Insert()); }
-
-class ConfigMpReached : public testing::TestWithParam<AccessPath> {};
-
-TEST_P(ConfigMpReached, RunningServiceAnswersEveryRow) {
-  RecorderDisk disk;
-  TwoEvents(disk);
-  const RunResult r = RunDb(disk, GetParam(), {"-e"}, Logged(true, "--reexport-hours 24"));
-  EXPECT_EQ(0, r.status);
-  EXPECT_EQ(0, Failures(disk));
-  EXPECT_FALSE(disk.Exists("recorder.log"));
+// db -e over two events, with ConfigMP started with `configMpArgs` unless
+// it is null, logging to the disk's recorder.log.
+RunResult ListTwoEvents(RecorderDisk& disk, AccessPath path, const char* configMpArgs) {
+  disk.Exec(EventRow{"a"}.Insert() + EventRow{"b"}.Insert());
+  SandboxOptions options;
+  options.configMp = configMpArgs != nullptr;
+  options.configMpArgs = configMpArgs == nullptr ? "" : configMpArgs;
+  options.environment = {"RECORDER_LOG=/mnt/hd/recorder.log", "RECORDER_LOG_LEVEL=2"};
+  return RunDb(disk, path, {"-e"}, options);
 }
 
-TEST_P(ConfigMpReached, SlowServiceStillAnswers) {
-  RecorderDisk disk;
-  TwoEvents(disk);
-  const RunResult r = RunDb(disk, GetParam(), {"-e"}, Logged(true, "--delay-ms 100"));
-  EXPECT_EQ(0, r.status);
-  EXPECT_EQ(0, Failures(disk));
+// The listing of the two events: their Hours Till Re-Export column shows NA,
+// or Disabled when the service gives 0 hours.
+std::string Listing(bool disabled) {
+  return std::string(
+             "\n"
+             "           REID                 State     SplitState   Sec       Start Time     StopTime  ExportTime  Start Tick   Stop Tick  c/r  BG  Files           groupId              Prt  Tot  Stg   GiB   Hours Till Re-Export  Answer1  \n"
+             "============================  ==========  ==========  =====  =================  ========  ==========  ==========  ==========  ===  ==  =====  ============================  ===  ===  ===  =====  ====================  ====================  \n") +
+         (disabled
+              ? "a                             RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000              Disabled  \n"
+                "b                             RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000              Disabled  \n"
+              : "a                             RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
+                "b                             RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n");
 }
 
-TEST_P(ConfigMpReached, MissingServiceFailsEveryRow) {
+struct Service {
+  const char* name;
+  const char* configMpArgs;  // null: not running
+  bool disabled;             // re-export, in the listing
+  int failures;              // one per event row when the settings cannot be had
+};
+
+const Service kServices[] = {
+    {"RunningServiceAnswersEveryRow", "--reexport-hours 24", false, 0},
+    {"SlowServiceStillAnswers", "--delay-ms 100", true, 0},
+    {"MissingServiceFailsEveryRow", nullptr, false, 2},
+    {"FailingServiceFailsEveryRow", "--fail", false, 2},
+    {"GarbledServiceFailsEveryRow", "--garbage", false, 2},
+};
+
+class ConfigMpReached : public testing::TestWithParam<std::tuple<Service, AccessPath>> {};
+
+TEST_P(ConfigMpReached, AsTheRecorderLogSays) {
+  const auto& [service, path] = GetParam();
   RecorderDisk disk;
-  TwoEvents(disk);
-  const RunResult r = RunDb(disk, GetParam(), {"-e"}, Logged(false));
-  EXPECT_EQ(0, r.status);
-  EXPECT_EQ(2, Failures(disk));
+  EXPECT_RUN(ListTwoEvents(disk, path, service.configMpArgs), Listing(service.disabled), "", 0);
+  EXPECT_EQ(service.failures, Failures(disk));
+  EXPECT_EQ(service.failures != 0, disk.Exists("recorder.log"));
 }
 
-TEST_P(ConfigMpReached, FailingServiceFailsEveryRow) {
-  RecorderDisk disk;
-  TwoEvents(disk);
-  const RunResult r = RunDb(disk, GetParam(), {"-e"}, Logged(true, "--fail"));
-  EXPECT_EQ(0, r.status);
-  EXPECT_EQ(2, Failures(disk));
+INSTANTIATE_TEST_SUITE_P(BothPaths, ConfigMpReached,
+                         testing::Combine(testing::ValuesIn(kServices), BothAccessPaths()),
+                         [](const testing::TestParamInfo<std::tuple<Service, AccessPath>>& info) {
+                           return std::string(std::get<0>(info.param).name) + "_" +
+                                  AccessPathName(std::get<1>(info.param));
+                         });
+
+class ConfigMpTimed : public testing::TestWithParam<AccessPath> {};
+
+TEST_P(ConfigMpTimed, SameListingWhetherTheServiceAnswersSlowlyOrAtOnce) {
+  RecorderDisk quick, slow;
+  EXPECT_RUN(ListTwoEvents(slow, GetParam(), "--reexport-hours 5 --delay-ms 50"),
+             ListTwoEvents(quick, GetParam(), "--reexport-hours 5"));
 }
 
-TEST_P(ConfigMpReached, GarbledServiceFailsEveryRow) {
-  RecorderDisk disk;
-  TwoEvents(disk);
-  const RunResult r = RunDb(disk, GetParam(), {"-e"}, Logged(true, "--garbage"));
-  EXPECT_EQ(0, r.status);
-  EXPECT_EQ(2, Failures(disk));
-}
-
-TEST_P(ConfigMpReached, SameListingWhetherTheServiceAnswersSlowlyOrAtOnce) {
-  RecorderDisk disk;
-  TwoEvents(disk);
-  const RunResult quick = RunDb(disk, GetParam(), {"-e"}, Logged(true, "--reexport-hours 5"));
-  const RunResult slow =
-      RunDb(disk, GetParam(), {"-e"}, Logged(true, "--reexport-hours 5 --delay-ms 50"));
-  EXPECT_EQ(quick.out, slow.out);
-  EXPECT_EQ(quick.err, slow.err);
-}
-
-INSTANTIATE_TEST_SUITE_P(BothPaths, ConfigMpReached, BothAccessPaths(), PathName);
+INSTANTIATE_TEST_SUITE_P(BothPaths, ConfigMpTimed, BothAccessPaths(), PathName);
 
 TEST(ConfigMpProgram, EndsWithStatusZeroOnSigtermAndRemovesItsEndpoint) {
   RecorderDisk disk;
@@ -99,19 +103,14 @@ TEST(ConfigMpProgram, EndsWithStatusZeroOnSigtermAndRemovesItsEndpoint) {
       "pidof ConfigMP > /dev/null && echo named\n"
       "kill -TERM $pid; wait $pid; echo \"status $?\"\n"
       "echo \"left: $(ls -A /run/linx)\"\n";
-  const RunResult r = RunInSandbox(disk, {"sh", "-c", script});
-  EXPECT_EQ("named\nstatus 0\nleft: \n", r.out);
-  EXPECT_EQ("", r.err);
+  EXPECT_RUN(RunInSandbox(disk, {"sh", "-c", script}), "named\nstatus 0\nleft: \n", "", 0);
 }
 
 TEST(ConfigMpProgram, HelpAndBadOptions) {
   RecorderDisk disk;
-  const RunResult help = RunInSandbox(disk, {"ConfigMP", "--help"});
-  EXPECT_EQ(0, help.status);
-  EXPECT_EQ(0u, help.out.find("usage: ConfigMP [--reexport-hours N] [--fail]"));
-  const RunResult bad = RunInSandbox(disk, {"ConfigMP", "--reexport-hours", "-1"});
-  EXPECT_EQ(2, bad.status);
-  EXPECT_EQ(0u, bad.err.find("ConfigMP: bad value for --reexport-hours: '-1'\n"));
+  EXPECT_RUN(RunInSandbox(disk, {"ConfigMP", "--help"}), kConfigMpHelp, "", 0);
+  EXPECT_RUN(RunInSandbox(disk, {"ConfigMP", "--reexport-hours", "-1"}), "",
+             std::string("ConfigMP: bad value for --reexport-hours: '-1'\n") + kConfigMpHelp, 2);
 }
 
 }  // namespace

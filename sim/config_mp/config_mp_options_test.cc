@@ -6,15 +6,12 @@
 #include <vector>
 
 #include "recorder/host/ipc_codec.h"
+#include "testing/sim_command_line.h"
 
 namespace {
 
-bool Parse(std::vector<std::string> words, ConfigMpOptions& options, std::string& error) {
-  words.insert(words.begin(), "ConfigMP");
-  std::vector<char*> argv;
-  for (std::string& word : words) argv.push_back(&word[0]);
-  argv.push_back(nullptr);
-  return ParseConfigMpOptions(static_cast<int>(words.size()), argv.data(), options, error);
+bool Parse(const std::vector<std::string>& words, ConfigMpOptions& options, std::string& error) {
+  return ParseWords(ParseConfigMpOptions, words, options, error);
 }
 
 TEST(ConfigMpOptions, DefaultsToReExportDisabled) {

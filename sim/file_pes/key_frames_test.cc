@@ -4,27 +4,36 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "sim/file_pes/ts_builder.h"
 
 namespace {
 
-// Feeds a frame's bytes in pieces of `piece` bytes.
-FrameKind KindOf(VideoCodec codec, const std::string& frame, size_t piece = 1000) {
-  PictureScanner scanner;
-  scanner.SetCodec(codec);
-  scanner.StartFrame();
-  for (size_t at = 0; at < frame.size(); at += piece) {
-    const std::string part = frame.substr(at, piece);
-    scanner.Feed(reinterpret_cast<const uint8_t*>(part.data()), part.size());
+std::string Word(FrameKind kind) {
+  return kind == FrameKind::kKey ? "key" : kind == FrameKind::kOther ? "other" : "unknown";
+}
+
+void Feed(PictureScanner& scanner, const std::string& bytes) {
+  scanner.Feed(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
+}
+
+// The kind of each frame, fed in pieces of `piece` bytes, one word each.
+std::string Kinds(VideoCodec codec, const std::vector<std::string>& frames, size_t piece = 1000) {
+  std::string words;
+  for (const std::string& frame : frames) {
+    PictureScanner scanner;
+    scanner.SetCodec(codec);
+    scanner.StartFrame();
+    for (size_t at = 0; at < frame.size(); at += piece) Feed(scanner, frame.substr(at, piece));
+    words += (words.empty() ? "" : " ") + Word(scanner.Kind());
   }
-  return scanner.Kind();
+  return words;
 }
 
 TEST(KeyFrames, H264) {
-  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH264, H264Picture(true)));
-  EXPECT_EQ(FrameKind::kOther, KindOf(VideoCodec::kH264, H264Picture(false)));
-  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH264, H264RecoveryPointPicture()));
+  EXPECT_EQ("key other key", Kinds(VideoCodec::kH264, {H264Picture(true), H264Picture(false),
+                                                       H264RecoveryPointPicture()}));
 }
 
 // Payloads of the messages broadcast encoders put before a key frame.
@@ -35,15 +44,15 @@ const SeiMessage kRegistered{4, std::string("\xB5\x00\x31\x06\x06", 5)};
 
 TEST(KeyFrames, RecoveryPointAnywhereInAnSeiUnit) {
   // The payload bytes of 6 before it must not be taken for its type.
-  const std::string second = H264SeiPicture({kBufferingPeriod, kRecoveryPoint, kPictureTiming});
-  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH264, second));
-  const std::string third = H264SeiPicture({kBufferingPeriod, kPictureTiming, kRecoveryPoint});
-  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH264, third));
-  const std::string fourth =
-      H264SeiPicture({kBufferingPeriod, kPictureTiming, kRegistered, kRecoveryPoint});
-  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH264, fourth, 1));
-  const std::string none = H264SeiPicture({kBufferingPeriod, kPictureTiming, kRegistered});
-  EXPECT_EQ(FrameKind::kOther, KindOf(VideoCodec::kH264, none));
+  EXPECT_EQ(
+      "key key other",
+      Kinds(VideoCodec::kH264, {H264SeiPicture({kBufferingPeriod, kRecoveryPoint, kPictureTiming}),
+                                H264SeiPicture({kBufferingPeriod, kPictureTiming, kRecoveryPoint}),
+                                H264SeiPicture({kBufferingPeriod, kPictureTiming, kRegistered})}));
+  EXPECT_EQ(
+      "key",
+      Kinds(VideoCodec::kH264,
+            {H264SeiPicture({kBufferingPeriod, kPictureTiming, kRegistered, kRecoveryPoint})}, 1));
 }
 
 TEST(KeyFrames, LongPayloadsAndLargeTypes) {
@@ -52,16 +61,15 @@ TEST(KeyFrames, LongPayloadsAndLargeTypes) {
   for (const size_t size : {254, 255, 256, 600}) {
     const SeiMessage userData{5, std::string(size, '\x06')};
     const SeiMessage filler{5, std::string(size, '\xFF')};
-    EXPECT_EQ(FrameKind::kKey,
-              KindOf(VideoCodec::kH264, H264SeiPicture({userData, filler, kRecoveryPoint}), 7))
+    EXPECT_EQ("key",
+              Kinds(VideoCodec::kH264, {H264SeiPicture({userData, filler, kRecoveryPoint})}, 7))
         << size;
-    EXPECT_EQ(FrameKind::kOther, KindOf(VideoCodec::kH264, H264SeiPicture({userData, filler})))
-        << size;
+    EXPECT_EQ("other", Kinds(VideoCodec::kH264, {H264SeiPicture({userData, filler})})) << size;
   }
   // Type 6 + 255 is not a recovery point, type 255 + 6 is not either.
-  EXPECT_EQ(FrameKind::kOther, KindOf(VideoCodec::kH264, H264SeiPicture({{261, "\x06"}})));
-  EXPECT_EQ(FrameKind::kKey,
-            KindOf(VideoCodec::kH264, H264SeiPicture({{300, "\x01"}, kRecoveryPoint})));
+  EXPECT_EQ("other key",
+            Kinds(VideoCodec::kH264, {H264SeiPicture({{261, "\x06"}}),
+                                      H264SeiPicture({{300, "\x01"}, kRecoveryPoint})}));
 }
 
 TEST(KeyFrames, EmulationPreventionBytesAreNotPayload) {
@@ -70,35 +78,30 @@ TEST(KeyFrames, EmulationPreventionBytesAreNotPayload) {
   const SeiMessage zeros{5, std::string(8, '\0') + std::string("\x01\x00\x00\x02", 4)};
   const std::string picture = H264SeiPicture({zeros, kRecoveryPoint});
   ASSERT_NE(std::string::npos, picture.find(std::string("\0\0\x03\0", 4)));
-  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH264, picture));
-  EXPECT_EQ(FrameKind::kOther, KindOf(VideoCodec::kH264, H264SeiPicture({zeros})));
+  EXPECT_EQ("key other", Kinds(VideoCodec::kH264, {picture, H264SeiPicture({zeros})}));
 }
 
 TEST(KeyFrames, SeiUnitsEndAtTheirTrailingBits) {
   // A recovery point in a second SEI unit counts too; bytes after the
   // trailing bits of the first (cabac zero words) are not messages.
-  const std::string frame = std::string("\0\0\0\1\x06\x00\x01\x00\x80\x00\x00\x06\x06", 13) +
-                            H264SeiPicture({kRecoveryPoint});
-  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH264, frame));
-  const std::string trailing =
-      std::string("\0\0\0\1\x06\x00\x01\x00\x80\x06\x01\x00", 12) + H264Picture(false);
-  EXPECT_EQ(FrameKind::kOther, KindOf(VideoCodec::kH264, trailing));
+  EXPECT_EQ("key other", Kinds(VideoCodec::kH264,
+                               {std::string("\0\0\0\1\x06\x00\x01\x00\x80\x00\x00\x06\x06", 13) +
+                                    H264SeiPicture({kRecoveryPoint}),
+                                std::string("\0\0\0\1\x06\x00\x01\x00\x80\x06\x01\x00", 12) +
+                                    H264Picture(false)}));
 }
 
 TEST(KeyFrames, H265) {
-  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH265, H265Picture(19)));   // IDR_W_RADL
-  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH265, H265Picture(20)));   // IDR_N_LP
-  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH265, H265Picture(21)));   // CRA
-  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH265, H265Picture(16)));   // BLA_W_LP
-  EXPECT_EQ(FrameKind::kOther, KindOf(VideoCodec::kH265, H265Picture(1)));  // TRAIL_R
-  EXPECT_EQ(FrameKind::kOther, KindOf(VideoCodec::kH265, H265Picture(9)));  // RASL_R
+  // IDR_W_RADL, IDR_N_LP, CRA, BLA_W_LP, TRAIL_R, RASL_R.
+  EXPECT_EQ("key key key key other other",
+            Kinds(VideoCodec::kH265, {H265Picture(19), H265Picture(20), H265Picture(21),
+                                      H265Picture(16), H265Picture(1), H265Picture(9)}));
 }
 
 TEST(KeyFrames, Mpeg2) {
   const std::string sequence = std::string("\0\0\1\xB3\x0C\x00\x90\x13", 8);
-  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kMpeg2, sequence + Mpeg2Picture(1)));
-  EXPECT_EQ(FrameKind::kOther, KindOf(VideoCodec::kMpeg2, Mpeg2Picture(2)));
-  EXPECT_EQ(FrameKind::kOther, KindOf(VideoCodec::kMpeg2, Mpeg2Picture(3)));
+  EXPECT_EQ("key other other", Kinds(VideoCodec::kMpeg2, {sequence + Mpeg2Picture(1),
+                                                          Mpeg2Picture(2), Mpeg2Picture(3)}));
 }
 
 TEST(KeyFrames, StartCodeSplitAnywhereIsFound) {
@@ -108,58 +111,51 @@ TEST(KeyFrames, StartCodeSplitAnywhereIsFound) {
     PictureScanner scanner;
     scanner.SetCodec(VideoCodec::kH264);
     scanner.StartFrame();
-    scanner.Feed(reinterpret_cast<const uint8_t*>(frame.data()), cut);
-    scanner.Feed(reinterpret_cast<const uint8_t*>(frame.data()) + cut, frame.size() - cut);
+    Feed(scanner, frame.substr(0, cut));
+    Feed(scanner, frame.substr(cut));
     EXPECT_EQ(FrameKind::kKey, scanner.Kind()) << cut;
   }
-  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kH265, H265Picture(19), 1));
-  EXPECT_EQ(FrameKind::kKey, KindOf(VideoCodec::kMpeg2, Mpeg2Picture(1), 1));
+  EXPECT_EQ("key", Kinds(VideoCodec::kH265, {H265Picture(19)}, 1));
+  EXPECT_EQ("key", Kinds(VideoCodec::kMpeg2, {Mpeg2Picture(1)}, 1));
 }
 
 TEST(KeyFrames, UnreadableOrUnknown) {
-  EXPECT_EQ(FrameKind::kUnknown, KindOf(VideoCodec::kH264, std::string(500, '\xA5')));
-  EXPECT_EQ(FrameKind::kUnknown, KindOf(VideoCodec::kOther, H264Picture(true)));
-  EXPECT_EQ(FrameKind::kUnknown, KindOf(VideoCodec::kNone, H264Picture(true)));
-  // A start code at the very end, its unit never seen.
-  EXPECT_EQ(FrameKind::kUnknown, KindOf(VideoCodec::kH264, std::string("\0\0\1", 3)));
+  // The last: a start code at the very end, its unit never seen.
+  EXPECT_EQ("unknown unknown",
+            Kinds(VideoCodec::kH264, {std::string(500, '\xA5'), std::string("\0\0\1", 3)}));
+  EXPECT_EQ("unknown", Kinds(VideoCodec::kOther, {H264Picture(true)}));
+  EXPECT_EQ("unknown", Kinds(VideoCodec::kNone, {H264Picture(true)}));
 }
 
 TEST(KeyFrames, CodecLearntInTheMiddleOfAFrame) {
   // The frame's first bytes came before the PMT: they are read once the
-  // codec is known.
-  // The SEI unit runs on from the bytes kept to those after.
-  const SeiMessage userData{5, std::string(700, '\x5A')};
-  for (const bool recovery : {true, false}) {
+  // codec is known. The SEI unit runs on from the bytes kept to those after.
+  const auto learnt = [](const std::string& frame, size_t before) {
     PictureScanner scanner;
     scanner.StartFrame();
-    const std::string frame = recovery ? H264SeiPicture({userData, {6, std::string("\x84\x80", 2)}})
-                                       : H264SeiPicture({userData});
-    scanner.Feed(reinterpret_cast<const uint8_t*>(frame.data()), 300);
-    EXPECT_EQ(FrameKind::kUnknown, scanner.Kind());
+    Feed(scanner, frame.substr(0, before));
+    const std::string kind = Word(scanner.Kind());
     scanner.SetCodec(VideoCodec::kH264);
-    scanner.Feed(reinterpret_cast<const uint8_t*>(frame.data()) + 300, frame.size() - 300);
-    EXPECT_EQ(recovery ? FrameKind::kKey : FrameKind::kOther, scanner.Kind());
-  }
-  PictureScanner scanner;
-  scanner.StartFrame();
-  const std::string idr = H264Picture(true);
-  scanner.Feed(reinterpret_cast<const uint8_t*>(idr.data()), idr.size());
-  scanner.SetCodec(VideoCodec::kH264);
-  EXPECT_EQ(FrameKind::kKey, scanner.Kind());
+    Feed(scanner, frame.substr(before));
+    return kind + " " + Word(scanner.Kind());
+  };
+  const SeiMessage userData{5, std::string(700, '\x5A')};
+  EXPECT_EQ("unknown key", learnt(H264SeiPicture({userData, kRecoveryPoint}), 300));
+  EXPECT_EQ("unknown other", learnt(H264SeiPicture({userData}), 300));
+  EXPECT_EQ("unknown key", learnt(H264Picture(true), H264Picture(true).size()));  // all before
 }
 
 TEST(KeyFrames, EachFrameIsJudgedAfresh) {
   PictureScanner scanner;
   scanner.SetCodec(VideoCodec::kH264);
   scanner.StartFrame();
-  const std::string recovery = H264RecoveryPointPicture();
-  scanner.Feed(reinterpret_cast<const uint8_t*>(recovery.data()), recovery.size());
-  EXPECT_EQ(FrameKind::kKey, scanner.Kind());
+  Feed(scanner, H264RecoveryPointPicture());
+  std::string kinds = Word(scanner.Kind());
   scanner.StartFrame();
-  EXPECT_EQ(FrameKind::kUnknown, scanner.Kind());
-  const std::string plain = H264Picture(false);
-  scanner.Feed(reinterpret_cast<const uint8_t*>(plain.data()), plain.size());
-  EXPECT_EQ(FrameKind::kOther, scanner.Kind());  // the recovery point was the last frame's
+  kinds += " " + Word(scanner.Kind());
+  Feed(scanner, H264Picture(false));
+  // The recovery point was the last frame's.
+  EXPECT_EQ("key unknown other", kinds + " " + Word(scanner.Kind()));
 }
 
 }  // namespace

@@ -2,16 +2,13 @@
 #include <cstring>
 #include <iostream>
 
+#include "sim/common/usage.h"
 #include "sim/file_pes/file_pes.h"
 
 int main(int argc, char** argv) {
-  if (argc == 2 && (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0)) {
-    std::cout << kFilePesHelp;
-    return 0;
-  }
-  if (argc != 3 || std::strcmp(argv[1], "-a") != 0) {
-    std::cerr << "filePes: expected -a FILE\n" << kFilePesHelp;
-    return 2;
-  }
+  const bool help = argc == 2 && IsHelp(argv[1]);
+  const bool parsed = argc == 3 && std::strcmp(argv[1], "-a") == 0;
+  const int status = UsageStatus("filePes", parsed, "expected -a FILE", help, kFilePesHelp);
+  if (status >= 0) return status;
   return AnalyzeStreamFile(argv[2], std::cout);
 }

@@ -3,25 +3,19 @@
 // host IPC (see --help).
 #include <sqlite3.h>
 
-#include <cstdio>
-
 #include "recorder/host/ipc_protocol.h"
 #include "recorder/host/ipc_server.h"
 #include "recorder/recorder_places.h"
+#include "sim/common/usage.h"
 #include "sim/stream_mgr/stream_mgr_options.h"
 #include "sim/stream_mgr/stream_mgr_service.h"
 
 int main(int argc, char** argv) {
   StreamMgrOptions options;
   std::string error;
-  if (!ParseStreamMgrOptions(argc, argv, options, error)) {
-    std::fprintf(stderr, "StreamMgr: %s\n%s", error.c_str(), kStreamMgrHelp);
-    return 2;
-  }
-  if (options.help) {
-    std::fputs(kStreamMgrHelp, stdout);
-    return 0;
-  }
+  const bool parsed = ParseStreamMgrOptions(argc, argv, options, error);
+  const int usage = UsageStatus("StreamMgr", parsed, error, parsed && options.help, kStreamMgrHelp);
+  if (usage >= 0) return usage;
   sqlite3* database = OpenOwnedStore(Recorder::kStorePath);
   StreamMgrService service(database, options);
   const int status = HostIpc::RunDaemon(

@@ -5,14 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "testing/sim_command_line.h"
 namespace {
 
-bool Parse(std::vector<std::string> words, StreamMgrOptions& options, std::string& error) {
-  words.insert(words.begin(), "StreamMgr");
-  std::vector<char*> argv;
-  for (std::string& word : words) argv.push_back(&word[0]);
-  argv.push_back(nullptr);
-  return ParseStreamMgrOptions(static_cast<int>(words.size()), argv.data(), options, error);
+bool Parse(const std::vector<std::string>& words, StreamMgrOptions& options, std::string& error) {
+  return ParseWords(ParseStreamMgrOptions, words, options, error);
 }
 
 TEST(StreamMgrOptions, NoneGivesTheDefaults) {

@@ -19,6 +19,8 @@
 
 namespace {
 
+std::string Failed(bool leftSomething) { return leftSomething ? "failed, but answered" : "failed"; }
+
 using HostIpc::ServedDaemon;
 using StreamMgrApi::EventRecordListMessage;
 using StreamMgrApi::StreamfileRecordListMessage;
@@ -44,12 +46,35 @@ class Served {
   HostIpc::ServeEnd Stop() { return daemon_.Stop(); }
   std::string Path() const { return daemon_.Path(); }
 
-  // The live size the simulator reports for a file; false when it fails.
-  bool LiveSize(uint32_t number, uint32_t& size) const {
+  // The live size the simulator reports for a file, or "failed".
+  std::string LiveSize(uint32_t number) const {
     std::string answer;
-    return HostIpc::ExchangeOnce(daemon_.Path(), HostIpc::LiveSizeRequest(number), answer, 5000) &&
-           HostIpc::DecodeLiveSizeAnswer(answer, size);
+    uint32_t size = 7;
+    const bool ok =
+        HostIpc::ExchangeOnce(daemon_.Path(), HostIpc::LiveSizeRequest(number), answer, 5000) &&
+        HostIpc::DecodeLiveSizeAnswer(answer, size);
+    return ok ? std::to_string(size) : Failed(size != 7);
   }
+  // The answers to each request, encoded as the direct path's are, or
+  // "failed" (with what a failed request wrongly left behind).
+  std::string Events(const std::string& sql, int timeoutMs = 5000) {
+    EventRecordListMessage list;
+    return StreamMgrApi::GetEventsFromSqlStatement(ipc, sql, list, timeoutMs)
+               ? HostIpc::EventsAnswer(list.items)
+               : Failed(!list.items.empty());
+  }
+  std::string Files(const std::string& sql) {
+    StreamfileRecordListMessage list;
+    return StreamMgrApi::GetFilesFromSqlStatement(ipc, sql, list, 5000)
+               ? HostIpc::FilesAnswer(list.items)
+               : Failed(!list.items.empty());
+  }
+  std::string Count(const std::string& sql) {
+    unsigned int count = 99;
+    return StreamMgrApi::GetCountFromSqlStatement(ipc, sql, count, 5000) ? std::to_string(count)
+                                                                         : Failed(count != 99);
+  }
+  bool Delete(const std::string& reid) { return StreamMgrApi::DeleteEvent(reid, ipc); }
 
   LinxIpc ipc{"test"};
 
@@ -106,20 +131,13 @@ void FillStore(const RecorderDisk& disk) {
             "insert into status values ('version', '1');");
 }
 
-// Every kind of request fails: empty lists, the count left as it was, no delete.
-void ExpectEveryRequestFails(LinxIpc& ipc) {
-  EventRecordListMessage events;
-  EXPECT_FALSE(StreamMgrApi::GetEventsFromSqlStatement(ipc, "select * from events", events, 5000));
-  EXPECT_TRUE(events.items.empty());
-  StreamfileRecordListMessage files;
-  EXPECT_FALSE(
-      StreamMgrApi::GetFilesFromSqlStatement(ipc, "select * from streamfiles", files, 5000));
-  EXPECT_TRUE(files.items.empty());
-  unsigned int count = 5;
-  EXPECT_FALSE(
-      StreamMgrApi::GetCountFromSqlStatement(ipc, "select count(*) from events", count, 5000));
-  EXPECT_EQ(5u, count);
-  EXPECT_FALSE(StreamMgrApi::DeleteEvent("a", ipc));
+// Every kind of request fails: empty lists, the count left as it was, no
+// delete.
+void ExpectEveryRequestFails(Served& served) {
+  EXPECT_EQ("failed", served.Events("select * from events"));
+  EXPECT_EQ("failed", served.Files("select * from streamfiles"));
+  EXPECT_EQ("failed", served.Count("select count(*) from events"));
+  EXPECT_FALSE(served.Delete("a"));
 }
 
 TEST(StreamMgrService, EventsAreTheRecordsOfTheDirectPath) {
@@ -129,10 +147,7 @@ TEST(StreamMgrService, EventsAreTheRecordsOfTheDirectPath) {
   for (const std::string sql :
        {"select * from events", "select * from events order by reid desc",
         "select * from events where reid='a'", "select * from events where 0"}) {
-    SCOPED_TRACE(sql);
-    EventRecordListMessage list;
-    EXPECT_TRUE(StreamMgrApi::GetEventsFromSqlStatement(served.ipc, sql, list, 5000));
-    EXPECT_EQ(DirectEvents(disk, sql), HostIpc::EventsAnswer(list.items));
+    EXPECT_EQ(DirectEvents(disk, sql), served.Events(sql)) << sql;
   }
   EventRecordListMessage list;
   StreamMgrApi::GetEventsFromSqlStatement(served.ipc, "select * from events", list, 5000);
@@ -149,10 +164,7 @@ TEST(StreamMgrService, FilesAreTheRecordsOfTheDirectPath) {
   for (const std::string sql :
        {"select * from streamfiles", "select * from streamfiles order by number desc limit 2",
         "select * from streamfiles limit 1000 offset 2", "select * from streamfiles where 0"}) {
-    SCOPED_TRACE(sql);
-    StreamfileRecordListMessage list;
-    EXPECT_TRUE(StreamMgrApi::GetFilesFromSqlStatement(served.ipc, sql, list, 5000));
-    EXPECT_EQ(DirectFiles(disk, sql), HostIpc::FilesAnswer(list.items));
+    EXPECT_EQ(DirectFiles(disk, sql), served.Files(sql)) << sql;
   }
 }
 
@@ -160,21 +172,11 @@ TEST(StreamMgrService, CountIsColumnZeroOfTheFirstRow) {
   RecorderDisk disk;
   FillStore(disk);
   Served served(disk);
-  unsigned int count = 99;
-  EXPECT_TRUE(StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select count(*) from events",
-                                                     count, 5000));
-  EXPECT_EQ(3u, count);
-  EXPECT_TRUE(StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select count(*) from status",
-                                                     count, 5000));
-  EXPECT_EQ(1u, count);
-  EXPECT_TRUE(StreamMgrApi::GetCountFromSqlStatement(
-      served.ipc, "select 7, 8 union all select 9, 10", count, 5000));
-  EXPECT_EQ(7u, count);
-  EXPECT_TRUE(StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select 4294967297", count, 5000));
-  EXPECT_EQ(1u, count);  // cut to 32 bits
-  count = 99;
-  EXPECT_FALSE(StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select 1 where 0", count, 5000));
-  EXPECT_EQ(99u, count);
+  EXPECT_EQ("3", served.Count("select count(*) from events"));
+  EXPECT_EQ("1", served.Count("select count(*) from status"));
+  EXPECT_EQ("7", served.Count("select 7, 8 union all select 9, 10"));
+  EXPECT_EQ("1", served.Count("select 4294967297"));  // cut to 32 bits
+  EXPECT_EQ("failed", served.Count("select 1 where 0"));
 }
 
 TEST(StreamMgrService, OnlyTheFirstStatementOfTheTextRuns) {
@@ -182,14 +184,9 @@ TEST(StreamMgrService, OnlyTheFirstStatementOfTheTextRuns) {
   FillStore(disk);
   const std::string before = disk.Dump();
   Served served(disk);
-  unsigned int count = 0;
-  EXPECT_TRUE(StreamMgrApi::GetCountFromSqlStatement(
-      served.ipc, "select count(*) from events; delete from events", count, 5000));
-  EXPECT_EQ(3u, count);
-  EventRecordListMessage list;
-  EXPECT_TRUE(StreamMgrApi::GetEventsFromSqlStatement(
-      served.ipc, "select * from events where reid='a'; drop table events", list, 5000));
-  EXPECT_EQ(1u, list.items.size());
+  EXPECT_EQ("3", served.Count("select count(*) from events; delete from events"));
+  EXPECT_EQ(DirectEvents(disk, "select * from events where reid='a'"),
+            served.Events("select * from events where reid='a'; drop table events"));
   EXPECT_EQ(before, disk.Dump());
 }
 
@@ -197,21 +194,10 @@ TEST(StreamMgrService, TextThatDoesNotPrepareIsAFailedRequest) {
   RecorderDisk disk;
   FillStore(disk);
   Served served(disk);
-  EventRecordListMessage events;
-  EXPECT_FALSE(
-      StreamMgrApi::GetEventsFromSqlStatement(served.ipc, "select * from nosuch", events, 5000));
-  EXPECT_TRUE(events.items.empty());
-  StreamfileRecordListMessage files;
-  EXPECT_FALSE(StreamMgrApi::GetFilesFromSqlStatement(served.ipc, "", files, 5000));
-  EXPECT_TRUE(files.items.empty());
-  unsigned int count = 99;
-  EXPECT_FALSE(
-      StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select count(*) from", count, 5000));
-  EXPECT_EQ(99u, count);
-  // The connection is fine afterwards.
-  EXPECT_TRUE(StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select count(*) from events",
-                                                     count, 5000));
-  EXPECT_EQ(3u, count);
+  EXPECT_EQ("failed", served.Events("select * from nosuch"));
+  EXPECT_EQ("failed", served.Files(""));
+  EXPECT_EQ("failed", served.Count("select count(*) from"));
+  EXPECT_EQ("3", served.Count("select count(*) from events"));  // the connection is fine
 }
 
 TEST(StreamMgrService, StepErrorIsAFailedRequestNotAPartialList) {
@@ -219,16 +205,9 @@ TEST(StreamMgrService, StepErrorIsAFailedRequestNotAPartialList) {
   FillStore(disk);
   Served served(disk);
   // The overflow strikes at the second row, after one row was loaded.
-  const std::string failing =
-      " where case when reid='a' then 1 else abs(-9223372036854775807 - 1) end order by reid";
-  EventRecordListMessage events;
-  EXPECT_FALSE(StreamMgrApi::GetEventsFromSqlStatement(served.ipc, "select * from events" + failing,
-                                                       events, 5000));
-  EXPECT_TRUE(events.items.empty());
-  unsigned int count = 99;
-  EXPECT_FALSE(StreamMgrApi::GetCountFromSqlStatement(
-      served.ipc, "select abs(-9223372036854775807 - 1)", count, 5000));
-  EXPECT_EQ(99u, count);
+  EXPECT_EQ("failed", served.Events("select * from events where case when reid='a' then 1 else "
+                                    "abs(-9223372036854775807 - 1) end order by reid"));
+  EXPECT_EQ("failed", served.Count("select abs(-9223372036854775807 - 1)"));
 }
 
 TEST(StreamMgrService, AnswerTooBigForOneFrameIsAFailedRequest) {
@@ -239,30 +218,22 @@ TEST(StreamMgrService, AnswerTooBigForOneFrameIsAFailedRequest) {
       "insert into events (reid, description) "
       "select 'r' || i, replace(hex(zeroblob(524288)), '0', 'x') from n;");
   Served served(disk);
-  EventRecordListMessage list;
-  EXPECT_FALSE(
-      StreamMgrApi::GetEventsFromSqlStatement(served.ipc, "select * from events", list, 30000));
-  EXPECT_TRUE(list.items.empty());
+  EXPECT_EQ("failed", served.Events("select * from events", 30000));
   // 31 of them fit, and the connection is still good.
-  EXPECT_TRUE(StreamMgrApi::GetEventsFromSqlStatement(
-      served.ipc, "select * from events where reid not in ('r1', 'r2', 'r3')", list, 30000));
-  EXPECT_EQ(31u, list.items.size());
+  const std::string fit = "select * from events where reid not in ('r1', 'r2', 'r3')";
+  EXPECT_EQ(DirectEvents(disk, fit), served.Events(fit, 30000));
 }
 
 TEST(StreamMgrService, DeleteRemovesOneEventRow) {
   RecorderDisk disk;
   FillStore(disk);
   Served served(disk);
-  EXPECT_TRUE(StreamMgrApi::DeleteEvent("b'quote", served.ipc));
-  EXPECT_FALSE(StreamMgrApi::DeleteEvent("b'quote", served.ipc));  // gone already
-  EXPECT_FALSE(StreamMgrApi::DeleteEvent("g", served.ipc));        // a groupId is no reid
-  EXPECT_FALSE(StreamMgrApi::DeleteEvent("' or 1=1 --", served.ipc));
-  EventRecordListMessage list;
-  StreamMgrApi::GetEventsFromSqlStatement(served.ipc, "select * from events order by reid", list,
-                                          5000);
-  ASSERT_EQ(2u, list.items.size());
-  EXPECT_EQ("a", list.items[0].reid.GetValue());
-  EXPECT_EQ("c \xc3\xa9", list.items[1].reid.GetValue());
+  EXPECT_TRUE(served.Delete("b'quote"));
+  EXPECT_FALSE(served.Delete("b'quote"));  // gone already
+  EXPECT_FALSE(served.Delete("g"));        // a groupId is no reid
+  EXPECT_FALSE(served.Delete("' or 1=1 --"));
+  EXPECT_EQ("2", served.Count("select count(*) from events"));
+  EXPECT_EQ("2", served.Count("select count(*) from events where reid in ('a', 'c \xc3\xa9')"));
 }
 
 TEST(StreamMgrService, RefusedDeleteDeletesNothing) {
@@ -273,13 +244,13 @@ TEST(StreamMgrService, RefusedDeleteDeletesNothing) {
   options.refusedDeletes = {"a", "c \xc3\xa9"};
   {
     Served served(disk, options);
-    EXPECT_FALSE(StreamMgrApi::DeleteEvent("a", served.ipc));
-    EXPECT_FALSE(StreamMgrApi::DeleteEvent("c \xc3\xa9", served.ipc));
+    EXPECT_FALSE(served.Delete("a"));
+    EXPECT_FALSE(served.Delete("c \xc3\xa9"));
   }
   EXPECT_EQ(before, disk.Dump());
   {
     Served served(disk, options);
-    EXPECT_TRUE(StreamMgrApi::DeleteEvent("b'quote", served.ipc));
+    EXPECT_TRUE(served.Delete("b'quote"));
   }
   EXPECT_NE(before, disk.Dump());
 }
@@ -291,7 +262,7 @@ TEST(StreamMgrService, FailingRequestsAnswerNothingAndChangeNothing) {
   StreamMgrOptions options;
   options.failRequests = true;
   Served served(disk, options);
-  ExpectEveryRequestFails(served.ipc);
+  ExpectEveryRequestFails(served);
   EXPECT_EQ(before, disk.Dump());
 }
 
@@ -302,9 +273,8 @@ TEST(StreamMgrService, GarbageAnswersFailEveryRequest) {
   StreamMgrOptions options;
   options.garbage = true;
   Served served(disk, options);
-  ExpectEveryRequestFails(served.ipc);
-  uint32_t size = 0;
-  EXPECT_FALSE(served.LiveSize(1, size));
+  ExpectEveryRequestFails(served);
+  EXPECT_EQ("failed", served.LiveSize(1));
   EXPECT_EQ(before, disk.Dump());
 }
 
@@ -315,13 +285,10 @@ TEST(StreamMgrService, DiesWhenTheRequestAfterTheLastAllowedArrives) {
   options.dieAfterSet = true;
   options.dieAfter = 2;
   Served served(disk, options);
-  unsigned int count = 0;
-  uint32_t size = 0;
-  EXPECT_TRUE(StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select 1", count, 5000));
-  EXPECT_TRUE(served.LiveSize(1, size));  // not one of the counted requests
-  EXPECT_TRUE(StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select 2", count, 5000));
-  EXPECT_FALSE(StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select 3", count, 5000));
-  EXPECT_EQ(2u, count);
+  EXPECT_EQ("1", served.Count("select 1"));
+  EXPECT_EQ("98566144", served.LiveSize(1));  // not one of the counted requests
+  EXPECT_EQ("2", served.Count("select 2"));
+  EXPECT_EQ("failed", served.Count("select 3"));
   EXPECT_EQ(HostIpc::ServeEnd::kDied, served.Stop());
 }
 
@@ -332,60 +299,60 @@ TEST(StreamMgrService, DieAfterZeroAnswersNothing) {
   StreamMgrOptions options;
   options.dieAfterSet = true;
   Served served(disk, options);
-  EXPECT_FALSE(StreamMgrApi::DeleteEvent("a", served.ipc));
+  EXPECT_FALSE(served.Delete("a"));
   EXPECT_EQ(HostIpc::ServeEnd::kDied, served.Stop());
   EXPECT_EQ(before, disk.Dump());
+}
+
+// The requests the simulator logged while serving `options` (logging to
+// requests.log) on `disk`, asked `ask`.
+std::string Logged(const RecorderDisk& disk, StreamMgrOptions options,
+                   const std::function<void(Served&)>& ask) {
+  options.logPath = disk.Path() + "/requests.log";
+  Served served(disk, options);
+  ask(served);
+  return disk.ReadFile("requests.log");
 }
 
 TEST(StreamMgrService, LogHasOneLinePerRequestReceived) {
   RecorderDisk disk;
   FillStore(disk);
   StreamMgrOptions options;
-  options.logPath = disk.Path() + "/requests.log";
   options.refusedDeletes = {"a"};
-  Served served(disk, options);
-  EventRecordListMessage events;
-  StreamMgrApi::GetEventsFromSqlStatement(served.ipc, "select * from events", events, 5000);
-  StreamfileRecordListMessage files;
-  StreamMgrApi::GetFilesFromSqlStatement(served.ipc, "select * from nosuch", files, 5000);
-  unsigned int count = 0;
-  StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select count(*) from status", count, 5000);
-  StreamMgrApi::DeleteEvent("a", served.ipc);
-  StreamMgrApi::DeleteEvent("b'quote", served.ipc);
-  uint32_t size = 0;
-  served.LiveSize(2, size);
   EXPECT_EQ(
       "events\tselect * from events\n"
       "files\tselect * from nosuch\n"
       "count\tselect count(*) from status\n"
       "delete\ta\n"
       "delete\tb'quote\n",
-      disk.ReadFile("requests.log"));
+      Logged(disk, options, [](Served& served) {
+        served.Events("select * from events");
+        served.Files("select * from nosuch");
+        served.Count("select count(*) from status");
+        served.Delete("a");
+        served.Delete("b'quote");
+        served.LiveSize(2);
+      }));
 }
 
 TEST(StreamMgrService, LogIsAppendedTo) {
   RecorderDisk disk;
   disk.WriteFile("requests.log", "earlier\n");
-  StreamMgrOptions options;
-  options.logPath = disk.Path() + "/requests.log";
-  Served served(disk, options);
-  unsigned int count = 0;
-  StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select count(*) from events", count, 5000);
-  EXPECT_EQ("earlier\ncount\tselect count(*) from events\n", disk.ReadFile("requests.log"));
+  EXPECT_EQ("earlier\ncount\tselect count(*) from events\n",
+            Logged(disk, StreamMgrOptions(),
+                   [](Served& served) { served.Count("select count(*) from events"); }));
 }
 
 TEST(StreamMgrService, FailingAndDyingRequestsAreLoggedToo) {
   RecorderDisk disk;
   StreamMgrOptions options;
-  options.logPath = disk.Path() + "/requests.log";
   options.failRequests = true;
   options.dieAfterSet = true;
   options.dieAfter = 1;
-  Served served(disk, options);
-  unsigned int count = 0;
-  StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select 1", count, 5000);
-  StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select 2", count, 5000);
-  EXPECT_EQ("count\tselect 1\ncount\tselect 2\n", disk.ReadFile("requests.log"));
+  EXPECT_EQ("count\tselect 1\ncount\tselect 2\n", Logged(disk, options, [](Served& served) {
+              served.Count("select 1");
+              served.Count("select 2");
+            }));
 }
 
 TEST(StreamMgrService, LiveSizeIsTheGivenOneOrTheStoredOne) {
@@ -394,18 +361,11 @@ TEST(StreamMgrService, LiveSizeIsTheGivenOneOrTheStoredOne) {
   StreamMgrOptions options;
   options.liveSizes = {{3, 12345}, {4294967295u, 1}, {99, 0}};
   Served served(disk, options);
-  uint32_t size = 0;
-  ASSERT_TRUE(served.LiveSize(3, size));
-  EXPECT_EQ(12345u, size);
-  ASSERT_TRUE(served.LiveSize(1, size));
-  EXPECT_EQ(98566144u, size);
-  ASSERT_TRUE(served.LiveSize(2, size));
-  EXPECT_EQ(4294967295u, size);  // a stored -1 reads as unsigned
-  ASSERT_TRUE(served.LiveSize(99, size));
-  EXPECT_EQ(0u, size);  // given, though the store has no such file
-  size = 7;
-  EXPECT_FALSE(served.LiveSize(5, size));
-  EXPECT_EQ(7u, size);
+  // A stored -1 reads as unsigned; 99 is given, though the store has no
+  // such file.
+  std::string sizes;
+  for (const uint32_t number : {3, 1, 2, 99, 5}) sizes += served.LiveSize(number) + " ";
+  EXPECT_EQ("12345 98566144 4294967295 0 failed ", sizes);
 }
 
 TEST(StreamMgrService, SettingsAreNotItsBusiness) {
@@ -420,9 +380,8 @@ TEST(StreamMgrService, SettingsAreNotItsBusiness) {
 TEST(StreamMgrService, MissingStoreFailsEveryQueryAndIsNotCreated) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
   Served served(disk);
-  ExpectEveryRequestFails(served.ipc);
-  uint32_t size = 0;
-  EXPECT_FALSE(served.LiveSize(1, size));
+  ExpectEveryRequestFails(served);
+  EXPECT_EQ("failed", served.LiveSize(1));
   EXPECT_FALSE(disk.Exists("streammgr/stream.db"));
 }
 
@@ -430,10 +389,8 @@ TEST(StreamMgrService, StoreThatIsNotADatabaseFailsEveryQuery) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
   disk.WriteFile("streammgr/stream.db", std::string(4096, 'x'));
   Served served(disk);
-  unsigned int count = 3;
-  EXPECT_FALSE(StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select count(*) from events",
-                                                      count, 5000));
-  EXPECT_FALSE(StreamMgrApi::DeleteEvent("a", served.ipc));
+  EXPECT_EQ("failed", served.Count("select count(*) from events"));
+  EXPECT_FALSE(served.Delete("a"));
   EXPECT_EQ(std::string(4096, 'x'), disk.ReadFile("streammgr/stream.db"));
 }
 
@@ -452,9 +409,7 @@ TEST(StreamMgrService, PagesAreThoseOfTheirOwnTexts) {
         "select * from streamfiles where  number like '%' order by starttick desc"}) {
     for (int offset = 0; offset <= 3000; offset += 1000) {
       const std::string sql = query + " limit 1000 offset " + std::to_string(offset);
-      StreamfileRecordListMessage page;
-      ASSERT_TRUE(StreamMgrApi::GetFilesFromSqlStatement(served.ipc, sql, page, 5000));
-      EXPECT_EQ(DirectFiles(disk, sql), HostIpc::FilesAnswer(page.items)) << sql;
+      EXPECT_EQ(DirectFiles(disk, sql), served.Files(sql)) << sql;
     }
   }
 }
@@ -475,12 +430,9 @@ TEST(StreamMgrService, PageAfterAnotherRequestIsRunAfresh) {
   };
   EXPECT_EQ(1000u, page(0));
   // The rows move up under the next page: it must see them where they are now.
-  ASSERT_TRUE(StreamMgrApi::DeleteEvent("R00005", served.ipc));
+  ASSERT_TRUE(served.Delete("R00005"));
   EXPECT_EQ(1000u, page(1000));
-  unsigned int count = 0;
-  ASSERT_TRUE(StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select count(*) from events",
-                                                     count, 5000));
-  EXPECT_EQ(2499u, count);
+  EXPECT_EQ("2499", served.Count("select count(*) from events"));
   EXPECT_EQ(499u, page(2000));
   // Asked again from the start, and out of order.
   EXPECT_EQ(1000u, page(0));
@@ -515,10 +467,7 @@ TEST(StreamMgrService, ClientLeavingAHalfPagedListingLetsWritersIn) {
   EXPECT_EQ(SQLITE_OK, sqlite3_exec(writer, "delete from events", nullptr, nullptr, nullptr))
       << sqlite3_errmsg(writer);
   sqlite3_close(writer);
-  unsigned int count = 5;
-  ASSERT_TRUE(StreamMgrApi::GetCountFromSqlStatement(served.ipc, "select count(*) from events",
-                                                     count, 5000));
-  EXPECT_EQ(0u, count);
+  EXPECT_EQ("0", served.Count("select count(*) from events"));
 }
 
 // Serves stream files 1 to 200000 and asks for the 200 pages of 1000 files

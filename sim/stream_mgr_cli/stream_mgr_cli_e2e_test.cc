@@ -12,16 +12,14 @@ namespace {
 TEST(StreamMgrCliProgram, ExtractsIntoTheDiskRoot) {
   RecorderDisk disk;
   disk.WriteFile("streams/3.ts", "contents");
-  const RunResult r = RunInSandbox(disk, {"StreamMgrCli", "-x", "3"});
-  EXPECT_RUN(r, "copied: /mnt/hd/3.ts\n", "", 0);
+  EXPECT_RUN(RunInSandbox(disk, {"StreamMgrCli", "-x", "3"}), "copied: /mnt/hd/3.ts\n", "", 0);
   EXPECT_EQ("contents", disk.ReadFile("3.ts"));
 }
 
 TEST(StreamMgrCliProgram, StreamFileWithoutContents) {
   RecorderDisk disk;
-  const RunResult r = RunInSandbox(disk, {"StreamMgrCli", "-x", "3"});
   EXPECT_RUN(
-      r, "",
+      RunInSandbox(disk, {"StreamMgrCli", "-x", "3"}), "",
       "StreamMgrCli: cannot extract stream file 3: /mnt/hd/streams/3.ts: No such file or directory\n",
       1);
   EXPECT_FALSE(disk.Exists("3.ts"));
@@ -29,9 +27,7 @@ TEST(StreamMgrCliProgram, StreamFileWithoutContents) {
 
 TEST(StreamMgrCliProgram, Help) {
   RecorderDisk disk;
-  const RunResult r = RunInSandbox(disk, {"StreamMgrCli", "--help"});
-  EXPECT_EQ(kStreamMgrCliHelp, r.out);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(RunInSandbox(disk, {"StreamMgrCli", "--help"}), kStreamMgrCliHelp, "", 0);
 }
 
 TEST(StreamMgrCliProgram, BadCommandLines) {
@@ -40,8 +36,8 @@ TEST(StreamMgrCliProgram, BadCommandLines) {
                                                   {"StreamMgrCli", "-x"},
                                                   {"StreamMgrCli", "-a", "1"},
                                                   {"StreamMgrCli", "-x", "1", "2"}}) {
-    const RunResult r = RunInSandbox(disk, command);
-    EXPECT_RUN(r, "", std::string("StreamMgrCli: expected -x N\n") + kStreamMgrCliHelp, 2);
+    EXPECT_RUN(RunInSandbox(disk, command), "",
+               std::string("StreamMgrCli: expected -x N\n") + kStreamMgrCliHelp, 2);
   }
 }
 
