@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,10 @@ struct OptionCase {
   std::string argument;
   std::string outcome;
 };
+
+void PrintTo(const OptionCase& c, std::ostream* out) {
+  *out << '"' << c.start << "\" then \"" << c.argument << '"';
+}
 
 class AnalysisOptionCases : public ::testing::TestWithParam<OptionCase> {};
 

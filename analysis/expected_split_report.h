@@ -3,6 +3,7 @@
 #ifndef ANALYSIS_EXPECTED_SPLIT_REPORT_H_
 #define ANALYSIS_EXPECTED_SPLIT_REPORT_H_
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,9 @@ struct GroupCase {
   std::string report;
   unsigned sizeLimit = 0;  // GB, for -a sz<N>; 0 for -a s
 };
+
+// Names a case in GoogleTest's messages.
+inline void PrintTo(const GroupCase& group, std::ostream* out) { *out << group.name; }
 
 // None of these parts is staged.
 inline std::vector<GroupCase> GroupCases() {

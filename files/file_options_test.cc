@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <map>
+#include <ostream>
 #include <string>
 
 namespace {
@@ -47,6 +48,10 @@ struct OptionCase {
   const char* argument;
   const char* outcome;
 };
+
+void PrintTo(const OptionCase& c, std::ostream* out) {
+  *out << '"' << c.start << "\" then \"" << c.argument << '"';
+}
 
 class FileOptionRecords : public ::testing::TestWithParam<OptionCase> {};
 

@@ -3,6 +3,7 @@
 // the file being written.
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -47,6 +48,8 @@ struct PagingCase {
   int files;
   std::vector<unsigned> offsets;  // empty: one request without paging
 };
+
+void PrintTo(const PagingCase& paging, std::ostream* out) { *out << paging.files << " files"; }
 
 class FilesPaging : public ::testing::TestWithParam<PagingCase> {};
 

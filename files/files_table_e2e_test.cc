@@ -3,6 +3,7 @@
 // of the argument, empty results and the limit.
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -23,6 +24,8 @@ struct ListingCase {
   std::string out;
   std::string store = SampleFiles();  // the rows the run lists
 };
+
+void PrintTo(const ListingCase& listing, std::ostream* out) { *out << listing.name; }
 
 // Two allocated files of stream 3, the second one written first.
 std::string StreamThreeAllocated() {
