@@ -66,6 +66,23 @@ inline RunResult RunWithFakes(const RecorderDisk& disk, AccessPath path,
 
 class BothPaths : public ::testing::TestWithParam<AccessPath> {};
 
+// An extractor that leaves /mnt/hd/N.ts, logs its call and names the copy
+// stream<N>.ts.
+const char kExtractor[] =
+    "echo \"x $2\" >> /mnt/hd/calls.log\n"
+    "echo data > /mnt/hd/$2.ts\n"
+    "echo \"extracting stream file $2\"\n"
+    "echo \"copied: stream$2.ts\"\n";
+
+// What -a d prints of a store of one stream file up to its extraction.
+const char kExtracting[] = "File count = 1\n Checking 1.ts:  extracting...";
+
+// The whole report of -a d on one stream file that passes, its extracted copy
+// named `copy`.
+inline std::string OneFilePasses(const std::string& copy) {
+  return kExtracting + copy + "  checking...PASS\n\n";
+}
+
 }  // namespace analysis_e2e
 
 #endif  // ANALYSIS_ANALYSIS_E2E_FIXTURE_H_

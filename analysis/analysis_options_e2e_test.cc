@@ -3,36 +3,37 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "analysis/analysis_e2e_fixture.h"
+#include "analysis/expected_split_report.h"
 #include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
 namespace {
 
-using analysis_e2e::BothPaths;
 using analysis_e2e::Fake;
 using analysis_e2e::RunWithFakes;
 using analysis_e2e::Segment;
 using analysis_e2e::SplitPart;
 using analysis_e2e::Stage;
 
-const char kDiskReport[] =
-    "File count = 1\n"
-    " Checking 1.ts:  extracting...one.ts  checking...PASS\n"
-    "\n";
+const std::string kDiskReport = analysis_e2e::OneFilePasses("one.ts");
 
+// The report of group G, with the line of a size check when one is made.
 std::string SplitReport(const std::string& sizeLine = "") {
-  return "Checking groupId 'G':\n"
-         "  Checking 2-second overlap...PASS\n"
-         "  Verify last part >= 2 sec...PASS\n"
-         "  Checking totalParts.........PASS\n" +
-         sizeLine + "\n";
+  return split_report::Passing("G") + sizeLine + "\n";
 }
 
-class AnalysisOptionsE2e : public BothPaths {
+const std::string kSplitReport = SplitReport();
+const std::string kLimit5 = SplitReport("  Verify part sizes <  5 GB...PASS\n");
+const std::string kLimit7 = SplitReport("  Verify part sizes <  7 GB...PASS\n");
+const std::string kLimit20 = SplitReport("  Verify part sizes < 20 GB...PASS\n");
+
+class AnalysisOptionsE2e : public analysis_e2e::BothPaths {
  protected:
+  // Group G of one staged part, one stream file and tools that pass it.
   void SetUp() override {
     disk_.Exec(SplitPart("r1", "G", 1, 1, 0, 100).Insert() + FileRow().Insert());
     Stage(disk_, "r1", {Segment(0, 0)});
@@ -46,64 +47,57 @@ class AnalysisOptionsE2e : public BothPaths {
 };
 
 TEST_P(AnalysisOptionsE2e, DiskRunsTheDiskAnalysisOnly) {
-  for (const char* argument : {"d", "ds", "sd", "dz5", "sz5d"}) {
-    const RunResult r = Run({"-a", argument});
-    // "sz5d" loses its d with the digits: it runs the split verification.
-    const std::string expected = std::string(argument) == "sz5d"
-                                     ? SplitReport("  Verify part sizes <  5 GB...PASS\n")
-                                     : kDiskReport;
-    EXPECT_RUN(r, expected, "", 0) << argument;
+  for (const char* argument : {"d", "ds", "sd", "dz5"}) {
+    EXPECT_RUN(Run({"-a", argument}), kDiskReport, "", 0) << argument;
   }
+  // "sz5d" loses its d with the digits: it runs the split verification.
+  EXPECT_RUN(Run({"-a", "sz5d"}), kLimit5, "", 0);
 }
 
 TEST_P(AnalysisOptionsE2e, SplitWithAndWithoutALimit) {
-  EXPECT_EQ(SplitReport(), Run({"-a", "s"}).out);
-  EXPECT_EQ(SplitReport("  Verify part sizes < 20 GB...PASS\n"), Run({"-a", "sz20"}).out);
-  EXPECT_EQ(SplitReport("  Verify part sizes < 20 GB...PASS\n"), Run({"-a", "zs20"}).out);
-  EXPECT_EQ(SplitReport(), Run({"-a", "sz"}).out);
+  EXPECT_RUN(Run({"-a", "s"}), kSplitReport, "", 0);
+  EXPECT_RUN(Run({"-a", "sz20"}), kLimit20, "", 0);
+  EXPECT_RUN(Run({"-a", "zs20"}), kLimit20, "", 0);
+  EXPECT_RUN(Run({"-a", "sz"}), kSplitReport, "", 0);
 }
 
 TEST_P(AnalysisOptionsE2e, LimitCarriesOverToTheNextOption) {
-  const RunResult r = Run({"-a", "sz7", "-a", "sz", "-a", "z0", "-a", "s"});
-  const std::string limited = SplitReport("  Verify part sizes <  7 GB...PASS\n");
   // "z0" alone runs the split verification again, since split stays set.
-  EXPECT_EQ(limited + limited + SplitReport() + SplitReport(), r.out);
+  EXPECT_RUN(Run({"-a", "sz7", "-a", "sz", "-a", "z0", "-a", "s"}),
+             kLimit7 + kLimit7 + kSplitReport + kSplitReport, "", 0);
 }
 
 TEST_P(AnalysisOptionsE2e, ArgumentsThatRunNothing) {
   for (const char* argument : {"z20", "q", "x", "", "z", "S", "D", "20", "-"}) {
-    const RunResult r = Run({"-a", argument});
-    EXPECT_RUN(r, "", "", 0) << argument;
+    EXPECT_RUN(Run({"-a", argument}), "", "", 0) << argument;
   }
 }
 
 TEST_P(AnalysisOptionsE2e, StoredNumberWaitsForALaterSplit) {
-  EXPECT_EQ(SplitReport("  Verify part sizes < 20 GB...PASS\n"), Run({"-a", "z20", "-a", "s"}).out);
+  EXPECT_RUN(Run({"-a", "z20", "-a", "s"}), kLimit20, "", 0);
 }
 
 TEST_P(AnalysisOptionsE2e, UnknownCharacterKeepsEarlierFlags) {
-  EXPECT_EQ(SplitReport(), Run({"-a", "s?"}).out);
-  EXPECT_EQ(kDiskReport, Run({"-a", "d20"}).out);
-  EXPECT_EQ("", Run({"-a", "?s"}).out);
+  EXPECT_RUN(Run({"-a", "s?"}), kSplitReport, "", 0);
+  EXPECT_RUN(Run({"-a", "d20"}), kDiskReport, "", 0);
+  EXPECT_RUN(Run({"-a", "?s"}), "", "", 0);
 }
 
 TEST_P(AnalysisOptionsE2e, SplitThenDiskRunsBoth) {
-  const RunResult r = Run({"-a", "s", "-a", "d"});
-  EXPECT_EQ(SplitReport() + kDiskReport, r.out);
+  EXPECT_RUN(Run({"-a", "s", "-a", "d"}), kSplitReport + kDiskReport, "", 0);
   // Once disk is set, every later -a runs the disk analysis.
-  EXPECT_EQ(kDiskReport + std::string(kDiskReport), Run({"-a", "d", "-a", "s"}).out);
+  EXPECT_RUN(Run({"-a", "d", "-a", "s"}), kDiskReport + kDiskReport, "", 0);
 }
 
 TEST_P(AnalysisOptionsE2e, LongFormsOfTheOption) {
-  EXPECT_EQ(SplitReport(), Run({"--analyze", "s"}).out);
-  EXPECT_EQ(SplitReport(), Run({"--analyze=s"}).out);
-  EXPECT_EQ(SplitReport(), Run({"--an=s"}).out);
-  EXPECT_EQ(SplitReport(), Run({"-as"}).out);
+  for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
+           {"--analyze", "s"}, {"--analyze=s"}, {"--an=s"}, {"-as"}}) {
+    EXPECT_RUN(Run(args), kSplitReport, "", 0) << args[0];
+  }
 }
 
 TEST_P(AnalysisOptionsE2e, MissingArgumentIsAnUnknownOption) {
-  const RunResult r = Run({"-a"});
-  EXPECT_RUN(r,
+  EXPECT_RUN(Run({"-a"}),
              ExpectedUsage(BinDir() + "/db", GetParam() == AccessPath::kDaemon,
                            "Error: unknown option specified"),
              BinDir() + "/db: option requires an argument -- 'a'\n", 0);

@@ -3,218 +3,103 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
+#include <vector>
 
 namespace {
 
-struct Parsed {
-  bool accepted;
+// The record after `start` and then `argument`, each applied to what the one
+// before left, on one line: "d" for disk, "s" for split ("-" for neither), the
+// size limit, and what the parser left of the argument and whether it refused it.
+std::string Outcome(const std::string& argument, const std::string& start = "") {
   AnalysisOptions options;
-  std::string rest;  // what the parser left of the argument
+  std::string first = start;
+  ProcessAnalysisOptions(first, options);
+  std::string rest = argument;
+  const bool accepted = ProcessAnalysisOptions(rest, options);
+  std::string text = std::string(options.disk ? "d" : "") + (options.split ? "s" : "");
+  text = (text.empty() ? "-" : text) + " z" + std::to_string(options.maxPartSize);
+  if (!accepted) return text + " refused at \"" + rest + "\"";
+  return rest.empty() ? text : text + " left \"" + rest + "\"";
+}
+
+struct OptionCase {
+  std::string start;  // applied first; "" for a fresh record
+  std::string argument;
+  std::string outcome;
 };
 
-Parsed Parse(const std::string& text, AnalysisOptions options = AnalysisOptions()) {
-  std::string argument = text;
-  const bool accepted = ProcessAnalysisOptions(argument, options);
-  return {accepted, options, argument};
+void PrintTo(const OptionCase& c, std::ostream* out) {
+  *out << '"' << c.start << "\" then \"" << c.argument << '"';
 }
 
-TEST(AnalysisOptions, EmptyArgumentChangesNothing) {
-  AnalysisOptions start;
-  start.split = true;
-  start.maxPartSize = 7;
-  const Parsed p = Parse("", start);
-  EXPECT_TRUE(p.accepted);
-  EXPECT_TRUE(p.options.split);
-  EXPECT_FALSE(p.options.disk);
-  EXPECT_EQ(7u, p.options.maxPartSize);
+class AnalysisOptionCases : public ::testing::TestWithParam<OptionCase> {};
+
+TEST_P(AnalysisOptionCases, Parse) {
+  EXPECT_EQ(GetParam().outcome, Outcome(GetParam().argument, GetParam().start));
 }
 
-TEST(AnalysisOptions, DiskAndSplitLetters) {
-  const Parsed d = Parse("d");
-  EXPECT_TRUE(d.accepted);
-  EXPECT_TRUE(d.options.disk);
-  EXPECT_FALSE(d.options.split);
-  EXPECT_EQ("", d.rest);
-
-  const Parsed s = Parse("s");
-  EXPECT_TRUE(s.accepted);
-  EXPECT_FALSE(s.options.disk);
-  EXPECT_TRUE(s.options.split);
-  EXPECT_EQ(0u, s.options.maxPartSize);
-}
-
-TEST(AnalysisOptions, LettersInAnyOrderAndRepeated) {
-  for (const char* text : {"sd", "ds", "ssdd", "dsds"}) {
-    const Parsed p = Parse(text);
-    EXPECT_TRUE(p.accepted) << text;
-    EXPECT_TRUE(p.options.disk) << text;
-    EXPECT_TRUE(p.options.split) << text;
-  }
-  const Parsed ss = Parse("ss");
-  EXPECT_TRUE(ss.accepted);
-  EXPECT_TRUE(ss.options.split);
-  EXPECT_FALSE(ss.options.disk);
-}
-
-TEST(AnalysisOptions, NumberAfterZ) {
-  for (const char* text : {"sz20", "zs20"}) {
-    const Parsed p = Parse(text);
-    EXPECT_TRUE(p.accepted) << text;
-    EXPECT_TRUE(p.options.split) << text;
-    EXPECT_FALSE(p.options.disk) << text;
-    EXPECT_EQ(20u, p.options.maxPartSize) << text;
-    EXPECT_EQ("", p.rest) << text;
-  }
-}
-
-TEST(AnalysisOptions, EverythingAfterTheDigitsIsLost) {
-  const Parsed p = Parse("sz20d");
-  EXPECT_TRUE(p.accepted);
-  EXPECT_TRUE(p.options.split);
-  EXPECT_FALSE(p.options.disk);
-  EXPECT_EQ(20u, p.options.maxPartSize);
-
-  const Parsed z = Parse("z20s");
-  EXPECT_TRUE(z.accepted);
-  EXPECT_FALSE(z.options.split);
-  EXPECT_EQ(20u, z.options.maxPartSize);
-
-  // Even an unknown letter after the digits is dropped unseen.
-  const Parsed q = Parse("sz5?");
-  EXPECT_TRUE(q.accepted);
-  EXPECT_EQ(5u, q.options.maxPartSize);
-}
-
-TEST(AnalysisOptions, TheNumberBelongsToTheFirstZ) {
-  const Parsed p = Parse("zz3");
-  EXPECT_TRUE(p.accepted);
-  EXPECT_EQ(3u, p.options.maxPartSize);
-  // Letters between the z and the digits are still read.
-  const Parsed between = Parse("zds12");
-  EXPECT_TRUE(between.accepted);
-  EXPECT_TRUE(between.options.disk);
-  EXPECT_TRUE(between.options.split);
-  EXPECT_EQ(12u, between.options.maxPartSize);
-  // Non-digits between the z and its digits make the argument invalid there.
-  const Parsed bad = Parse("sz?9");
-  EXPECT_FALSE(bad.accepted);
-  EXPECT_TRUE(bad.options.split);
-  EXPECT_EQ(9u, bad.options.maxPartSize);
-  EXPECT_EQ("?", bad.rest);
-}
-
-TEST(AnalysisOptions, ZWithoutDigitsKeepsTheEarlierNumber) {
-  AnalysisOptions start;
-  start.maxPartSize = 20;
-  const Parsed p = Parse("sz", start);
-  EXPECT_TRUE(p.accepted);
-  EXPECT_TRUE(p.options.split);
-  EXPECT_EQ(20u, p.options.maxPartSize);
-  EXPECT_EQ(0u, Parse("sz").options.maxPartSize);
-}
-
-TEST(AnalysisOptions, ZAloneOnlyStoresTheNumber) {
-  const Parsed p = Parse("z20");
-  EXPECT_TRUE(p.accepted);
-  EXPECT_FALSE(p.options.split);
-  EXPECT_FALSE(p.options.disk);
-  EXPECT_EQ(20u, p.options.maxPartSize);
-}
-
-TEST(AnalysisOptions, ZeroIsAValidNumber) {
-  AnalysisOptions start;
-  start.maxPartSize = 20;
-  const Parsed p = Parse("sz0", start);
-  EXPECT_TRUE(p.accepted);
-  EXPECT_EQ(0u, p.options.maxPartSize);
-  EXPECT_EQ(7u, Parse("z007").options.maxPartSize);
-}
-
-TEST(AnalysisOptions, DigitsBeforeAnyZAreInvalid) {
-  const Parsed p = Parse("d20");
-  EXPECT_FALSE(p.accepted);
-  EXPECT_TRUE(p.options.disk);
-  EXPECT_EQ(0u, p.options.maxPartSize);
-  EXPECT_EQ("20", p.rest);
-}
-
-TEST(AnalysisOptions, UnknownCharacterStopsButKeepsEarlierFlags) {
-  const Parsed s = Parse("s?");
-  EXPECT_FALSE(s.accepted);
-  EXPECT_TRUE(s.options.split);
-  EXPECT_EQ("?", s.rest);
-
-  const Parsed x = Parse("x");
-  EXPECT_FALSE(x.accepted);
-  EXPECT_FALSE(x.options.split);
-  EXPECT_FALSE(x.options.disk);
-  EXPECT_EQ("x", x.rest);
-
-  const Parsed q = Parse("qsd");
-  EXPECT_FALSE(q.accepted);
-  EXPECT_FALSE(q.options.split);
-  EXPECT_FALSE(q.options.disk);
-  EXPECT_EQ("qsd", q.rest);
-
-  // Upper case letters are not the same letters.
-  EXPECT_FALSE(Parse("S").accepted);
-  EXPECT_FALSE(Parse("D").options.disk);
-}
-
-TEST(AnalysisOptions, NumbersSaturateAtThirtyTwoBits) {
-  EXPECT_EQ(4294967295u, Parse("sz4294967295").options.maxPartSize);
-  EXPECT_EQ(4294967295u, Parse("sz4294967296").options.maxPartSize);
-  EXPECT_EQ(4294967295u, Parse("sz99999999999").options.maxPartSize);
-  EXPECT_EQ(4294967295u, Parse("sz" + std::string(5000, '9')).options.maxPartSize);
-  EXPECT_EQ(4294967294u, Parse("sz4294967294").options.maxPartSize);
-}
-
-TEST(AnalysisOptions, RecordIsSharedAcrossCalls) {
-  AnalysisOptions options;
-  std::string first = "s";
-  std::string second = "d";
-  EXPECT_TRUE(ProcessAnalysisOptions(first, options));
-  EXPECT_TRUE(options.split);
-  EXPECT_FALSE(options.disk);
-  EXPECT_TRUE(ProcessAnalysisOptions(second, options));
-  EXPECT_TRUE(options.split);
-  EXPECT_TRUE(options.disk);
-}
+// First an empty argument, which changes nothing, and the letters alone.
+INSTANTIATE_TEST_SUITE_P(
+    Examples, AnalysisOptionCases,
+    ::testing::Values(
+        OptionCase{"sz7", "", "s z7"}, OptionCase{"", "d", "d z0"}, OptionCase{"", "s", "s z0"},
+        // Letters in any order, and repeated.
+        OptionCase{"", "sd", "ds z0"}, OptionCase{"", "ds", "ds z0"},
+        OptionCase{"", "ssdd", "ds z0"}, OptionCase{"", "dsds", "ds z0"},
+        OptionCase{"", "ss", "s z0"},
+        // The number after z.
+        OptionCase{"", "sz20", "s z20"}, OptionCase{"", "zs20", "s z20"},
+        // Everything after the digits is lost, even an unknown letter.
+        OptionCase{"", "sz20d", "s z20"}, OptionCase{"", "z20s", "- z20"},
+        OptionCase{"", "sz5?", "s z5"},
+        // The number belongs to the first z; letters between the z and the
+        // digits are still read, anything else stops the parse there.
+        OptionCase{"", "zz3", "- z3"}, OptionCase{"", "zds12", "ds z12"},
+        OptionCase{"", "sz?9", "s z9 refused at \"?\""},
+        // z without digits keeps the earlier number.
+        OptionCase{"z20", "sz", "s z20"}, OptionCase{"", "sz", "s z0"},
+        // z alone only stores the number.
+        OptionCase{"", "z20", "- z20"},
+        // Zero is a number like any other.
+        OptionCase{"z20", "sz0", "s z0"}, OptionCase{"", "z007", "- z7"},
+        // Digits before any z are refused.
+        OptionCase{"", "d20", "d z0 refused at \"20\""},
+        // An unknown character stops the parse and keeps the earlier flags;
+        // upper case letters are not the same letters.
+        OptionCase{"", "s?", "s z0 refused at \"?\""}, OptionCase{"", "x", "- z0 refused at \"x\""},
+        OptionCase{"", "qsd", "- z0 refused at \"qsd\""},
+        OptionCase{"", "S", "- z0 refused at \"S\""}, OptionCase{"", "D", "- z0 refused at \"D\""},
+        // Numbers saturate at 32 bits.
+        OptionCase{"", "sz4294967295", "s z4294967295"},
+        OptionCase{"", "sz4294967296", "s z4294967295"},
+        OptionCase{"", "sz99999999999", "s z4294967295"},
+        OptionCase{"", "sz" + std::string(5000, '9'), "s z4294967295"},
+        OptionCase{"", "sz4294967294", "s z4294967294"},
+        // The record is shared across calls.
+        OptionCase{"s", "d", "ds z0"}));
 
 TEST(AnalysisOptions, EveryByteValue) {
   for (int value = 0; value < 256; ++value) {
-    const char c = static_cast<char>(value);
-    const Parsed p = Parse(std::string(1, c) + "s");
-    const bool known = c == 's' || c == 'd' || c == 'z';
-    EXPECT_EQ(known, p.accepted) << value;
-    EXPECT_EQ(c == 'd', p.options.disk) << value;
-    EXPECT_EQ(known, p.options.split) << value;
-    EXPECT_EQ(known ? "" : std::string(1, c) + "s", p.rest) << value;
+    const std::string c(1, static_cast<char>(value));
+    const bool known = c == "s" || c == "d" || c == "z";
+    const std::string expected = c == "d" ? "ds z0"
+                                 : known  ? "s z0"
+                                          : "- z0 refused at \"" + c + "s\"";
+    EXPECT_EQ(expected, Outcome(c + "s")) << value;
   }
 }
 
 TEST(AnalysisOptions, LongArgumentsAreHandledInLinearTime) {
   // 100,000 characters of each kind; quadratic work would take far too long
   // for the test's time limit under the sanitizers.
-  const Parsed zs = Parse(std::string(100000, 'z'));
-  EXPECT_TRUE(zs.accepted);
-  EXPECT_EQ("", zs.rest);
-
-  const Parsed letters = Parse(std::string(50000, 's') + std::string(50000, 'd'));
-  EXPECT_TRUE(letters.accepted);
-  EXPECT_TRUE(letters.options.disk);
-
+  EXPECT_EQ("- z0", Outcome(std::string(100000, 'z')));
+  EXPECT_EQ("ds z0", Outcome(std::string(50000, 's') + std::string(50000, 'd')));
   std::string mixed;
   for (int i = 0; i < 20000; ++i) mixed += "zsdzd";
-  mixed += "42";
-  const Parsed m = Parse(mixed);
-  EXPECT_TRUE(m.accepted);
-  EXPECT_EQ(42u, m.options.maxPartSize);
-
-  const Parsed bad = Parse(std::string(99999, 's') + "!");
-  EXPECT_FALSE(bad.accepted);
-  EXPECT_EQ("!", bad.rest);
+  EXPECT_EQ("ds z42", Outcome(mixed + "42"));
+  EXPECT_EQ("s z0 refused at \"!\"", Outcome(std::string(99999, 's') + "!"));
 }
 
 }  // namespace

@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 #include "analysis/analysis_e2e_fixture.h"
+#include "analysis/expected_split_report.h"
 #include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
@@ -14,32 +16,51 @@ using analysis_e2e::BothPaths;
 using analysis_e2e::Segment;
 using analysis_e2e::SplitPart;
 using analysis_e2e::Stage;
+using split_report::GroupCase;
+using split_report::Passing;
 
 // 2^31 - 1: the largest offset a segment can have.
 constexpr long long kMaxOffset = 2147483647;
 
-std::string Passing(const std::string& groupId) {
-  return "Checking groupId '" + groupId +
-         "':\n"
-         "  Checking 2-second overlap...PASS\n"
-         "  Verify last part >= 2 sec...PASS\n"
-         "  Checking totalParts.........PASS\n";
-}
+// The groups whose report the report code gives in memory, stored and
+// reported by db.
+class SplitGroups : public ::testing::TestWithParam<std::tuple<AccessPath, GroupCase>> {};
 
-class SplitEvents : public BothPaths {};
-
-TEST_P(SplitEvents, EmptyStorePrintsOneEmptyLine) {
+TEST_P(SplitGroups, AsStored) {
+  const GroupCase& group = std::get<1>(GetParam());
   RecorderDisk disk;
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "s"});
-  EXPECT_RUN(r, "\n", "", 0);
+  std::string rows;
+  int reid = 0;
+  for (const split_report::StoredPart& p : group.parts) {
+    rows += SplitPart("p" + std::to_string(++reid), p.groupId, static_cast<int>(p.part),
+                      static_cast<int>(p.totalParts), p.startTick, p.stopTick)
+                .Insert();
+  }
+  disk.Exec(rows);
+  const std::string argument = group.sizeLimit == 0 ? "s" : "sz" + std::to_string(group.sizeLimit);
+  EXPECT_RUN(RunDb(disk, std::get<0>(GetParam()), {"-a", argument}), group.report, "", 0);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    BothPaths, SplitGroups,
+    ::testing::Combine(BothAccessPaths(), ::testing::ValuesIn(split_report::GroupCases())),
+    [](const ::testing::TestParamInfo<std::tuple<AccessPath, GroupCase>>& info) {
+      return std::string(std::get<1>(info.param).name) + "_" +
+             AccessPathName(std::get<0>(info.param));
+    });
+
+class SplitEvents : public BothPaths {
+ protected:
+  // Group G of one part, r1.
+  void SetUp() override { disk_.Exec(SplitPart("r1", "G", 1, 1, 0, 100).Insert()); }
+  RunResult Run(const std::string& argument) { return RunDb(disk_, GetParam(), {"-a", argument}); }
+  RecorderDisk disk_;
+};
 
 TEST_P(SplitEvents, EventsThatAreNotSplitAreNotReported) {
   RecorderDisk disk;
   disk.Exec(EventRow("plain-1").Insert() + EventRow("plain-2").Insert());
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "s"});
-  EXPECT_EQ("\n", r.out);
-  EXPECT_EQ("", r.err);
+  EXPECT_RUN(RunDb(disk, GetParam(), {"-a", "s"}), "\n", "", 0);
 }
 
 TEST_P(SplitEvents, SampleGroupWithOverlapFailureAndSizes) {
@@ -48,8 +69,7 @@ TEST_P(SplitEvents, SampleGroupWithOverlapFailureAndSizes) {
             SplitPart("r2", "G", 2, 3, 196, 300).Insert() +
             SplitPart("r3", "G", 3, 3, 294, 304).Insert());
   for (const char* reid : {"r1", "r2", "r3"}) Stage(disk, reid, {Segment(0, 0)}, 4096);
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "sz2"});
-  EXPECT_RUN(r,
+  EXPECT_RUN(RunDb(disk, GetParam(), {"-a", "sz2"}),
              "Checking groupId 'G':\n"
              "  Checking 2-second overlap...FAIL\n"
              "    Part 3 doesn't have 2-second overlap:  ticks = 6\n"
@@ -60,107 +80,21 @@ TEST_P(SplitEvents, SampleGroupWithOverlapFailureAndSizes) {
              "", 0);
 }
 
-TEST_P(SplitEvents, GroupsAreReportedInGroupIdOrder) {
-  RecorderDisk disk;
-  disk.Exec(SplitPart("b1", "B", 1, 1, 0, 10).Insert() + EventRow("plain").Insert() +
-            SplitPart("a1", "A", 1, 1, 50, 60).Insert());
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "s"});
-  EXPECT_EQ(Passing("A") + Passing("B") + "\n", r.out);
-}
-
-TEST_P(SplitEvents, PartsAreComparedInQueryOrder) {
-  RecorderDisk disk;
-  disk.Exec(SplitPart("r2", "G", 2, 2, 196, 300).Insert() +
-            SplitPart("r1", "G", 1, 2, 100, 200).Insert());
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "s"});
-  EXPECT_EQ(
-      "Checking groupId 'G':\n"
-      "  Checking 2-second overlap...FAIL\n"
-      "    Part 1 doesn't have 2-second overlap:  ticks = 200\n"
-      "  Verify last part >= 2 sec...PASS\n"
-      "  Checking totalParts.........PASS\n"
-      "\n",
-      r.out);
-}
-
-TEST_P(SplitEvents, DuplicatedPartPassesTotalParts) {
-  RecorderDisk disk;
-  disk.Exec(SplitPart("r1", "G", 1, 3, 0, 100).Insert() +
-            SplitPart("r2", "G", 2, 3, 96, 200).Insert() +
-            SplitPart("r2b", "G", 2, 3, 196, 300).Insert() +
-            SplitPart("r3", "G", 3, 3, 296, 400).Insert());
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "s"});
-  EXPECT_EQ(Passing("G") + "\n", r.out);
-}
-
-TEST_P(SplitEvents, MissingPartFailsTotalParts) {
-  RecorderDisk disk;
-  disk.Exec(SplitPart("r1", "G", 1, 2, 0, 100).Insert() +
-            SplitPart("r3", "G", 3, 2, 96, 200).Insert());
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "s"});
-  EXPECT_EQ(
-      "Checking groupId 'G':\n"
-      "  Checking 2-second overlap...PASS\n"
-      "  Verify last part >= 2 sec...PASS\n"
-      "  Checking totalParts.........FAIL:  expectedTotalParts=2  actualUniquePartNums=2  lastPartNum=3\n"
-      "\n",
-      r.out);
-}
-
-TEST_P(SplitEvents, ShortAndWrappedLastParts) {
-  RecorderDisk disk;
-  // S: the last part lasts 3 ticks. W: the last part stops below its start.
-  disk.Exec(
-      SplitPart("s1", "S", 1, 2, 0, 100).Insert() + SplitPart("s2", "S", 2, 2, 96, 99).Insert() +
-      SplitPart("w1", "W", 1, 2, 0, 100).Insert() + SplitPart("w2", "W", 2, 2, 96, 50).Insert());
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "s"});
-  EXPECT_EQ(
-      "Checking groupId 'S':\n"
-      "  Checking 2-second overlap...PASS\n"
-      "  Verify last part >= 2 sec...FAIL\n"
-      "  Checking totalParts.........PASS\n" +
-          Passing("W") + "\n",
-      r.out);
-}
-
-TEST_P(SplitEvents, TicksAreUnsigned32Bit) {
-  RecorderDisk disk;
-  // A stored -1 is 4294967295; the overlap wraps past zero.
-  disk.Exec(SplitPart("r1", "G", 1, 2, 4294967000LL, 2).Insert() +
-            SplitPart("r2", "G", 2, 2, -2, 40).Insert());
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "s"});
-  EXPECT_EQ(Passing("G") + "\n", r.out);
-}
-
-TEST_P(SplitEvents, SinglePartGroupPassesTheOverlap) {
-  RecorderDisk disk;
-  disk.Exec(SplitPart("r1", "G", 1, 1, 7, 100).Insert());
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "s"});
-  EXPECT_EQ(Passing("G") + "\n", r.out);
-}
-
 TEST_P(SplitEvents, WithoutALimitMetadataIsNeverRead) {
-  RecorderDisk disk;
-  disk.Exec(SplitPart("r1", "G", 1, 1, 0, 100).Insert());
   // Reading this description would print a message.
-  disk.WriteFile("connectionmgr/r1.xml", "<not xml");
-  disk.WriteFile("connectionmgr/r1.mtd", "");
+  disk_.WriteFile("connectionmgr/r1.xml", "<not xml");
+  disk_.WriteFile("connectionmgr/r1.mtd", "");
   for (const char* argument : {"s", "sz0", "sz"}) {
-    const RunResult r = RunDb(disk, GetParam(), {"-a", argument});
-    EXPECT_EQ(Passing("G") + "\n", r.out) << argument;
-    EXPECT_EQ("", r.err) << argument;
+    EXPECT_RUN(Run(argument), Passing("G") + "\n", "", 0) << argument;
   }
 }
 
 TEST_P(SplitEvents, SizeMessagesGoToStandardErrorWithoutLineEnd) {
-  RecorderDisk disk;
-  disk.Exec(SplitPart("r1", "G", 1, 1, 0, 100).Insert());
-  disk.WriteFile("connectionmgr/r1.xml", "<not xml");
-  disk.WriteFile("connectionmgr/r1.mtd", "");
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "sz1"});
+  disk_.WriteFile("connectionmgr/r1.xml", "<not xml");
+  disk_.WriteFile("connectionmgr/r1.mtd", "");
   // The .mtd alone is 0 bytes: a part of size 0 fails.
-  EXPECT_EQ(Passing("G") + "  Verify part sizes <  1 GB...FAIL\n\n", r.out);
-  EXPECT_EQ("Failed to load XML file: /mnt/hd/connectionmgr/r1.xml", r.err);
+  EXPECT_RUN(Run("sz1"), Passing("G") + "  Verify part sizes <  1 GB...FAIL\n\n",
+             "Failed to load XML file: /mnt/hd/connectionmgr/r1.xml", 0);
 }
 
 TEST_P(SplitEvents, PartOfExactlyTheLimitFails) {
@@ -170,20 +104,15 @@ TEST_P(SplitEvents, PartOfExactlyTheLimitFails) {
   // 5 x 2^30 bytes exactly, and one byte less.
   Stage(disk, "big", {Segment(0, kMaxOffset), Segment(0, kMaxOffset), Segment(0, 1073741824)}, 2);
   Stage(disk, "fit", {Segment(0, kMaxOffset), Segment(0, kMaxOffset), Segment(0, 1073741824)}, 1);
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "sz5"});
-  EXPECT_EQ(Passing("BIG") + "  Verify part sizes <  5 GB...FAIL\n" + Passing("FIT") +
-                "  Verify part sizes <  5 GB...PASS\n\n",
-            r.out);
-  EXPECT_EQ("", r.err);
+  EXPECT_RUN(RunDb(disk, GetParam(), {"-a", "sz5"}),
+             Passing("BIG") + "  Verify part sizes <  5 GB...FAIL\n" + Passing("FIT") +
+                 "  Verify part sizes <  5 GB...PASS\n\n",
+             "", 0);
 }
 
 TEST_P(SplitEvents, StagedPartOfSizeZeroFails) {
-  RecorderDisk disk;
-  disk.Exec(SplitPart("r1", "G", 1, 1, 0, 100).Insert());
-  Stage(disk, "r1", {}, 0);
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "sz5"});
-  EXPECT_EQ(Passing("G") + "  Verify part sizes <  5 GB...FAIL\n\n", r.out);
-  EXPECT_EQ("", r.err);
+  Stage(disk_, "r1", {}, 0);
+  EXPECT_RUN(Run("sz5"), Passing("G") + "  Verify part sizes <  5 GB...FAIL\n\n", "", 0);
 }
 
 TEST_P(SplitEvents, PartThatIsNotStagedFailsSilently) {
@@ -192,74 +121,55 @@ TEST_P(SplitEvents, PartThatIsNotStagedFailsSilently) {
             SplitPart("r2", "G", 2, 2, 96, 200).Insert());
   Stage(disk, "r1", {Segment(0, 0)});
   disk.WriteFile("connectionmgr/r2.xml", "<recording-event/>");  // no .mtd: not staged
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "sz5"});
-  EXPECT_EQ(Passing("G") + "  Verify part sizes <  5 GB...FAIL\n\n", r.out);
-  EXPECT_EQ("", r.err);
+  EXPECT_RUN(RunDb(disk, GetParam(), {"-a", "sz5"}),
+             Passing("G") + "  Verify part sizes <  5 GB...FAIL\n\n", "", 0);
 }
 
 TEST_P(SplitEvents, NegativeSizeReadsAsHugeAndFails) {
-  RecorderDisk disk;
-  disk.Exec(SplitPart("r1", "G", 1, 1, 0, 100).Insert());
-  Stage(disk, "r1", {Segment(5000, 1000)}, 0);  // adds -4000 bytes
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "sz4294967295"});
-  EXPECT_EQ(Passing("G") + "  Verify part sizes < 4294967295 GB...FAIL\n\n", r.out);
+  Stage(disk_, "r1", {Segment(5000, 1000)}, 0);  // adds -4000 bytes
+  EXPECT_RUN(Run("sz4294967295"), Passing("G") + "  Verify part sizes < 4294967295 GB...FAIL\n\n",
+             "", 0);
 }
 
 TEST_P(SplitEvents, LimitWiderThanItsFieldPushesTheText) {
-  RecorderDisk disk;
-  disk.Exec(SplitPart("r1", "G", 1, 1, 0, 100).Insert());
-  Stage(disk, "r1", {Segment(0, 0)}, 10);
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "sz100"});
-  EXPECT_EQ(Passing("G") + "  Verify part sizes < 100 GB...PASS\n\n", r.out);
+  Stage(disk_, "r1", {Segment(0, 0)}, 10);
+  EXPECT_RUN(Run("sz100"), Passing("G") + "  Verify part sizes < 100 GB...PASS\n\n", "", 0);
 }
 
 TEST_P(SplitEvents, LimitBeyond32BitsSaturates) {
-  RecorderDisk disk;
-  disk.Exec(SplitPart("r1", "G", 1, 1, 0, 100).Insert());
-  Stage(disk, "r1", {Segment(0, 0)}, 10);
+  Stage(disk_, "r1", {Segment(0, 0)}, 10);
   for (const char* argument : {"sz99999999999", "sz18446744073709551616999"}) {
-    const RunResult r = RunDb(disk, GetParam(), {"-a", argument});
-    EXPECT_EQ(Passing("G") + "  Verify part sizes < 4294967295 GB...PASS\n\n", r.out) << argument;
+    EXPECT_RUN(Run(argument), Passing("G") + "  Verify part sizes < 4294967295 GB...PASS\n\n", "",
+               0)
+        << argument;
   }
 }
 
 TEST_P(SplitEvents, ReportChangesNothing) {
-  RecorderDisk disk;
-  disk.Exec(SplitPart("r1", "G", 1, 2, 0, 100).Insert() +
-            SplitPart("r2", "G", 2, 2, 90, 200).Insert() + EventRow("plain").Insert() +
-            FileRow().Insert());
-  Stage(disk, "r1", {Segment(0, 0)});
-  const std::string before = disk.Dump();
-  const std::string xml = disk.ReadFile("connectionmgr/r1.xml");
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "sz3", "-a", "s"});
-  EXPECT_EQ(0, r.status);
-  EXPECT_EQ(before, disk.Dump());
-  EXPECT_EQ(xml, disk.ReadFile("connectionmgr/r1.xml"));
-}
-
-TEST_P(SplitEvents, GroupIdsWithQuotesAndOtherBytes) {
-  RecorderDisk disk;
-  const std::string odd = "it's \xc3\xa9 \"q\"";
-  disk.Exec(SplitPart("r1", odd, 1, 1, 0, 100).Insert());
-  const RunResult r = RunDb(disk, GetParam(), {"-a", "s"});
-  EXPECT_EQ(Passing(odd) + "\n", r.out);
+  disk_.Exec(EventRow("plain").Insert() + FileRow().Insert());
+  Stage(disk_, "r1", {Segment(0, 0)});
+  const std::string before = disk_.Dump();
+  const std::string xml = disk_.ReadFile("connectionmgr/r1.xml");
+  const std::string report = Passing("G") + "  Verify part sizes <  3 GB...PASS\n\n";
+  EXPECT_RUN(RunDb(disk_, GetParam(), {"-a", "sz3", "-a", "s"}), report + report, "", 0);
+  EXPECT_EQ(before, disk_.Dump());
+  EXPECT_EQ(xml, disk_.ReadFile("connectionmgr/r1.xml"));
 }
 
 INSTANTIATE_TEST_SUITE_P(BothPaths, SplitEvents, BothAccessPaths(), PathName);
 
 TEST(SplitEventsDirect, StoreThatCannotBeOpenedReportsAndPrintsTheEmptyReport) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
-  const RunResult r = RunDb(disk, {"-a", "s"});
-  EXPECT_EQ("\n", r.out);
-  EXPECT_EQ(std::string("error opening sqlite3\n") + kNoFileSizesLine +
-                "unable to prepare: select * from events",
-            r.err);
+  EXPECT_RUN(RunDb(disk, {"-a", "s"}), "\n",
+             std::string("error opening sqlite3\n") + kNoFileSizesLine +
+                 "unable to prepare: select * from events",
+             14);
 }
 
 TEST(SplitEventsDirect, StoreWithoutEventsTable) {
   RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
-  const RunResult r = RunDb(disk, {"-a", "s"});
-  EXPECT_RUN(r, "\n", std::string(kNoFileSizesLine) + "unable to prepare: select * from events", 0);
+  EXPECT_RUN(RunDb(disk, {"-a", "s"}), "\n",
+             std::string(kNoFileSizesLine) + "unable to prepare: select * from events", 0);
 }
 
 // The events of a store whose second row fails while it is read: abs() of
@@ -274,34 +184,32 @@ const char kFailingSecondRow[] =
 TEST(SplitEventsDirect, StepErrorKeepsTheEventsReadSoFar) {
   RecorderDisk disk;
   disk.Exec(kFailingSecondRow);
-  const RunResult r = RunDb(disk, {"-a", "s"});
-  EXPECT_RUN(r, Passing("G") + "\n", "could not free statement, leaking memory\n", 0);
+  EXPECT_RUN(RunDb(disk, {"-a", "s"}), Passing("G") + "\n",
+             "could not free statement, leaking memory\n", 0);
 }
 
 TEST(SplitEventsDaemon, StepErrorInTheDaemonGivesAnEmptyReport) {
   RecorderDisk disk;
   disk.Exec(kFailingSecondRow);
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-a", "s"});
-  EXPECT_EQ("\n", r.out);
-  EXPECT_EQ("", r.err);
+  EXPECT_RUN(RunDb(disk, AccessPath::kDaemon, {"-a", "s"}), "\n", "", 0);
+}
+
+// Runs db -a s through the daemon with `streamMgrArgs` on a store of group G.
+RunResult RunThroughTheDaemon(const RecorderDisk& disk, const std::string& streamMgrArgs) {
+  disk.Exec(SplitPart("r1", "G", 1, 1, 0, 100).Insert());
+  SandboxOptions options;
+  options.streamMgrArgs = streamMgrArgs;
+  return RunDb(disk, AccessPath::kDaemon, {"-a", "s"}, options);
 }
 
 TEST(SplitEventsDaemon, FailedRequestGivesAnEmptyReport) {
   RecorderDisk disk;
-  disk.Exec(SplitPart("r1", "G", 1, 1, 0, 100).Insert());
-  SandboxOptions options;
-  options.streamMgrArgs = "--fail-requests";
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-a", "s"}, options);
-  EXPECT_RUN(r, "\n", "", 0);
+  EXPECT_RUN(RunThroughTheDaemon(disk, "--fail-requests"), "\n", "", 0);
 }
 
 TEST(SplitEventsDaemon, QueryGoesToTheDaemon) {
   RecorderDisk disk;
-  disk.Exec(SplitPart("r1", "G", 1, 1, 0, 100).Insert());
-  SandboxOptions options;
-  options.streamMgrArgs = "--log /mnt/hd/requests.log";
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-a", "s"}, options);
-  EXPECT_EQ(Passing("G") + "\n", r.out);
+  EXPECT_RUN(RunThroughTheDaemon(disk, "--log /mnt/hd/requests.log"), Passing("G") + "\n", "", 0);
   EXPECT_EQ("events\tselect * from events\n", disk.ReadFile("requests.log"));
 }
 

@@ -25,6 +25,13 @@ std::string LikePattern(const std::string& numberPart) {
   return pattern;
 }
 
+// Sets a filter that lists its files in start tick order.
+bool ShowByStartTick(bool& filter, FileOptions& options) {
+  filter = true;
+  options.sortByStartTick = true;
+  return true;
+}
+
 // Applies one letter; false when the letter is not part of the language. For
 // "s" the letter has been removed already and `argument` starts at its digit.
 bool ApplyLetter(char letter, std::string& argument, FileOptions& options) {
@@ -35,23 +42,19 @@ bool ApplyLetter(char letter, std::string& argument, FileOptions& options) {
       options.sortByNumber = true;
       return true;
     case 'c':
-      options.showCurrent = true;
-      options.sortByStartTick = true;
-      return true;
+      return ShowByStartTick(options.showCurrent, options);
     case 'f':
-      options.showFree = true;
-      options.sortByStartTick = true;
-      return true;
+      return ShowByStartTick(options.showFree, options);
     case 'k':
-      options.showKept = true;
-      options.sortByStartTick = true;
-      return true;
+      return ShowByStartTick(options.showKept, options);
     case 'l':
       options.limit = true;
       return true;
     case 'n':
-      options.sortByStartTick = false;
-      options.sortByNumber = true;
+    case 't':
+      // The last of the two sorts named wins.
+      options.sortByStartTick = letter == 't';
+      options.sortByNumber = letter == 'n';
       return true;
     case 'r':
       options.reverse = true;
@@ -62,10 +65,6 @@ bool ApplyLetter(char letter, std::string& argument, FileOptions& options) {
       }
       options.stream = static_cast<uint32_t>(argument[0] - '0');
       options.sortByStartTick = true;
-      return true;
-    case 't':
-      options.sortByStartTick = true;
-      options.sortByNumber = false;
       return true;
     default:
       return false;

@@ -3,22 +3,23 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <map>
+#include <ostream>
 #include <string>
 
 namespace {
 
-// Compares every member, so a letter that touches more than it should fails.
-void ExpectRecord(const FileOptions& expected, const FileOptions& actual) {
-  EXPECT_EQ(expected.numberPattern, actual.numberPattern);
-  EXPECT_EQ(expected.stream, actual.stream);
-  EXPECT_EQ(expected.showCurrent, actual.showCurrent);
-  EXPECT_EQ(expected.showAllocated, actual.showAllocated);
-  EXPECT_EQ(expected.showFree, actual.showFree);
-  EXPECT_EQ(expected.showKept, actual.showKept);
-  EXPECT_EQ(expected.limit, actual.limit);
-  EXPECT_EQ(expected.sortByStartTick, actual.sortByStartTick);
-  EXPECT_EQ(expected.sortByNumber, actual.sortByNumber);
-  EXPECT_EQ(expected.reverse, actual.reverse);
+// The whole record on one line, so that a letter that touches more than it
+// should fails: the number pattern, the stream, then the letter of every flag
+// that is set, always in the order c a f k l t n r.
+std::string Summary(const FileOptions& o) {
+  std::string text = o.numberPattern + " s" + std::to_string(o.stream) + " ";
+  const bool flags[] = {o.showCurrent, o.showAllocated,   o.showFree,     o.showKept,
+                        o.limit,       o.sortByStartTick, o.sortByNumber, o.reverse};
+  for (size_t i = 0; i < sizeof flags; ++i) {
+    if (flags[i]) text += "cafkltnr"[i];
+  }
+  return text;
 }
 
 struct Parsed {
@@ -33,236 +34,93 @@ Parsed Parse(const std::string& text, FileOptions options = FileOptions()) {
   return {understood, argument, options};
 }
 
-TEST(FileOptions, DefaultsOfAFreshRecord) {
-  const FileOptions options;
-  EXPECT_EQ("%", options.numberPattern);
-  EXPECT_EQ(99u, options.stream);
-  EXPECT_FALSE(options.showCurrent || options.showAllocated || options.showFree ||
-               options.showKept || options.limit || options.sortByStartTick ||
-               options.sortByNumber || options.reverse);
+// The record after `start` and then `argument`, each applied from what the
+// one before left; a failure of `argument` says what it left unread.
+std::string Outcome(const std::string& argument, const std::string& start = "") {
+  const Parsed parsed = Parse(argument, Parse(start).options);
+  return (parsed.understood ? "" : "stops at \"" + parsed.left + "\": ") + Summary(parsed.options);
 }
 
-// The table of resulting records, each from a fresh record.
-struct RecordCase {
+TEST(FileOptions, DefaultsOfAFreshRecord) { EXPECT_EQ("% s99 ", Summary(FileOptions())); }
+
+struct OptionCase {
+  const char* start;  // applied first; "" for a fresh record
   const char* argument;
-  FileOptions expected;
+  const char* outcome;
 };
 
-FileOptions Record(void (*change)(FileOptions&)) {
-  FileOptions options;
-  change(options);
-  return options;
+void PrintTo(const OptionCase& c, std::ostream* out) {
+  *out << '"' << c.start << "\" then \"" << c.argument << '"';
 }
 
-class FileOptionRecords : public ::testing::TestWithParam<RecordCase> {};
+class FileOptionRecords : public ::testing::TestWithParam<OptionCase> {};
 
-TEST_P(FileOptionRecords, ParseFromFreshRecord) {
-  const Parsed parsed = Parse(GetParam().argument);
-  EXPECT_TRUE(parsed.understood);
-  EXPECT_EQ("", parsed.left);
-  ExpectRecord(GetParam().expected, parsed.options);
+TEST_P(FileOptionRecords, Parse) {
+  EXPECT_EQ(GetParam().outcome, Outcome(GetParam().argument, GetParam().start));
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Examples, FileOptionRecords,
-    ::testing::Values(RecordCase{"*r", Record([](FileOptions& o) {
-                                   o.sortByNumber = true;
-                                   o.reverse = true;
-                                 })},
-                      RecordCase{"20?tr", Record([](FileOptions& o) {
-                                   o.numberPattern = "20_";
-                                   o.sortByStartTick = true;
-                                   o.reverse = true;
-                                 })},
-                      RecordCase{"s0f", Record([](FileOptions& o) {
-                                   o.stream = 0;
-                                   o.showFree = true;
-                                   o.sortByStartTick = true;
-                                 })},
-                      RecordCase{"s2", Record([](FileOptions& o) {
-                                   o.stream = 2;
-                                   o.sortByStartTick = true;
-                                 })},
-                      RecordCase{"c", Record([](FileOptions& o) {
-                                   o.showCurrent = true;
-                                   o.sortByStartTick = true;
-                                 })},
-                      RecordCase{"k", Record([](FileOptions& o) {
-                                   o.showKept = true;
-                                   o.sortByStartTick = true;
-                                 })},
-                      RecordCase{"a", Record([](FileOptions& o) {
-                                   o.showAllocated = true;
-                                   o.sortByNumber = true;
-                                 })},
-                      RecordCase{"tn", Record([](FileOptions& o) { o.sortByNumber = true; })},
-                      RecordCase{"nt", Record([](FileOptions& o) { o.sortByStartTick = true; })},
-                      RecordCase{"12", Record([](FileOptions& o) {
-                                   o.numberPattern = "12";
-                                   o.sortByNumber = true;
-                                 })},
-                      RecordCase{"???", Record([](FileOptions& o) {
-                                   o.numberPattern = "___";
-                                   o.sortByNumber = true;
-                                 })},
-                      RecordCase{"*", Record([](FileOptions& o) { o.sortByNumber = true; })},
-                      RecordCase{"1*5", Record([](FileOptions& o) {
-                                   o.numberPattern = "1%5";
-                                   o.sortByNumber = true;
-                                 })},
-                      RecordCase{"s3a", Record([](FileOptions& o) {
-                                   o.stream = 3;
-                                   o.showAllocated = true;
-                                   o.sortByNumber = true;
-                                   o.sortByStartTick = true;
-                                 })},
-                      RecordCase{"fkal", Record([](FileOptions& o) {
-                                   o.showFree = true;
-                                   o.showKept = true;
-                                   o.showAllocated = true;
-                                   o.limit = true;
-                                   o.sortByStartTick = true;
-                                   o.sortByNumber = true;
-                                 })},
-                      RecordCase{"s1s3", Record([](FileOptions& o) {
-                                   o.stream = 3;
-                                   o.sortByStartTick = true;
-                                 })},
-                      RecordCase{"?*?*", Record([](FileOptions& o) {
-                                   o.numberPattern = "_%_%";
-                                   o.sortByNumber = true;
-                                 })}));
+    ::testing::Values(OptionCase{"", "*r", "% s99 nr"}, OptionCase{"", "20?tr", "20_ s99 tr"},
+                      OptionCase{"", "s0f", "% s0 ft"}, OptionCase{"", "s2", "% s2 t"},
+                      OptionCase{"", "c", "% s99 ct"}, OptionCase{"", "k", "% s99 kt"},
+                      OptionCase{"", "a", "% s99 an"}, OptionCase{"", "tn", "% s99 n"},
+                      OptionCase{"", "nt", "% s99 t"}, OptionCase{"", "12", "12 s99 n"},
+                      OptionCase{"", "???", "___ s99 n"}, OptionCase{"", "*", "% s99 n"},
+                      OptionCase{"", "1*5", "1%5 s99 n"}, OptionCase{"", "s3a", "% s3 atn"},
+                      OptionCase{"", "fkal", "% s99 afkltn"}, OptionCase{"", "s1s3", "% s3 t"},
+                      OptionCase{"", "?*?*", "_%_% s99 n"},
+                      // An empty argument is understood and changes nothing.
+                      OptionCase{"7k", "", "7 s99 ktn"},
+                      // A number part keeps the sort by start tick.
+                      OptionCase{"t", "12", "12 s99 tn"},
+                      // A second argument starts from what the first left.
+                      OptionCase{"s0f", "n", "% s0 fn"},
+                      // A later current filter keeps the earlier pattern.
+                      OptionCase{"12", "c", "12 s99 ctn"},
+                      // No letter clears a filter, the limit or the reverse.
+                      OptionCase{"s1acfklr", "ntn", "% s1 cafklnr"},
+                      // Failures: what went before stays applied, the bad character and
+                      // everything after it stay in the argument.
+                      OptionCase{"", "cx", "stops at \"x\": % s99 ct"},
+                      OptionCase{"", "x", "stops at \"x\": % s99 "},
+                      OptionCase{"", "s4", "stops at \"4\": % s99 "},
+                      OptionCase{"", "s", "stops at \"\": % s99 "},
+                      OptionCase{"", "sa", "stops at \"a\": % s99 "},
+                      OptionCase{"", "s-1", "stops at \"-1\": % s99 "},
+                      OptionCase{"", "c5", "stops at \"5\": % s99 ct"},
+                      OptionCase{"", "r*", "stops at \"*\": % s99 r"},
+                      OptionCase{"", "12 r", "stops at \" r\": 12 s99 n"},
+                      OptionCase{"", "C", "stops at \"C\": % s99 "},
+                      OptionCase{"", "'", "stops at \"'\": % s99 "},
+                      OptionCase{"", "%", "stops at \"%\": % s99 "},
+                      OptionCase{"", "_", "stops at \"_\": % s99 "},
+                      OptionCase{"", "+1", "stops at \"+1\": % s99 "},
+                      OptionCase{"", "\xc3\xa9", "stops at \"\xc3\xa9\": % s99 "}));
 
-TEST(FileOptions, EmptyArgumentIsUnderstoodAndChangesNothing) {
-  FileOptions before;
-  before.numberPattern = "7";
-  before.showKept = true;
-  const Parsed parsed = Parse("", before);
-  EXPECT_TRUE(parsed.understood);
-  ExpectRecord(before, parsed.options);
-}
-
-TEST(FileOptions, NumberPartKeepsTheSortByStartTick) {
-  FileOptions before;
-  before.sortByStartTick = true;
-  const Parsed parsed = Parse("12", before);
-  EXPECT_TRUE(parsed.options.sortByStartTick);
-  EXPECT_TRUE(parsed.options.sortByNumber);
-}
-
-TEST(FileOptions, SecondArgumentStartsFromWhatTheFirstLeft) {
-  const Parsed first = Parse("s0f");
-  const Parsed second = Parse("n", first.options);
-  EXPECT_TRUE(second.understood);
-  FileOptions expected;
-  expected.stream = 0;
-  expected.showFree = true;
-  expected.sortByNumber = true;
-  ExpectRecord(expected, second.options);
-}
-
-TEST(FileOptions, LaterCurrentKeepsTheEarlierPattern) {
-  const Parsed second = Parse("c", Parse("12").options);
-  EXPECT_EQ("12", second.options.numberPattern);
-  EXPECT_TRUE(second.options.showCurrent);
-}
-
-TEST(FileOptions, NoLetterClearsAFilterLimitOrReverse) {
-  const Parsed first = Parse("s1acfklr");
-  const Parsed second = Parse("ntn", first.options);
-  EXPECT_EQ(1u, second.options.stream);
-  EXPECT_TRUE(second.options.showAllocated && second.options.showCurrent &&
-              second.options.showFree && second.options.showKept && second.options.limit &&
-              second.options.reverse);
-  EXPECT_FALSE(second.options.sortByStartTick);
-}
-
-// Failures: what went before stays applied, the bad character and everything
-// after it stay in the argument.
-struct FailureCase {
-  const char* argument;
-  const char* left;
-  FileOptions expected;
-};
-
-class FileOptionFailures : public ::testing::TestWithParam<FailureCase> {};
-
-TEST_P(FileOptionFailures, StopAtTheFirstCharacterNotUnderstood) {
-  const Parsed parsed = Parse(GetParam().argument);
-  EXPECT_FALSE(parsed.understood);
-  EXPECT_EQ(GetParam().left, parsed.left);
-  ExpectRecord(GetParam().expected, parsed.options);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Examples, FileOptionFailures,
-    ::testing::Values(FailureCase{"cx", "x", Record([](FileOptions& o) {
-                                    o.showCurrent = true;
-                                    o.sortByStartTick = true;
-                                  })},
-                      FailureCase{"x", "x", FileOptions()}, FailureCase{"s4", "4", FileOptions()},
-                      FailureCase{"s", "", FileOptions()}, FailureCase{"sa", "a", FileOptions()},
-                      FailureCase{"s-1", "-1", FileOptions()},
-                      FailureCase{"c5", "5", Record([](FileOptions& o) {
-                                    o.showCurrent = true;
-                                    o.sortByStartTick = true;
-                                  })},
-                      FailureCase{"r*", "*", Record([](FileOptions& o) { o.reverse = true; })},
-                      FailureCase{"12 r", " r", Record([](FileOptions& o) {
-                                    o.numberPattern = "12";
-                                    o.sortByNumber = true;
-                                  })},
-                      FailureCase{"C", "C", FileOptions()}, FailureCase{"'", "'", FileOptions()},
-                      FailureCase{"%", "%", FileOptions()}, FailureCase{"_", "_", FileOptions()},
-                      FailureCase{"+1", "+1", FileOptions()},
-                      FailureCase{"\xc3\xa9", "\xc3\xa9", FileOptions()}));
-
-// Every byte value alone, from a fresh record.
 TEST(FileOptions, EveryByteAlone) {
+  // What each byte that is understood leaves in a fresh record; "s" is
+  // consumed although no stream digit follows it.
+  const std::map<char, std::string> understood = {{'?', "_ s99 n"},
+                                                  {'*', "% s99 n"},
+                                                  {'a', "% s99 an"},
+                                                  {'c', "% s99 ct"},
+                                                  {'f', "% s99 ft"},
+                                                  {'k', "% s99 kt"},
+                                                  {'l', "% s99 l"},
+                                                  {'n', "% s99 n"},
+                                                  {'r', "% s99 r"},
+                                                  {'t', "% s99 t"},
+                                                  {'s', "stops at \"\": % s99 "}};
   for (int value = 0; value < 256; ++value) {
-    const char byte = static_cast<char>(value);
-    SCOPED_TRACE("byte " + std::to_string(value));
-    const Parsed parsed = Parse(std::string(1, byte));
-    FileOptions expected;
-    bool understood = true;
-    std::string left;
-    if (byte != '\0' && std::strchr("0123456789", byte) != nullptr) {
-      expected.numberPattern = std::string(1, byte);
-      expected.sortByNumber = true;
-    } else if (byte == '?') {
-      expected.numberPattern = "_";
-      expected.sortByNumber = true;
-    } else if (byte == '*') {
-      expected.sortByNumber = true;
-    } else if (byte == 'a') {
-      expected.showAllocated = true;
-      expected.sortByNumber = true;
-    } else if (byte == 'c') {
-      expected.showCurrent = true;
-      expected.sortByStartTick = true;
-    } else if (byte == 'f') {
-      expected.showFree = true;
-      expected.sortByStartTick = true;
-    } else if (byte == 'k') {
-      expected.showKept = true;
-      expected.sortByStartTick = true;
-    } else if (byte == 'l') {
-      expected.limit = true;
-    } else if (byte == 'n') {
-      expected.sortByNumber = true;
-    } else if (byte == 'r') {
-      expected.reverse = true;
-    } else if (byte == 't') {
-      expected.sortByStartTick = true;
-    } else if (byte == 's') {
-      understood = false;  // no stream digit follows; the "s" is consumed
-    } else {
-      understood = false;
-      left = std::string(1, byte);
+    const std::string byte(1, static_cast<char>(value));
+    std::string expected = "stops at \"" + byte + "\": % s99 ";
+    if (value >= '0' && value <= '9') {
+      expected = byte + " s99 n";
+    } else if (understood.count(byte[0]) != 0) {
+      expected = understood.at(byte[0]);
     }
-    EXPECT_EQ(understood, parsed.understood);
-    EXPECT_EQ(left, parsed.left);
-    ExpectRecord(expected, parsed.options);
+    EXPECT_EQ(expected, Outcome(byte)) << "byte " << value;
   }
 }
 
@@ -271,57 +129,35 @@ TEST(FileOptions, EveryByteAlone) {
 TEST(FileOptions, EveryByteAfterALetter) {
   for (int value = 1; value < 256; ++value) {
     const char byte = static_cast<char>(value);
-    SCOPED_TRACE("byte " + std::to_string(value));
     const Parsed parsed = Parse(std::string("r") + byte);
     const bool letter = std::strchr("acfklnrt", byte) != nullptr;
-    EXPECT_EQ(letter, parsed.understood);
-    EXPECT_TRUE(parsed.options.reverse);
-    EXPECT_EQ("%", parsed.options.numberPattern);
-    if (byte == 's') {
-      EXPECT_EQ("", parsed.left);
-    } else {
-      EXPECT_EQ(letter ? "" : std::string(1, byte), parsed.left);
-    }
+    EXPECT_EQ(letter, parsed.understood) << "byte " << value;
+    EXPECT_TRUE(parsed.options.reverse) << "byte " << value;
+    EXPECT_EQ("%", parsed.options.numberPattern) << "byte " << value;
+    EXPECT_EQ(letter || byte == 's' ? "" : std::string(1, byte), parsed.left) << "byte " << value;
   }
 }
 
 // Every byte value as the stream digit.
 TEST(FileOptions, EveryByteAfterS) {
   for (int value = 1; value < 256; ++value) {
-    const char byte = static_cast<char>(value);
-    SCOPED_TRACE("byte " + std::to_string(value));
-    const Parsed parsed = Parse(std::string("s") + byte);
-    const bool digit = byte >= '0' && byte <= '3';
-    EXPECT_EQ(digit, parsed.understood);
-    EXPECT_EQ(digit ? "" : std::string(1, byte), parsed.left);
-    EXPECT_EQ(digit ? static_cast<uint32_t>(byte - '0') : 99u, parsed.options.stream);
-    EXPECT_EQ(digit, parsed.options.sortByStartTick);
+    const std::string byte(1, static_cast<char>(value));
+    const bool digit = value >= '0' && value <= '3';
+    EXPECT_EQ(digit ? "% s" + byte + " t" : "stops at \"" + byte + "\": % s99 ",
+              Outcome("s" + byte))
+        << "byte " << value;
   }
 }
 
 TEST(FileOptions, LongArguments) {
-  const Parsed digits = Parse(std::string(100000, '7'));
-  EXPECT_TRUE(digits.understood);
-  EXPECT_EQ(std::string(100000, '7'), digits.options.numberPattern);
-
-  const Parsed wildcards = Parse(std::string(50000, '?') + std::string(50000, '*'));
-  EXPECT_TRUE(wildcards.understood);
-  EXPECT_EQ(std::string(50000, '_') + std::string(50000, '%'), wildcards.options.numberPattern);
-
-  const Parsed letters = Parse(std::string(100000, 'c'));
-  EXPECT_TRUE(letters.understood);
-  EXPECT_TRUE(letters.options.showCurrent);
-
-  const Parsed streams = Parse(std::string(50000, 's') + "2");
-  EXPECT_FALSE(streams.understood);
-  EXPECT_EQ(std::string(49999, 's') + "2", streams.left);
-  EXPECT_EQ(99u, streams.options.stream);
-
-  const std::string bad = "n" + std::string(99999, 'x');
-  const Parsed unknown = Parse(bad);
-  EXPECT_FALSE(unknown.understood);
-  EXPECT_EQ(bad.substr(1), unknown.left);
-  EXPECT_TRUE(unknown.options.sortByNumber);
+  EXPECT_EQ(std::string(100000, '7') + " s99 n", Outcome(std::string(100000, '7')));
+  EXPECT_EQ(std::string(50000, '_') + std::string(50000, '%') + " s99 n",
+            Outcome(std::string(50000, '?') + std::string(50000, '*')));
+  EXPECT_EQ("% s99 ct", Outcome(std::string(100000, 'c')));
+  EXPECT_EQ("stops at \"" + std::string(49999, 's') + "2\": % s99 ",
+            Outcome(std::string(50000, 's') + "2"));
+  EXPECT_EQ("stops at \"" + std::string(99999, 'x') + "\": % s99 n",
+            Outcome("n" + std::string(99999, 'x')));
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "files/file_row.h"
 
+#include <charconv>
+#include <cstdint>
 #include <iostream>
 #include <string>
 #include <string_view>
@@ -13,43 +15,66 @@
 
 namespace {
 
+using StreamMgrApi::StreamfileRecordItem;
+using Field = UIntItem StreamfileRecordItem::*;
+
 // Every field, the last one too, is followed by this separator.
 const char kSeparator[] = "  ";
 
-// Field widths, in column order.
-enum Width : int {
-  kNumberWidth = 6,
-  kStreamWidth = 6,
-  kStateWidth = 8,
-  kSizeWidth = 8,
-  kStartTimeWidth = 17,
-  kStopTimeWidth = 8,
-  kTickWidth = 10,
-  kChainWidth = 4,
-  kTypeWidth = 4,
-};
+enum class Align { kLeft, kRight };
 
+// How a column shows the file's value.
+enum class Format { kNumber, kDateTime, kClock, kState, kType };
+
+// One column of the table: what heads it, how wide its rule and its cells
+// are, and what a file shows in it. A value wider than the column is written
+// whole and pushes the rest of the row right.
 struct Column {
   const char* heading;  // exactly as wide as the column
   int width;
+  Align align;
+  Format format;
+  Field field;  // none for the state and the type, which have their own
 };
 
 const Column kColumns[] = {
-    {"Number", kNumberWidth},
-    {"Stream", kStreamWidth},
-    {" State  ", kStateWidth},
-    {"  Size  ", kSizeWidth},
-    {"    Start Time   ", kStartTimeWidth},
-    {"StopTime", kStopTimeWidth},
-    {"Start Tick", kTickWidth},
-    {" Stop Tick", kTickWidth},
-    {"Prev", kChainWidth},
-    {"Next", kChainWidth},
-    {"Type", kTypeWidth},
+    {"Number", 6, Align::kRight, Format::kNumber, &StreamfileRecordItem::number},
+    {"Stream", 6, Align::kRight, Format::kNumber, &StreamfileRecordItem::stream},
+    {" State  ", 8, Align::kRight, Format::kState, nullptr},
+    {"  Size  ", 8, Align::kRight, Format::kNumber, &StreamfileRecordItem::size},
+    {"    Start Time   ", 17, Align::kRight, Format::kDateTime, &StreamfileRecordItem::startTime},
+    {"StopTime", 8, Align::kRight, Format::kClock, &StreamfileRecordItem::stopTime},
+    {"Start Tick", 10, Align::kRight, Format::kNumber, &StreamfileRecordItem::startTick},
+    {" Stop Tick", 10, Align::kRight, Format::kNumber, &StreamfileRecordItem::stopTick},
+    {"Prev", 4, Align::kRight, Format::kNumber, &StreamfileRecordItem::previous},
+    {"Next", 4, Align::kRight, Format::kNumber, &StreamfileRecordItem::next},
+    {"Type", 4, Align::kRight, Format::kType, nullptr},
 };
 
+// Room for any cell's text: a time, or the digits of a 32-bit number.
+using CellBuffer = char[kTimeTextBytes];
+
+std::string_view CellText(const Column& column, const StreamfileRecordItem& file,
+                          CellBuffer& buffer) {
+  switch (column.format) {
+    case Format::kState:
+      return FileStateToStr(file.state);
+    case Format::kType:
+      return FileTypeToStr(file.type);
+    case Format::kDateTime:
+      return {buffer, DateTimeText((file.*column.field).GetValue(), buffer)};
+    case Format::kClock:
+      return {buffer, ClockText((file.*column.field).GetValue(), buffer)};
+    case Format::kNumber:
+      break;
+  }
+  const uint32_t value = (file.*column.field).GetValue();
+  const std::to_chars_result end = std::to_chars(buffer, buffer + sizeof buffer, value);
+  return {buffer, static_cast<size_t>(end.ptr - buffer)};
+}
+
 // The file being written grows while the table's size stands still.
-void UseLiveSize(StreamMgrApi::StreamfileRecordItem& file) {
+void UseLiveSize(StreamfileRecordItem& file) {
   if (file.next.GetValue() != 0 || !OverIpc()) {
     return;
   }
@@ -73,24 +98,20 @@ void PrintFileHeading() {
   std::cout << std::endl;
 }
 
-void DisplayFile(StreamMgrApi::StreamfileRecordItem& file) {
+void DisplayFile(StreamfileRecordItem& file) {
   UseLiveSize(file);
-  char startText[kTimeTextBytes];
-  char stopText[kTimeTextBytes];
-  const size_t startLength = DateTimeText(file.startTime.GetValue(), startText);
-  const size_t stopLength = ClockText(file.stopTime.GetValue(), stopText);
   TableRow row;
-  row.Unsigned(file.number.GetValue(), kNumberWidth).Add(kSeparator);
-  row.Unsigned(file.stream.GetValue(), kStreamWidth).Add(kSeparator);
-  row.Right(FileStateToStr(file.state), kStateWidth).Add(kSeparator);
-  row.Unsigned(file.size.GetValue(), kSizeWidth).Add(kSeparator);
-  row.Right(std::string_view(startText, startLength), kStartTimeWidth).Add(kSeparator);
-  row.Right(std::string_view(stopText, stopLength), kStopTimeWidth).Add(kSeparator);
-  row.Unsigned(file.startTick.GetValue(), kTickWidth).Add(kSeparator);
-  row.Unsigned(file.stopTick.GetValue(), kTickWidth).Add(kSeparator);
-  row.Unsigned(file.previous.GetValue(), kChainWidth).Add(kSeparator);
-  row.Unsigned(file.next.GetValue(), kChainWidth).Add(kSeparator);
-  row.Right(FileTypeToStr(file.type), kTypeWidth).Add(kSeparator).Add("\n");
+  for (const Column& column : kColumns) {
+    CellBuffer buffer;
+    const std::string_view text = CellText(column, file, buffer);
+    if (column.align == Align::kLeft) {
+      row.Left(text, column.width);
+    } else {
+      row.Right(text, column.width);
+    }
+    row.Add(kSeparator);
+  }
+  row.Add("\n");
   // The stream is left right-aligned, as field by field insertion would leave
   // it. The line end goes in with the row and the flush follows, as endl has it.
   std::cout << std::right << row.Line() << std::flush;

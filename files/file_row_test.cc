@@ -4,10 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <iostream>
-#include <sstream>
 #include <string>
 
 #include "cli/tool_context.h"
+#include "testing/files_listing.h"
 #include "testing/stream_capture.h"
 
 namespace {
@@ -45,11 +45,7 @@ const char kFileLine[] =
 
 TEST_F(FileRowTest, Heading) {
   PrintFileHeading();
-  EXPECT_EQ(
-      "\n"
-      "Number  Stream   State      Size        Start Time     StopTime  Start Tick   Stop Tick  Prev  Next  Type  \n"
-      "======  ======  ========  ========  =================  ========  ==========  ==========  ====  ====  ====  \n",
-      out_.Text());
+  EXPECT_EQ(files_listing::kHeading, out_.Text());
 }
 
 TEST_F(FileRowTest, OneRow) {
@@ -87,16 +83,12 @@ TEST_F(FileRowTest, InvalidStateIsPaddedAndWideTypesPushTheSeparator) {
 
 TEST_F(FileRowTest, WideNumbersPushTheRestRight) {
   StreamfileRecordItem file;
-  file.number.SetValue(4294967295u);
-  file.stream.SetValue(4294967295u);
+  for (UIntItem* field :
+       {&file.number, &file.stream, &file.startTick, &file.stopTick, &file.startTime,
+        &file.stopTime, &file.previous, &file.next, &file.size}) {
+    field->SetValue(4294967295u);
+  }
   file.state = static_cast<StreamFileState>(4294967295u);
-  file.startTick.SetValue(4294967295u);
-  file.stopTick.SetValue(4294967295u);
-  file.startTime.SetValue(4294967295u);
-  file.stopTime.SetValue(4294967295u);
-  file.previous.SetValue(4294967295u);
-  file.next.SetValue(4294967295u);
-  file.size.SetValue(4294967295u);
   file.type = static_cast<StreamFileType>(4);
   DisplayFile(file);
   EXPECT_EQ(

@@ -3,6 +3,7 @@
 // the file being written.
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -14,10 +15,13 @@ namespace {
 
 using namespace files_e2e;
 
-SandboxOptions Logged(const std::string& extra = "") {
+// Runs db with `args` through the daemon, which logs its requests in
+// requests.log and takes `extra` arguments; the store stays as it was.
+RunResult RunLogged(const RecorderDisk& disk, const std::vector<std::string>& args,
+                    const std::string& extra = "") {
   SandboxOptions options;
   options.streamMgrArgs = "--log /mnt/hd/requests.log" + extra;
-  return options;
+  return RunUnchanged(disk, AccessPath::kDaemon, args, options);
 }
 
 const char kAllByNumber[] = " number like '%' order by number asc";
@@ -26,8 +30,9 @@ std::string CountRequest(const std::string& condition) {
   return "count\tselect count(*) from streamfiles where" + condition + "\n";
 }
 
-std::string SingleRequest(const std::string& condition) {
-  return "files\tselect * from streamfiles where " + condition + "\n";
+// The count and the one request for all rows, without paging.
+std::string Requests(const std::string& condition) {
+  return CountRequest(condition) + "files\tselect * from streamfiles where " + condition + "\n";
 }
 
 std::string PageRequest(const std::string& condition, unsigned offset) {
@@ -35,26 +40,27 @@ std::string PageRequest(const std::string& condition, unsigned offset) {
          std::to_string(offset) + "\n";
 }
 
+std::vector<std::string> Reversed(const std::vector<std::string>& rows) {
+  return std::vector<std::string>(rows.rbegin(), rows.rend());
+}
+
 struct PagingCase {
   int files;
   std::vector<unsigned> offsets;  // empty: one request without paging
 };
+
+void PrintTo(const PagingCase& paging, std::ostream* out) { *out << paging.files << " files"; }
 
 class FilesPaging : public ::testing::TestWithParam<PagingCase> {};
 
 TEST_P(FilesPaging, RequestsAndRows) {
   RecorderDisk disk;
   disk.Exec(GeneratedFiles(GetParam().files));
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-f", "*"}, Logged());
   const unsigned files = static_cast<unsigned>(GetParam().files);
-  EXPECT_RUN(r, Listing(GeneratedRows(1, files)), "", 0);
-  std::string requests = CountRequest(kAllByNumber);
-  if (GetParam().offsets.empty()) {
-    requests += SingleRequest(kAllByNumber);
-  }
-  for (unsigned offset : GetParam().offsets) {
-    requests += PageRequest(kAllByNumber, offset);
-  }
+  EXPECT_RUN(RunLogged(disk, {"-f", "*"}), Listing(GeneratedRows(1, files)), "", 0);
+  std::string requests =
+      GetParam().offsets.empty() ? Requests(kAllByNumber) : CountRequest(kAllByNumber);
+  for (unsigned offset : GetParam().offsets) requests += PageRequest(kAllByNumber, offset);
   EXPECT_EQ(requests, disk.ReadFile("requests.log"));
 }
 
@@ -69,105 +75,89 @@ INSTANTIATE_TEST_SUITE_P(Counts, FilesPaging,
 TEST(FilesDaemon, DirectAndDaemonPrintTheSamePagedTable) {
   RecorderDisk disk;
   disk.Exec(GeneratedFiles(2001));
-  const RunResult direct = RunDb(disk, AccessPath::kDirect, {"-f", "tr"});
-  const RunResult daemon = RunDb(disk, AccessPath::kDaemon, {"-f", "tr"});
-  std::vector<std::string> rows = GeneratedRows(1, 2001);
-  EXPECT_EQ(Listing(std::vector<std::string>(rows.rbegin(), rows.rend())), direct.out);
-  EXPECT_EQ(direct.out, daemon.out);
-  EXPECT_EQ("", direct.err);
-  EXPECT_EQ("", daemon.err);
+  const std::string listing = Listing(Reversed(GeneratedRows(1, 2001)));
+  EXPECT_RUN(RunDb(disk, AccessPath::kDirect, {"-f", "tr"}), listing, "", 0);
+  EXPECT_RUN(RunDb(disk, AccessPath::kDaemon, {"-f", "tr"}), listing, "", 0);
 }
 
 TEST(FilesDaemon, LimitIsNeverPaged) {
   RecorderDisk disk;
   disk.Exec(GeneratedFiles(2001));
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-f", "l"}, Logged());
-  EXPECT_EQ(Listing(GeneratedRows(1, 20), 2001), r.out);
-  const std::string condition = " number like '%' order by number asc limit 20";
-  EXPECT_EQ(CountRequest(condition) + SingleRequest(condition), disk.ReadFile("requests.log"));
+  EXPECT_RUN(RunLogged(disk, {"-f", "l"}), Listing(GeneratedRows(1, 20), 2001), "", 0);
+  EXPECT_EQ(Requests(" number like '%' order by number asc limit 20"),
+            disk.ReadFile("requests.log"));
 }
 
 TEST(FilesDaemon, PagedConditionKeepsFiltersAndOrder) {
   RecorderDisk disk;
   disk.Exec(GeneratedFiles(1500));
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-f", "s0fr"}, Logged());
-  std::vector<std::string> rows = GeneratedRows(1, 1500);
-  EXPECT_EQ(Listing(std::vector<std::string>(rows.rbegin(), rows.rend())), r.out);
+  EXPECT_RUN(RunLogged(disk, {"-f", "s0fr"}), Listing(Reversed(GeneratedRows(1, 1500))), "", 0);
   const std::string condition =
       " number like '%' and stream=0 and ( state=0 or state=2) order by starttick desc";
   EXPECT_EQ(CountRequest(condition) + PageRequest(condition, 0) + PageRequest(condition, 1000),
             disk.ReadFile("requests.log"));
 }
 
-TEST(FilesDaemon, RequestsOfTheUsageExamples) {
-  RecorderDisk disk;
-  disk.Exec(SampleFiles());
-  const RunResult r = RunDb(disk, AccessPath::kDaemon,
-                            {"-f", "*r", "-f", "20?tr", "-f", "s0f", "-f", "s2"}, Logged());
-  EXPECT_EQ("", r.err);
-  const std::string first = " number like '%' order by number desc";
-  const std::string second = " number like '20_' order by starttick desc";
+class FilesDaemonSample : public ::testing::Test {
+ protected:
+  void SetUp() override { disk_.Exec(SampleFiles()); }
+  RecorderDisk disk_;
+};
+
+TEST_F(FilesDaemonSample, RequestsOfTheUsageExamples) {
+  EXPECT_RUN(RunLogged(disk_, {"-f", "*r", "-f", "20?tr", "-f", "s0f", "-f", "s2"}),
+             AllReversed() + Listing({kRow205, kRow200, kRow209}) + Listing({}) + Listing({}), "",
+             0);
   // The record carries on: the pattern, the reverse and the free filter stay.
-  const std::string third =
-      " number like '20_' and stream=0 and ( state=0 or state=2) order by starttick desc";
-  const std::string fourth =
-      " number like '20_' and stream=2 and ( state=0 or state=2) order by starttick desc";
-  EXPECT_EQ(CountRequest(first) + SingleRequest(first) + CountRequest(second) +
-                SingleRequest(second) + CountRequest(third) + SingleRequest(third) +
-                CountRequest(fourth) + SingleRequest(fourth),
-            disk.ReadFile("requests.log"));
+  EXPECT_EQ(
+      Requests(" number like '%' order by number desc") +
+          Requests(" number like '20_' order by starttick desc") +
+          Requests(
+              " number like '20_' and stream=0 and ( state=0 or state=2) order by starttick desc") +
+          Requests(
+              " number like '20_' and stream=2 and ( state=0 or state=2) order by starttick desc"),
+      disk_.ReadFile("requests.log"));
 }
 
-TEST(FilesDaemon, CurrentRequest) {
-  RecorderDisk disk;
-  disk.Exec(SampleFiles());
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-f", "c"}, Logged());
-  EXPECT_EQ(Listing({kRow3, kRow205}), r.out);
-  const std::string condition = " next=0 and previous!=0 order by starttick asc";
-  EXPECT_EQ(CountRequest(condition) + SingleRequest(condition), disk.ReadFile("requests.log"));
+TEST_F(FilesDaemonSample, CurrentRequest) {
+  EXPECT_RUN(RunLogged(disk_, {"-f", "c"}), Listing({kRow3, kRow205}), "", 0);
+  EXPECT_EQ(Requests(" next=0 and previous!=0 order by starttick asc"),
+            disk_.ReadFile("requests.log"));
 }
 
 // The last file of a chain is being written: its size comes from stream file
 // access while the daemon runs.
-TEST(FilesDaemon, LiveSizeOfTheLastFileOfEachChain) {
-  RecorderDisk disk;
-  disk.Exec(SampleFiles());
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-f", "s0"},
-                            Logged(" --live-size 3=55555555 --live-size 1=1 --live-size 4=4444"));
+TEST_F(FilesDaemonSample, LiveSizeOfTheLastFileOfEachChain) {
   // File 1 has a successor, so the table's size stands; 4 is a chain of one.
-  const char row3[] =
-      "     3       0  Allocatd  55555555  01/02/24 03:14:05  03:14:55        2196        2300     2     0  Norm  \n";
-  const char row4[] =
-      "     4       0  UsedFree      4444  01/01/24 23:00:00  23:01:40         100         200     0     0  Norm  \n";
-  EXPECT_EQ(Listing({kRow5, row4, kRow1, kRow2, row3}), r.out);
-  EXPECT_EQ("", r.err);
+  EXPECT_RUN(
+      RunLogged(disk_, {"-f", "s0"}, " --live-size 3=55555555 --live-size 1=1 --live-size 4=4444"),
+      Listing({
+          kRow5,
+          "     4       0  UsedFree      4444  01/01/24 23:00:00  23:01:40         100         200     0     0  Norm  \n",
+          kRow1,
+          kRow2,
+          "     3       0  Allocatd  55555555  01/02/24 03:14:05  03:14:55        2196        2300     2     0  Norm  \n",
+      }),
+      "", 0);
 }
 
-TEST(FilesDaemon, LiveSizeWiderThanItsColumn) {
-  RecorderDisk disk;
-  disk.Exec(SampleFiles());
-  const RunResult r =
-      RunDb(disk, AccessPath::kDaemon, {"-f", "c"}, Logged(" --live-size 205=4294967295"));
-  const char row205[] =
-      "   205       1  Allocatd  4294967295  01/02/24 03:30:00  03:30:50        5396        5500   200     0  Bkgd  \n";
-  EXPECT_EQ(Listing({kRow3, row205}), r.out);
+TEST_F(FilesDaemonSample, LiveSizeWiderThanItsColumn) {
+  EXPECT_RUN(
+      RunLogged(disk_, {"-f", "c"}, " --live-size 205=4294967295"),
+      Listing({
+          kRow3,
+          "   205       1  Allocatd  4294967295  01/02/24 03:30:00  03:30:50        5396        5500   200     0  Bkgd  \n",
+      }),
+      "", 0);
 }
 
-TEST(FilesDaemon, WithoutTheDaemonTheTableSizeIsShown) {
-  RecorderDisk disk;
-  disk.Exec(SampleFiles());
-  const RunResult r = RunDb(disk, AccessPath::kDirect, {"-f", "c"});
-  EXPECT_EQ(Listing({kRow3, kRow205}), r.out);
+TEST_F(FilesDaemonSample, WithoutTheDaemonTheTableSizeIsShown) {
+  EXPECT_RUN(RunDb(disk_, AccessPath::kDirect, {"-f", "c"}), Listing({kRow3, kRow205}), "", 0);
 }
 
-TEST(FilesDaemon, FailedRequestsShowNoRowsAndACountOfZero) {
-  RecorderDisk disk;
-  disk.Exec(SampleFiles());
-  const std::string before = disk.Dump();
-  const RunResult r =
-      RunDb(disk, AccessPath::kDaemon, {"-f", "*", "-f", "c"}, Logged(" --fail-requests"));
-  EXPECT_RUN(r, Listing({}) + Listing({}), "", 0);
-  EXPECT_EQ(before, disk.Dump());
+TEST_F(FilesDaemonSample, FailedRequestsShowNoRowsAndACountOfZero) {
+  EXPECT_RUN(RunLogged(disk_, {"-f", "*", "-f", "c"}, " --fail-requests"),
+             Listing({}) + Listing({}), "", 0);
 }
 
 }  // namespace

@@ -3,7 +3,9 @@
 // of the argument, empty results and the limit.
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "files/files_e2e_fixture.h"
@@ -15,188 +17,151 @@ namespace {
 
 using namespace files_e2e;
 
+// One run of db and the whole standard output it prints.
+struct ListingCase {
+  const char* name;
+  std::vector<std::string> args;
+  std::string out;
+  std::string store = SampleFiles();  // the rows the run lists
+};
+
+void PrintTo(const ListingCase& listing, std::ostream* out) { *out << listing.name; }
+
+// Two allocated files of stream 3, the second one written first.
+std::string StreamThreeAllocated() {
+  File first(300);
+  File second(301);
+  first.Stream(3).State(kAllocated).Ticks(10, 20).Times(0, 0).Chain(0, 301).Size(7);
+  second.Stream(3).State(kAllocated).Ticks(5, 20).Times(0, 0).Chain(300, 0).Size(8);
+  return first.Insert() + second.Insert();
+}
+
+std::vector<std::string> Reversed(const std::vector<std::string>& rows) {
+  return {rows.rbegin(), rows.rend()};
+}
+
+const ListingCase kListings[] = {
+    // The examples of the usage text.
+    {"AllFilesReverseByNumber", {"-f", "*r"}, AllReversed()},
+    {"FilesTwoHundredToTwoHundredNineReverseByStartTick",
+     {"-f", "20?tr"},
+     Listing({kRow205, kRow200, kRow209})},
+    {"FreeFilesOfStreamZero", {"-f", "s0f"}, Listing({kRow5, kRow4})},
+    {"ChainOfStreamTwo", {"-f", "s2"}, Listing({kRow20, kRow1234})},
+    {"LongOptionName", {"--files", "s2"}, Listing({kRow20, kRow1234})},
+    {"LongOptionNameWithEquals", {"--files=s2"}, Listing({kRow20, kRow1234})},
+    // The letters and the examples of the argument language.
+    {"CurrentFilesByStartTick", {"-f", "c"}, Listing({kRow3, kRow205})},
+    {"KeptFilesByStartTick", {"-f", "k"}, Listing({kRow1, kRow2, kRow200})},
+    {"AllocatedFilesByNumberNotByStartTick", {"-f", "a"}, Listing({kRow3, kRow205})},
+    {"FreeFilesByStartTick",
+     {"-f", "f"},
+     Listing({kRow12, kRow5, kRow4, kRow209, kRow20, kRow1234})},
+    {"LastOfNumberAndTickWinsNumber", {"-f", "tn"}, Listing(ByNumber())},
+    {"LastOfNumberAndTickWinsTick", {"-f", "nt"}, Listing(ByStartTick())},
+    {"NumberPattern", {"-f", "12"}, Listing({kRow12})},
+    {"NumberPatternWithStar", {"-f", "1*"}, Listing({kRow1, kRow12, kRow1234})},
+    {"NumberPatternWithBothWildcards", {"-f", "2*0?"}, Listing({kRow200, kRow205, kRow209})},
+    {"ThreeQuestionMarksMatchThreeDigitNumbers",
+     {"-f", "???"},
+     Listing({kRow200, kRow205, kRow209})},
+    {"StarAloneListsEverythingByNumber", {"-f", "*"}, Listing(ByNumber())},
+    {"AllStatesLimitedByStartTick", {"-f", "fkal"}, Listing(ByStartTick())},
+    {"EmptyArgumentListsWithTheRecordAsItIs", {"-f", ""}, Listing(ByNumber())},
+    {"EmptyArgumentKeepsTheRecord",
+     {"-f", "s2", "-f", ""},
+     Listing({kRow20, kRow1234}) + Listing({kRow20, kRow1234})},
+    // A second -f starts from what the first left.
+    {"SecondOptionKeepsStreamAndFilterAndChangesTheSort",
+     {"-f", "s0f", "-f", "n"},
+     Listing({kRow5, kRow4}) + Listing({kRow4, kRow5})},
+    // A limit added later still lists stream 0's free files by start tick.
+    {"SecondOptionAddsALimit",
+     {"-f", "s0f", "-f", "l"},
+     Listing({kRow5, kRow4}) + Listing({kRow5, kRow4})},
+    {"CurrentIgnoresAnEarlierPattern",
+     {"-f", "12", "-f", "c"},
+     Listing({kRow12}) + Listing({kRow3, kRow205})},
+    {"ReverseStaysForLaterOptions",
+     {"-f", "r", "-f", "s2"},
+     AllReversed() + Listing({kRow1234, kRow20})},
+    // Arguments that are not understood: what came before the bad character
+    // applies, and the files are listed all the same.
+    {"BadCharacterAfterALetterKeepsTheLetter", {"-f", "cx"}, Listing({kRow3, kRow205})},
+    {"BadDigitAfterALetterKeepsTheLetter", {"-f", "c5"}, Listing({kRow3, kRow205})},
+    {"BadCharacterAloneListsWithTheRecordUnchanged", {"-f", "x"}, Listing(ByNumber())},
+    {"DashAloneListsWithTheRecordUnchanged", {"-f", "-"}, Listing(ByNumber())},
+    {"UpperCaseLetterListsWithTheRecordUnchanged", {"-f", "S2"}, Listing(ByNumber())},
+    {"StreamLetterWithoutAValidDigitChangesNothing", {"-f", "s4"}, Listing(ByNumber())},
+    {"StreamLetterAlone", {"-f", "s"}, Listing(ByNumber())},
+    {"StreamLetterBeforeALetter", {"-f", "sa"}, Listing(ByNumber())},
+    {"BadStreamKeepsTheEarlierStream",
+     {"-f", "s2", "-f", "s9"},
+     Listing({kRow20, kRow1234}) + Listing({kRow20, kRow1234})},
+    {"WildcardAfterALetterIsNotANumberPart", {"-f", "r*"}, AllReversed()},
+    // Empty results and the limit.
+    {"NoMatchingRows", {"-f", "999"}, Listing({})},
+    {"NoKeptFileInStreamThree", {"-f", "s3k"}, std::string(kHeading) + "\n0 items\n\n"},
+    {"LimitWithFewerRowsShowsThemAll", {"-f", "kl"}, Listing({kRow1, kRow2, kRow200})},
+    {"EmptyTable", {"-f", "*"}, std::string(kHeading) + "\n0 items\n\n", ""},
+    {"LimitShowsTwentyRowsAndTheFullCount",
+     {"-f", "l"},
+     Listing(GeneratedRows(1, 20), 35),
+     GeneratedFiles(35)},
+    {"LimitWithReverseShowsTheLastTwenty",
+     {"-f", "rl"},
+     Listing(Reversed(GeneratedRows(16, 35)), 35),
+     GeneratedFiles(35)},
+    {"StreamThreeAllocatedStillSortsByStartTick",
+     {"-f", "s3a"},
+     Listing({
+         "   301       3  Allocatd         8  01/01/70 00:00:00  00:00:00           5          20   300     0  Norm  \n",
+         "   300       3  Allocatd         7  01/01/70 00:00:00  00:00:00          10          20     0   301  Norm  \n",
+     }),
+     SampleFiles() + StreamThreeAllocated()},
+};
+
 class FilesTable : public ::testing::TestWithParam<AccessPath> {
  protected:
   void SetUp() override { disk_.Exec(SampleFiles()); }
 
-  // Runs db and checks that the listing changed nothing in the store.
   RunResult Run(const std::vector<std::string>& args) {
-    const std::string before = disk_.Dump();
-    const RunResult r = RunDb(disk_, GetParam(), args);
-    EXPECT_EQ(before, disk_.Dump());
-    return r;
+    return RunUnchanged(disk_, GetParam(), args);
   }
 
-  void ExpectListing(const std::vector<std::string>& args, const std::string& out) {
-    const RunResult r = Run(args);
-    EXPECT_RUN(r, out, "", 0);
+  std::string Usage(const std::string& message = "") {
+    return ExpectedUsage("db", GetParam() == AccessPath::kDaemon, message);
   }
 
   RecorderDisk disk_;
 };
 
-// The examples of the usage text.
-TEST_P(FilesTable, AllFilesReverseByNumber) {
-  ExpectListing({"-f", "*r"}, Listing({kRow1234, kRow209, kRow205, kRow200, kRow20, kRow12, kRow5,
-                                       kRow4, kRow3, kRow2, kRow1}));
+class FilesListings : public ::testing::WithParamInterface<std::tuple<AccessPath, ListingCase>>,
+                      public ::testing::Test {};
+
+TEST_P(FilesListings, Run) {
+  RecorderDisk disk;
+  disk.Exec(std::get<1>(GetParam()).store);
+  const ListingCase& listing = std::get<1>(GetParam());
+  EXPECT_RUN(RunUnchanged(disk, std::get<0>(GetParam()), listing.args), listing.out, "", 0);
 }
 
-TEST_P(FilesTable, FilesTwoHundredToTwoHundredNineReverseByStartTick) {
-  ExpectListing({"-f", "20?tr"}, Listing({kRow205, kRow200, kRow209}));
-}
-
-TEST_P(FilesTable, FreeFilesOfStreamZero) { ExpectListing({"-f", "s0f"}, Listing({kRow5, kRow4})); }
-
-TEST_P(FilesTable, ChainOfStreamTwo) { ExpectListing({"-f", "s2"}, Listing({kRow20, kRow1234})); }
-
-TEST_P(FilesTable, LongOptionName) {
-  ExpectListing({"--files", "s2"}, Listing({kRow20, kRow1234}));
-  ExpectListing({"--files=s2"}, Listing({kRow20, kRow1234}));
-}
-
-// The letters and the examples of the argument language.
-TEST_P(FilesTable, CurrentFilesByStartTick) {
-  ExpectListing({"-f", "c"}, Listing({kRow3, kRow205}));
-}
-
-TEST_P(FilesTable, KeptFilesByStartTick) {
-  ExpectListing({"-f", "k"}, Listing({kRow1, kRow2, kRow200}));
-}
-
-TEST_P(FilesTable, AllocatedFilesByNumberNotByStartTick) {
-  ExpectListing({"-f", "a"}, Listing({kRow3, kRow205}));
-}
-
-TEST_P(FilesTable, FreeFilesByStartTick) {
-  ExpectListing({"-f", "f"}, Listing({kRow12, kRow5, kRow4, kRow209, kRow20, kRow1234}));
-}
-
-TEST_P(FilesTable, LastOfNumberAndTickWins) {
-  ExpectListing({"-f", "tn"}, Listing(ByNumber()));
-  ExpectListing({"-f", "nt"}, Listing(ByStartTick()));
-}
-
-TEST_P(FilesTable, NumberPattern) {
-  ExpectListing({"-f", "12"}, Listing({kRow12}));
-  ExpectListing({"-f", "1*"}, Listing({kRow1, kRow12, kRow1234}));
-  ExpectListing({"-f", "2*0?"}, Listing({kRow200, kRow205, kRow209}));
-}
-
-TEST_P(FilesTable, ThreeQuestionMarksMatchThreeDigitNumbers) {
-  ExpectListing({"-f", "???"}, Listing({kRow200, kRow205, kRow209}));
-}
-
-TEST_P(FilesTable, StarAloneListsEverythingByNumber) {
-  ExpectListing({"-f", "*"}, Listing(ByNumber()));
-}
-
-TEST_P(FilesTable, AllStatesLimitedByStartTick) {
-  ExpectListing({"-f", "fkal"}, Listing(ByStartTick()));
-}
-
-TEST_P(FilesTable, StreamThreeAllocatedStillSortsByStartTick) {
-  disk_.Exec(Row(300, 3, 1, 10, 20, 0, 0, 0, 301, 7, 1).Insert() +
-             Row(301, 3, 1, 5, 20, 0, 0, 300, 0, 8, 1).Insert());
-  const char row301[] =
-      "   301       3  Allocatd         8  01/01/70 00:00:00  00:00:00           5          20   300     0  Norm  \n";
-  const char row300[] =
-      "   300       3  Allocatd         7  01/01/70 00:00:00  00:00:00          10          20     0   301  Norm  \n";
-  ExpectListing({"-f", "s3a"}, Listing({row301, row300}));
-}
-
-TEST_P(FilesTable, EmptyArgumentListsWithTheRecordAsItIs) {
-  ExpectListing({"-f", ""}, Listing(ByNumber()));
-  ExpectListing({"-f", "s2", "-f", ""}, Listing({kRow20, kRow1234}) + Listing({kRow20, kRow1234}));
-}
-
-// A second -f starts from what the first left.
-TEST_P(FilesTable, SecondOptionKeepsStreamAndFilterAndChangesTheSort) {
-  ExpectListing({"-f", "s0f", "-f", "n"}, Listing({kRow5, kRow4}) + Listing({kRow4, kRow5}));
-  // A limit added later still lists stream 0's free files by start tick.
-  ExpectListing({"-f", "s0f", "-f", "l"}, Listing({kRow5, kRow4}) + Listing({kRow5, kRow4}));
-}
-
-TEST_P(FilesTable, CurrentIgnoresAnEarlierPattern) {
-  ExpectListing({"-f", "12", "-f", "c"}, Listing({kRow12}) + Listing({kRow3, kRow205}));
-}
-
-TEST_P(FilesTable, ReverseStaysForLaterOptions) {
-  ExpectListing({"-f", "r", "-f", "s2"}, Listing({kRow1234, kRow209, kRow205, kRow200, kRow20,
-                                                  kRow12, kRow5, kRow4, kRow3, kRow2, kRow1}) +
-                                             Listing({kRow1234, kRow20}));
-}
+INSTANTIATE_TEST_SUITE_P(
+    BothPaths, FilesListings, ::testing::Combine(BothAccessPaths(), ::testing::ValuesIn(kListings)),
+    [](const ::testing::TestParamInfo<std::tuple<AccessPath, ListingCase>>& info) {
+      return std::string(std::get<1>(info.param).name) + "_" +
+             AccessPathName(std::get<0>(info.param));
+    });
 
 TEST_P(FilesTable, RecordSurvivesOtherOptionsBetween) {
   // Stream 2 from the first -f still applies: no kept file is in stream 2.
-  ExpectListing({"-f", "s2", "-h", "-f", "k"},
-                Listing({kRow20, kRow1234}) +
-                    ExpectedUsage("db", GetParam() == AccessPath::kDaemon) + Listing({}));
-}
-
-// Arguments that are not understood: what came before the bad character
-// applies, and the files are listed all the same.
-TEST_P(FilesTable, BadCharacterAfterALetterKeepsTheLetter) {
-  ExpectListing({"-f", "cx"}, Listing({kRow3, kRow205}));
-  ExpectListing({"-f", "c5"}, Listing({kRow3, kRow205}));
-}
-
-TEST_P(FilesTable, BadCharacterAloneListsWithTheRecordUnchanged) {
-  ExpectListing({"-f", "x"}, Listing(ByNumber()));
-  ExpectListing({"-f", "-"}, Listing(ByNumber()));
-  ExpectListing({"-f", "S2"}, Listing(ByNumber()));
-}
-
-TEST_P(FilesTable, StreamLetterWithoutAValidDigitChangesNothing) {
-  ExpectListing({"-f", "s4"}, Listing(ByNumber()));
-  ExpectListing({"-f", "s"}, Listing(ByNumber()));
-  ExpectListing({"-f", "sa"}, Listing(ByNumber()));
-  ExpectListing({"-f", "s2", "-f", "s9"},
-                Listing({kRow20, kRow1234}) + Listing({kRow20, kRow1234}));
-}
-
-TEST_P(FilesTable, WildcardAfterALetterIsNotANumberPart) {
-  ExpectListing({"-f", "r*"}, Listing({kRow1234, kRow209, kRow205, kRow200, kRow20, kRow12, kRow5,
-                                       kRow4, kRow3, kRow2, kRow1}));
+  EXPECT_RUN(Run({"-f", "s2", "-h", "-f", "k"}),
+             Listing({kRow20, kRow1234}) + Usage() + Listing({}), "", 0);
 }
 
 TEST_P(FilesTable, MissingArgumentIsAnUnknownOption) {
-  const RunResult r = Run({"-f"});
-  EXPECT_RUN(
-      r, ExpectedUsage("db", GetParam() == AccessPath::kDaemon, "Error: unknown option specified"),
-      "db: option requires an argument -- 'f'\n", 0);
-}
-
-// Empty results and the limit.
-TEST_P(FilesTable, NoMatchingRows) {
-  ExpectListing({"-f", "999"}, Listing({}));
-  ExpectListing({"-f", "s3k"}, std::string(kHeading) + "\n0 items\n\n");
-}
-
-TEST_P(FilesTable, EmptyTable) {
-  RecorderDisk empty;
-  const RunResult r = RunDb(empty, GetParam(), {"-f", "*"});
-  EXPECT_RUN(r, std::string(kHeading) + "\n0 items\n\n", "", 0);
-}
-
-TEST_P(FilesTable, LimitShowsTwentyRowsAndTheFullCount) {
-  RecorderDisk big;
-  big.Exec(GeneratedFiles(35));
-  const RunResult r = RunDb(big, GetParam(), {"-f", "l"});
-  EXPECT_RUN(r, Listing(GeneratedRows(1, 20), 35), "", 0);
-}
-
-TEST_P(FilesTable, LimitWithReverseShowsTheLastTwenty) {
-  RecorderDisk big;
-  big.Exec(GeneratedFiles(35));
-  std::vector<std::string> rows = GeneratedRows(16, 35);
-  const std::vector<std::string> reversed(rows.rbegin(), rows.rend());
-  const RunResult r = RunDb(big, GetParam(), {"-f", "rl"});
-  EXPECT_EQ(Listing(reversed, 35), r.out);
-  EXPECT_EQ("", r.err);
-}
-
-TEST_P(FilesTable, LimitWithFewerRowsShowsThemAll) {
-  ExpectListing({"-f", "kl"}, Listing({kRow1, kRow2, kRow200}));
+  EXPECT_RUN(Run({"-f"}), Usage("Error: unknown option specified"),
+             "db: option requires an argument -- 'f'\n", 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(BothPaths, FilesTable, BothAccessPaths(), PathName);
