@@ -2,107 +2,107 @@
 // (disk wins over split) and arguments that run nothing.
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include "analysis/analysis_e2e_fixture.h"
 #include "analysis/expected_split_report.h"
 #include "testing/expected_usage.h"
+#include "testing/files_analysis_cases.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
 namespace {
 
-using analysis_e2e::Fake;
-using analysis_e2e::RunWithFakes;
-using analysis_e2e::Segment;
-using analysis_e2e::SplitPart;
-using analysis_e2e::Stage;
+using namespace analysis_e2e;
 
-const std::string kDiskReport = analysis_e2e::OneFilePasses("one.ts");
+const std::string kDisk = OneFilePasses("one.ts");
 
 // The report of group G, with the line of a size check when one is made.
-std::string SplitReport(const std::string& sizeLine = "") {
+std::string Split(const std::string& sizeLine = "") {
   return split_report::Passing("G") + sizeLine + "\n";
 }
 
-const std::string kSplitReport = SplitReport();
-const std::string kLimit5 = SplitReport("  Verify part sizes <  5 GB...PASS\n");
-const std::string kLimit7 = SplitReport("  Verify part sizes <  7 GB...PASS\n");
-const std::string kLimit20 = SplitReport("  Verify part sizes < 20 GB...PASS\n");
+const std::string kSplit = Split();
+const std::string kLimit5 = Split("  Verify part sizes <  5 GB...PASS\n");
+const std::string kLimit7 = Split("  Verify part sizes <  7 GB...PASS\n");
+const std::string kLimit20 = Split("  Verify part sizes < 20 GB...PASS\n");
 
-class AnalysisOptionsE2e : public analysis_e2e::BothPaths {
+struct OptionRun {
+  const char* name;
+  std::vector<std::string> args;
+  std::string out;
+};
+
+void PrintTo(const OptionRun& run, std::ostream* out) { *out << run.name; }
+
+const OptionRun kRuns[] = {
+    {"Disk", {"-a", "d"}, kDisk},
+    {"DiskBeforeSplit", {"-a", "ds"}, kDisk},
+    {"DiskAfterSplit", {"-a", "sd"}, kDisk},
+    {"DiskWithALimit", {"-a", "dz5"}, kDisk},
+    // The d goes with everything after the digits: split verification runs.
+    {"DiskAfterTheLimitIsLost", {"-a", "sz5d"}, kLimit5},
+    {"Split", {"-a", "s"}, kSplit},
+    {"SplitWithALimit", {"-a", "sz20"}, kLimit20},
+    {"LimitLetterBeforeSplit", {"-a", "zs20"}, kLimit20},
+    {"LimitWithoutDigits", {"-a", "sz"}, kSplit},
+    // "z0" alone runs the split verification again, since split stays set.
+    {"LimitCarriesOverToTheNextOption",
+     {"-a", "sz7", "-a", "sz", "-a", "z0", "-a", "s"},
+     kLimit7 + kLimit7 + kSplit + kSplit},
+    {"StoredNumberWaitsForALaterSplit", {"-a", "z20", "-a", "s"}, kLimit20},
+    {"UnknownCharacterAfterSplit", {"-a", "s?"}, kSplit},
+    {"DigitsAfterDisk", {"-a", "d20"}, kDisk},
+    {"UnknownCharacterFirst", {"-a", "?s"}, ""},
+    {"SplitThenDiskRunsBoth", {"-a", "s", "-a", "d"}, kSplit + kDisk},
+    // Once disk is set, every later -a runs the disk analysis.
+    {"DiskThenSplitRunsDiskTwice", {"-a", "d", "-a", "s"}, kDisk + kDisk},
+    {"LongOption", {"--analyze", "s"}, kSplit},
+    {"LongOptionWithEquals", {"--analyze=s"}, kSplit},
+    {"AbbreviatedLongOption", {"--an=s"}, kSplit},
+    {"ArgumentJoinedToTheOption", {"-as"}, kSplit},
+};
+
+// Group G of one staged part, one stream file and tools that pass it.
+void Prepare(const RecorderDisk& disk) {
+  disk.Exec(SplitPart("r1", "G", 1, 1, 0, 100).Insert() + FileRow().Insert());
+  Stage(disk, "r1", {Segment(0, 0)});
+  Fake(disk, "StreamMgrCli", "echo data > /mnt/hd/$2.ts\necho 'copied: one.ts'\n");
+  Fake(disk, "filePes", "");
+}
+
+class AnalysisOptionsE2e : public CasesOnBothPaths<OptionRun> {};
+
+TEST_P(AnalysisOptionsE2e, Run) {
+  RecorderDisk disk;
+  Prepare(disk);
+  EXPECT_RUN(RunWithFakes(disk, Path(), Param().args), Param().out, "", 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(BothPaths, AnalysisOptionsE2e, BothPathsOf(kRuns),
+                         CaseOnPathName<OptionRun>);
+
+class AnalysisOptionsOnPath : public BothPaths {
  protected:
-  // Group G of one staged part, one stream file and tools that pass it.
-  void SetUp() override {
-    disk_.Exec(SplitPart("r1", "G", 1, 1, 0, 100).Insert() + FileRow().Insert());
-    Stage(disk_, "r1", {Segment(0, 0)});
-    Fake(disk_, "StreamMgrCli", "echo data > /mnt/hd/$2.ts\necho 'copied: one.ts'\n");
-    Fake(disk_, "filePes", "");
-  }
-  RunResult Run(const std::vector<std::string>& args) {
-    return RunWithFakes(disk_, GetParam(), args);
-  }
+  void SetUp() override { Prepare(disk_); }
   RecorderDisk disk_;
 };
 
-TEST_P(AnalysisOptionsE2e, DiskRunsTheDiskAnalysisOnly) {
-  for (const char* argument : {"d", "ds", "sd", "dz5"}) {
-    EXPECT_RUN(Run({"-a", argument}), kDiskReport, "", 0) << argument;
-  }
-  // "sz5d" loses its d with the digits: it runs the split verification.
-  EXPECT_RUN(Run({"-a", "sz5d"}), kLimit5, "", 0);
-}
-
-TEST_P(AnalysisOptionsE2e, SplitWithAndWithoutALimit) {
-  EXPECT_RUN(Run({"-a", "s"}), kSplitReport, "", 0);
-  EXPECT_RUN(Run({"-a", "sz20"}), kLimit20, "", 0);
-  EXPECT_RUN(Run({"-a", "zs20"}), kLimit20, "", 0);
-  EXPECT_RUN(Run({"-a", "sz"}), kSplitReport, "", 0);
-}
-
-TEST_P(AnalysisOptionsE2e, LimitCarriesOverToTheNextOption) {
-  // "z0" alone runs the split verification again, since split stays set.
-  EXPECT_RUN(Run({"-a", "sz7", "-a", "sz", "-a", "z0", "-a", "s"}),
-             kLimit7 + kLimit7 + kSplitReport + kSplitReport, "", 0);
-}
-
-TEST_P(AnalysisOptionsE2e, ArgumentsThatRunNothing) {
+TEST_P(AnalysisOptionsOnPath, ArgumentsThatRunNothing) {
   for (const char* argument : {"z20", "q", "x", "", "z", "S", "D", "20", "-"}) {
-    EXPECT_RUN(Run({"-a", argument}), "", "", 0) << argument;
+    EXPECT_RUN(RunWithFakes(disk_, GetParam(), {"-a", argument}), "", "", 0) << argument;
   }
 }
 
-TEST_P(AnalysisOptionsE2e, StoredNumberWaitsForALaterSplit) {
-  EXPECT_RUN(Run({"-a", "z20", "-a", "s"}), kLimit20, "", 0);
-}
-
-TEST_P(AnalysisOptionsE2e, UnknownCharacterKeepsEarlierFlags) {
-  EXPECT_RUN(Run({"-a", "s?"}), kSplitReport, "", 0);
-  EXPECT_RUN(Run({"-a", "d20"}), kDiskReport, "", 0);
-  EXPECT_RUN(Run({"-a", "?s"}), "", "", 0);
-}
-
-TEST_P(AnalysisOptionsE2e, SplitThenDiskRunsBoth) {
-  EXPECT_RUN(Run({"-a", "s", "-a", "d"}), kSplitReport + kDiskReport, "", 0);
-  // Once disk is set, every later -a runs the disk analysis.
-  EXPECT_RUN(Run({"-a", "d", "-a", "s"}), kDiskReport + kDiskReport, "", 0);
-}
-
-TEST_P(AnalysisOptionsE2e, LongFormsOfTheOption) {
-  for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
-           {"--analyze", "s"}, {"--analyze=s"}, {"--an=s"}, {"-as"}}) {
-    EXPECT_RUN(Run(args), kSplitReport, "", 0) << args[0];
-  }
-}
-
-TEST_P(AnalysisOptionsE2e, MissingArgumentIsAnUnknownOption) {
-  EXPECT_RUN(Run({"-a"}),
+TEST_P(AnalysisOptionsOnPath, MissingArgumentIsAnUnknownOption) {
+  EXPECT_RUN(RunWithFakes(disk_, GetParam(), {"-a"}),
              ExpectedUsage(BinDir() + "/db", GetParam() == AccessPath::kDaemon,
                            "Error: unknown option specified"),
              BinDir() + "/db: option requires an argument -- 'a'\n", 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(BothPaths, AnalysisOptionsE2e, BothAccessPaths(), PathName);
+INSTANTIATE_TEST_SUITE_P(BothPaths, AnalysisOptionsOnPath, BothAccessPaths(), PathName);
 
 }  // namespace

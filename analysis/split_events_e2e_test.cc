@@ -2,20 +2,18 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <tuple>
+#include <vector>
 
 #include "analysis/analysis_e2e_fixture.h"
 #include "analysis/expected_split_report.h"
 #include "testing/expected_start_up.h"
+#include "testing/files_analysis_cases.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
 namespace {
 
-using analysis_e2e::BothPaths;
-using analysis_e2e::Segment;
-using analysis_e2e::SplitPart;
-using analysis_e2e::Stage;
+using namespace analysis_e2e;
 using split_report::GroupCase;
 using split_report::Passing;
 
@@ -24,30 +22,23 @@ constexpr long long kMaxOffset = 2147483647;
 
 // The groups whose report the report code gives in memory, stored and
 // reported by db.
-class SplitGroups : public ::testing::TestWithParam<std::tuple<AccessPath, GroupCase>> {};
+class SplitGroups : public CasesOnBothPaths<GroupCase> {};
 
 TEST_P(SplitGroups, AsStored) {
-  const GroupCase& group = std::get<1>(GetParam());
   RecorderDisk disk;
-  std::string rows;
   int reid = 0;
-  for (const split_report::StoredPart& p : group.parts) {
-    rows += SplitPart("p" + std::to_string(++reid), p.groupId, static_cast<int>(p.part),
-                      static_cast<int>(p.totalParts), p.startTick, p.stopTick)
-                .Insert();
+  for (const split_report::StoredPart& p : Param().parts) {
+    disk.Exec(SplitPart("p" + std::to_string(++reid), p.groupId, static_cast<int>(p.part),
+                        static_cast<int>(p.totalParts), p.startTick, p.stopTick)
+                  .Insert());
   }
-  disk.Exec(rows);
-  const std::string argument = group.sizeLimit == 0 ? "s" : "sz" + std::to_string(group.sizeLimit);
-  EXPECT_RUN(RunDb(disk, std::get<0>(GetParam()), {"-a", argument}), group.report, "", 0);
+  const unsigned limit = Param().sizeLimit;
+  EXPECT_RUN(RunDb(disk, Path(), {"-a", limit == 0 ? "s" : "sz" + std::to_string(limit)}),
+             Param().report, "", 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    BothPaths, SplitGroups,
-    ::testing::Combine(BothAccessPaths(), ::testing::ValuesIn(split_report::GroupCases())),
-    [](const ::testing::TestParamInfo<std::tuple<AccessPath, GroupCase>>& info) {
-      return std::string(std::get<1>(info.param).name) + "_" +
-             AccessPathName(std::get<0>(info.param));
-    });
+INSTANTIATE_TEST_SUITE_P(BothPaths, SplitGroups, BothPathsOf(split_report::GroupCases()),
+                         CaseOnPathName<GroupCase>);
 
 class SplitEvents : public BothPaths {
  protected:
@@ -110,11 +101,6 @@ TEST_P(SplitEvents, PartOfExactlyTheLimitFails) {
              "", 0);
 }
 
-TEST_P(SplitEvents, StagedPartOfSizeZeroFails) {
-  Stage(disk_, "r1", {}, 0);
-  EXPECT_RUN(Run("sz5"), Passing("G") + "  Verify part sizes <  5 GB...FAIL\n\n", "", 0);
-}
-
 TEST_P(SplitEvents, PartThatIsNotStagedFailsSilently) {
   RecorderDisk disk;
   disk.Exec(SplitPart("r1", "G", 1, 2, 0, 100).Insert() +
@@ -123,6 +109,11 @@ TEST_P(SplitEvents, PartThatIsNotStagedFailsSilently) {
   disk.WriteFile("connectionmgr/r2.xml", "<recording-event/>");  // no .mtd: not staged
   EXPECT_RUN(RunDb(disk, GetParam(), {"-a", "sz5"}),
              Passing("G") + "  Verify part sizes <  5 GB...FAIL\n\n", "", 0);
+}
+
+TEST_P(SplitEvents, StagedPartOfSizeZeroFails) {
+  Stage(disk_, "r1", {}, 0);
+  EXPECT_RUN(Run("sz5"), Passing("G") + "  Verify part sizes <  5 GB...FAIL\n\n", "", 0);
 }
 
 TEST_P(SplitEvents, NegativeSizeReadsAsHugeAndFails) {

@@ -2,9 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
 
 namespace {
+
+// A fresh record after each of `arguments` in turn.
+FileOptions Parsed(std::initializer_list<const char*> arguments) {
+  FileOptions options;
+  for (std::string argument : arguments) ProcessFileDisplayOptions(argument, options);
+  return options;
+}
 
 struct ConditionCase {
   const char* argument;
@@ -14,45 +22,38 @@ struct ConditionCase {
 class FileConditionTable : public ::testing::TestWithParam<ConditionCase> {};
 
 TEST_P(FileConditionTable, FromFreshRecord) {
-  FileOptions options;
-  std::string argument = GetParam().argument;
-  ProcessFileDisplayOptions(argument, options);
-  EXPECT_EQ(GetParam().condition, BuildFileCondition(options));
+  EXPECT_EQ(GetParam().condition, BuildFileCondition(Parsed({GetParam().argument})));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Examples, FileConditionTable,
-    ::testing::Values(
-        ConditionCase{"*r", " number like '%' order by number desc"},
-        ConditionCase{"20?tr", " number like '20_' order by starttick desc"},
-        ConditionCase{"s0f",
-                      " number like '%' and stream=0 and ( state=0 or state=2) order by "
-                      "starttick asc"},
-        ConditionCase{"s2", " number like '%' and stream=2 order by starttick asc"},
-        ConditionCase{"c", " next=0 and previous!=0 order by starttick asc"},
-        ConditionCase{"k", " number like '%' and ( state=3) order by starttick asc"},
-        ConditionCase{"a", " number like '%' and ( state=1) order by number asc"},
-        ConditionCase{"fkal",
-                      " number like '%' and ( state=0 or state=2 or state=3 or state=1) order by "
-                      "starttick asc limit 20"},
-        // The state tests keep their order whatever the order of the letters.
-        ConditionCase{"akf",
-                      " number like '%' and ( state=0 or state=2 or state=3 or state=1) order by "
-                      "starttick asc"},
-        ConditionCase{"ka", " number like '%' and ( state=3 or state=1) order by starttick asc"},
-        ConditionCase{"af",
-                      " number like '%' and ( state=0 or state=2 or state=1) order by "
-                      "starttick asc"},
-        ConditionCase{"", " number like '%' order by number asc"},
-        ConditionCase{"x", " number like '%' order by number asc"},
-        ConditionCase{"???", " number like '___' order by number asc"},
-        ConditionCase{"1*5l", " number like '1%5' order by number asc limit 20"},
-        ConditionCase{"12c", " next=0 and previous!=0 order by starttick asc"},
-        ConditionCase{"s3a", " number like '%' and stream=3 and ( state=1) order by starttick asc"},
-        ConditionCase{"s1cfr",
-                      " next=0 and previous!=0 and stream=1 and ( state=0 or state=2) order by "
-                      "starttick desc"}));
+const ConditionCase kConditions[] = {
+    {"*r", " number like '%' order by number desc"},
+    {"20?tr", " number like '20_' order by starttick desc"},
+    {"s0f", " number like '%' and stream=0 and ( state=0 or state=2) order by starttick asc"},
+    {"s2", " number like '%' and stream=2 order by starttick asc"},
+    {"c", " next=0 and previous!=0 order by starttick asc"},
+    {"k", " number like '%' and ( state=3) order by starttick asc"},
+    {"a", " number like '%' and ( state=1) order by number asc"},
+    {"fkal",
+     " number like '%' and ( state=0 or state=2 or state=3 or state=1) order by starttick asc limit 20"},
+    // The state tests keep their order whatever the order of the letters.
+    {"akf",
+     " number like '%' and ( state=0 or state=2 or state=3 or state=1) order by starttick asc"},
+    {"ka", " number like '%' and ( state=3 or state=1) order by starttick asc"},
+    {"af", " number like '%' and ( state=0 or state=2 or state=1) order by starttick asc"},
+    {"", " number like '%' order by number asc"},
+    {"x", " number like '%' order by number asc"},
+    {"???", " number like '___' order by number asc"},
+    {"1*5l", " number like '1%5' order by number asc limit 20"},
+    {"12c", " next=0 and previous!=0 order by starttick asc"},
+    {"s3a", " number like '%' and stream=3 and ( state=1) order by starttick asc"},
+    {"s1cfr",
+     " next=0 and previous!=0 and stream=1 and ( state=0 or state=2) order by starttick desc"},
+};
 
+INSTANTIATE_TEST_SUITE_P(Examples, FileConditionTable, ::testing::ValuesIn(kConditions));
+
+// The records below have no sort letter or a stream outside 0 to 3, which no
+// argument makes.
 TEST(FileCondition, EmptyPatternMatchesEveryNumber) {
   FileOptions options;
   options.numberPattern = "";
@@ -76,22 +77,17 @@ TEST(FileCondition, StreamIsWrittenAsUnsigned) {
 }
 
 TEST(FileCondition, KeptAloneAndAllocatedAlone) {
-  FileOptions kept;
-  kept.showKept = true;
-  EXPECT_EQ(" number like '%' and ( state=3) order by number asc", BuildFileCondition(kept));
-  FileOptions allocated;
-  allocated.showAllocated = true;
-  EXPECT_EQ(" number like '%' and ( state=1) order by number asc", BuildFileCondition(allocated));
+  FileOptions options;
+  options.showKept = true;
+  EXPECT_EQ(" number like '%' and ( state=3) order by number asc", BuildFileCondition(options));
+  options.showKept = false;
+  options.showAllocated = true;
+  EXPECT_EQ(" number like '%' and ( state=1) order by number asc", BuildFileCondition(options));
 }
 
 TEST(FileCondition, SecondArgumentCarriesTheFirst) {
-  FileOptions options;
-  std::string first = "s0f";
-  ProcessFileDisplayOptions(first, options);
-  std::string second = "n";
-  ProcessFileDisplayOptions(second, options);
   EXPECT_EQ(" number like '%' and stream=0 and ( state=0 or state=2) order by number asc",
-            BuildFileCondition(options));
+            BuildFileCondition(Parsed({"s0f", "n"})));
 }
 
 TEST(FileCondition, ReadsTheRecordWithoutChangingIt) {

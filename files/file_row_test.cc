@@ -20,6 +20,12 @@ class FileRowTest : public ::testing::Test {
  protected:
   void SetUp() override { toolContext.running = false; }
 
+  // Everything printed so far, once `file` is displayed.
+  std::string Shown(StreamfileRecordItem file) {
+    DisplayFile(file);
+    return out_.Text();
+  }
+
   StreamCapture out_{std::cout};
 };
 
@@ -48,20 +54,15 @@ TEST_F(FileRowTest, Heading) {
   EXPECT_EQ(files_listing::kHeading, out_.Text());
 }
 
-TEST_F(FileRowTest, OneRow) {
-  StreamfileRecordItem file = File();
-  DisplayFile(file);
-  EXPECT_EQ(kFileLine, out_.Text());
-}
+TEST_F(FileRowTest, OneRow) { EXPECT_EQ(kFileLine, Shown(File())); }
 
 TEST_F(FileRowTest, FreeStateKeepsItsBlanks) {
   StreamfileRecordItem file = File();
   file.state = StreamMgrApi::FILE_FREE;
   file.type = StreamMgrApi::FILE_TYPE_INIT;
-  DisplayFile(file);
   EXPECT_EQ(
       "    12       1  Free      98566144  01/02/24 03:04:05  03:09:05        1596        2200    11    13  Init  \n",
-      out_.Text());
+      Shown(file));
 }
 
 TEST_F(FileRowTest, InvalidStateIsPaddedAndWideTypesPushTheSeparator) {
@@ -73,12 +74,11 @@ TEST_F(FileRowTest, InvalidStateIsPaddedAndWideTypesPushTheSeparator) {
   DisplayFile(file);
   file.type = StreamMgrApi::FILE_TYPE_BACKGROUND;
   file.state = StreamMgrApi::FILE_ALLOCATED;
-  DisplayFile(file);
   EXPECT_EQ(
       "    12       1   Invalid  98566144  01/02/24 03:04:05  03:09:05        1596        2200    11    13  Wiped  \n"
       "    12       1   Invalid  98566144  01/02/24 03:04:05  03:09:05        1596        2200    11    13  Invalid  \n"
       "    12       1  Allocatd  98566144  01/02/24 03:04:05  03:09:05        1596        2200    11    13  Bkgd  \n",
-      out_.Text());
+      Shown(file));
 }
 
 TEST_F(FileRowTest, WideNumbersPushTheRestRight) {
@@ -90,18 +90,15 @@ TEST_F(FileRowTest, WideNumbersPushTheRestRight) {
   }
   file.state = static_cast<StreamFileState>(4294967295u);
   file.type = static_cast<StreamFileType>(4);
-  DisplayFile(file);
   EXPECT_EQ(
       "4294967295  4294967295   Invalid  4294967295  02/07/06 06:28:15  06:28:15  4294967295  4294967295  4294967295  4294967295  Invalid  \n",
-      out_.Text());
+      Shown(file));
 }
 
 TEST_F(FileRowTest, ZeroRecordIsTheEpoch) {
-  StreamfileRecordItem file;
-  DisplayFile(file);
   EXPECT_EQ(
       "     0       0  Free             0  01/01/70 00:00:00  00:00:00           0           0     0     0  Init  \n",
-      out_.Text());
+      Shown(StreamfileRecordItem()));
 }
 
 TEST_F(FileRowTest, WithoutTheDaemonTheTableSizeIsShown) {
@@ -117,10 +114,7 @@ TEST_F(FileRowTest, WithoutTheDaemonTheTableSizeIsShown) {
 
 TEST_F(FileRowTest, LeftAlignmentLeftByAnotherHandlerDoesNotLeak) {
   std::cout << std::left;
-  StreamfileRecordItem file = File();
-  DisplayFile(file);
-  EXPECT_EQ(kFileLine, out_.Text());
-  std::cout << std::right;
+  EXPECT_EQ(kFileLine, Shown(File()));
 }
 
 }  // namespace
