@@ -1,15 +1,16 @@
 // The files listing (-f) end to end, on both access paths: the examples of the
 // usage text, every letter, options carried from one -f to the next, failures
-// of the argument, empty results and the limit.
+// of the argument, long and hostile arguments, odd rows, empty results and
+// the limit.
 #include <gtest/gtest.h>
 
 #include <ostream>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "files/files_e2e_fixture.h"
 #include "testing/expected_usage.h"
+#include "testing/files_analysis_cases.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -40,12 +41,28 @@ std::vector<std::string> Reversed(const std::vector<std::string>& rows) {
   return {rows.rbegin(), rows.rend()};
 }
 
+std::string Twice(const std::string& text) { return text + text; }
+
+// Files whose states and types lie outside their enumerations, but for the
+// state of file 3, which is kUsedFreeOfType255.
+std::string OddStatesAndTypes() {
+  std::string sql;
+  for (File file : {File(1).State(7).Ticks(10, 20).Chain(0, 2).Size(100).Type(kWiped),
+                    File(2).State(4).Ticks(20, 30).Chain(1, 3).Size(200).Type(4),
+                    File(3).State(kUsedFree).Ticks(30, 40).Chain(2, 4).Size(300).Type(255),
+                    File(4).State(4294967295).Ticks(40, 50).Chain(3, 5).Size(400).Type(~0u)}) {
+    sql += file.Times(0, 0).Insert();
+  }
+  return sql;
+}
+
+const char kUsedFreeOfType255[] =
+    "     3       0  UsedFree       300  01/01/70 00:00:00  00:00:00          30          40     2     4  Invalid  \n";
+
 const ListingCase kListings[] = {
     // The examples of the usage text.
     {"AllFilesReverseByNumber", {"-f", "*r"}, AllReversed()},
-    {"FilesTwoHundredToTwoHundredNineReverseByStartTick",
-     {"-f", "20?tr"},
-     Listing({kRow205, kRow200, kRow209})},
+    {"Files200To209ReverseByStartTick", {"-f", "20?tr"}, Listing({kRow205, kRow200, kRow209})},
     {"FreeFilesOfStreamZero", {"-f", "s0f"}, Listing({kRow5, kRow4})},
     {"ChainOfStreamTwo", {"-f", "s2"}, Listing({kRow20, kRow1234})},
     {"LongOptionName", {"--files", "s2"}, Listing({kRow20, kRow1234})},
@@ -54,37 +71,27 @@ const ListingCase kListings[] = {
     {"CurrentFilesByStartTick", {"-f", "c"}, Listing({kRow3, kRow205})},
     {"KeptFilesByStartTick", {"-f", "k"}, Listing({kRow1, kRow2, kRow200})},
     {"AllocatedFilesByNumberNotByStartTick", {"-f", "a"}, Listing({kRow3, kRow205})},
-    {"FreeFilesByStartTick",
-     {"-f", "f"},
-     Listing({kRow12, kRow5, kRow4, kRow209, kRow20, kRow1234})},
+    {"FreeByStartTick", {"-f", "f"}, Listing({kRow12, kRow5, kRow4, kRow209, kRow20, kRow1234})},
     {"LastOfNumberAndTickWinsNumber", {"-f", "tn"}, Listing(ByNumber())},
     {"LastOfNumberAndTickWinsTick", {"-f", "nt"}, Listing(ByStartTick())},
     {"NumberPattern", {"-f", "12"}, Listing({kRow12})},
     {"NumberPatternWithStar", {"-f", "1*"}, Listing({kRow1, kRow12, kRow1234})},
     {"NumberPatternWithBothWildcards", {"-f", "2*0?"}, Listing({kRow200, kRow205, kRow209})},
-    {"ThreeQuestionMarksMatchThreeDigitNumbers",
-     {"-f", "???"},
-     Listing({kRow200, kRow205, kRow209})},
+    {"ThreeQuestionMarksMatch3Digits", {"-f", "???"}, Listing({kRow200, kRow205, kRow209})},
     {"StarAloneListsEverythingByNumber", {"-f", "*"}, Listing(ByNumber())},
     {"AllStatesLimitedByStartTick", {"-f", "fkal"}, Listing(ByStartTick())},
     {"EmptyArgumentListsWithTheRecordAsItIs", {"-f", ""}, Listing(ByNumber())},
-    {"EmptyArgumentKeepsTheRecord",
-     {"-f", "s2", "-f", ""},
-     Listing({kRow20, kRow1234}) + Listing({kRow20, kRow1234})},
+    {"EmptyArgumentKeepsTheRecord", {"-f", "s2", "-f", ""}, Twice(Listing({kRow20, kRow1234}))},
     // A second -f starts from what the first left.
     {"SecondOptionKeepsStreamAndFilterAndChangesTheSort",
      {"-f", "s0f", "-f", "n"},
      Listing({kRow5, kRow4}) + Listing({kRow4, kRow5})},
     // A limit added later still lists stream 0's free files by start tick.
-    {"SecondOptionAddsALimit",
-     {"-f", "s0f", "-f", "l"},
-     Listing({kRow5, kRow4}) + Listing({kRow5, kRow4})},
+    {"SecondOptionAddsALimit", {"-f", "s0f", "-f", "l"}, Twice(Listing({kRow5, kRow4}))},
     {"CurrentIgnoresAnEarlierPattern",
      {"-f", "12", "-f", "c"},
      Listing({kRow12}) + Listing({kRow3, kRow205})},
-    {"ReverseStaysForLaterOptions",
-     {"-f", "r", "-f", "s2"},
-     AllReversed() + Listing({kRow1234, kRow20})},
+    {"ReverseStays", {"-f", "r", "-f", "s2"}, AllReversed() + Listing({kRow1234, kRow20})},
     // Arguments that are not understood: what came before the bad character
     // applies, and the files are listed all the same.
     {"BadCharacterAfterALetterKeepsTheLetter", {"-f", "cx"}, Listing({kRow3, kRow205})},
@@ -95,20 +102,35 @@ const ListingCase kListings[] = {
     {"StreamLetterWithoutAValidDigitChangesNothing", {"-f", "s4"}, Listing(ByNumber())},
     {"StreamLetterAlone", {"-f", "s"}, Listing(ByNumber())},
     {"StreamLetterBeforeALetter", {"-f", "sa"}, Listing(ByNumber())},
-    {"BadStreamKeepsTheEarlierStream",
-     {"-f", "s2", "-f", "s9"},
-     Listing({kRow20, kRow1234}) + Listing({kRow20, kRow1234})},
+    {"BadStreamKeepsTheEarlierOne", {"-f", "s2", "-f", "s9"}, Twice(Listing({kRow20, kRow1234}))},
     {"WildcardAfterALetterIsNotANumberPart", {"-f", "r*"}, AllReversed()},
+    // The quote is a character not understood: it stops the argument there.
+    {"QuoteNeverReachesTheSql",
+     {"-f", "1' or '1'='1", "-f", "n;drop table streamfiles"},
+     Twice(Listing({kRow1}))},
+    // Long arguments: the second changes nothing, so it lists the current
+    // files again.
+    {"LongArgumentsOfLetters",
+     {"-f", std::string(100000, 'c'), "-f", std::string(100000, 'x')},
+     Twice(Listing({kRow3, kRow205}))},
+    {"LongArgumentStoppedEarly", {"-f", "s3" + std::string(99998, '3')}, Listing({kRow209})},
+    {"LongWildcardPattern",
+     {"-f", std::string(20000, '*') + "12" + std::string(20000, '*')},
+     Listing({kRow12, kRow1234})},
     // Empty results and the limit.
     {"NoMatchingRows", {"-f", "999"}, Listing({})},
+    {"PatternsThatMatchNothing",
+     {"-f", "0", "-f", "99999999999999999999", "-f", "?????", "-f", "12?"},
+     Twice(Twice(Listing({})))},
     {"NoKeptFileInStreamThree", {"-f", "s3k"}, std::string(kHeading) + "\n0 items\n\n"},
     {"LimitWithFewerRowsShowsThemAll", {"-f", "kl"}, Listing({kRow1, kRow2, kRow200})},
-    {"EmptyTable", {"-f", "*"}, std::string(kHeading) + "\n0 items\n\n", ""},
-    {"LimitShowsTwentyRowsAndTheFullCount",
-     {"-f", "l"},
-     Listing(GeneratedRows(1, 20), 35),
-     GeneratedFiles(35)},
-    {"LimitWithReverseShowsTheLastTwenty",
+    {"EmptyTable", {"-f", "*"}, Listing({}), ""},
+    {"NullsNeverMatchTheCurrentOrStateFilters",
+     {"-f", "c", "-f", "n", "-f", "s0"},
+     Twice(Listing({})) + Listing({}),
+     "insert into streamfiles (number) values (7);"},
+    {"LimitShows20OfAll", {"-f", "l"}, Listing(GeneratedRows(1, 20), 35), GeneratedFiles(35)},
+    {"LimitReversedShowsLast20",
      {"-f", "rl"},
      Listing(Reversed(GeneratedRows(16, 35)), 35),
      GeneratedFiles(35)},
@@ -119,6 +141,28 @@ const ListingCase kListings[] = {
          "   300       3  Allocatd         7  01/01/70 00:00:00  00:00:00          10          20     0   301  Norm  \n",
      }),
      SampleFiles() + StreamThreeAllocated()},
+    // NULLs, negative and oversized numbers, and values of other types.
+    {"RowsWithNullsNegativesAndOversizedNumbers",
+     {"-f", "*"},
+     Listing({
+         "4294967291  4294967295   Invalid  4294967295  02/07/06 06:28:15  06:28:15  4294967295  4294967294  4294967295  4294967295  Invalid  \n",
+         "     7       0  Free             0  01/01/70 00:00:00  00:00:00           0           0     0     0  Init  \n",
+         "     8       1  Free           100  01/01/70 00:00:00  00:00:04           0           0     0     9  Norm  \n",
+         "     9       0  UsedFree         0  01/01/70 00:00:00  00:01:00           1          12     8    10  Norm  \n",
+     }),
+     "insert into streamfiles (number) values (7);"
+     "insert into streamfiles values (-5, -1, -1, -1, -2, -1, -1, -1, -1, -1, -1);"
+     "insert into streamfiles values (8, 4294967297, 0, 1099511627776, 4294967296, 4294967296, 4294967300, 0, 9, 4294967396, 1);"
+     "insert into streamfiles values (9, 'two', 2, 1.9, '12', 'x', 60, 8, 10, 'abc', '1');"},
+    {"StatesAndTypesOutsideTheirEnumerations",
+     {"-f", "*", "-f", "fkat"},
+     Listing({
+         "     1       0   Invalid       100  01/01/70 00:00:00  00:00:00          10          20     0     2  Wiped  \n",
+         "     2       0   Invalid       200  01/01/70 00:00:00  00:00:00          20          30     1     3  Invalid  \n",
+         kUsedFreeOfType255,
+         "     4       0   Invalid       400  01/01/70 00:00:00  00:00:00          40          50     3     5  Invalid  \n",
+     }) + Listing({kUsedFreeOfType255}),
+     OddStatesAndTypes()},
 };
 
 class FilesTable : public ::testing::TestWithParam<AccessPath> {
@@ -136,22 +180,16 @@ class FilesTable : public ::testing::TestWithParam<AccessPath> {
   RecorderDisk disk_;
 };
 
-class FilesListings : public ::testing::WithParamInterface<std::tuple<AccessPath, ListingCase>>,
-                      public ::testing::Test {};
+class FilesListings : public CasesOnBothPaths<ListingCase> {};
 
 TEST_P(FilesListings, Run) {
   RecorderDisk disk;
-  disk.Exec(std::get<1>(GetParam()).store);
-  const ListingCase& listing = std::get<1>(GetParam());
-  EXPECT_RUN(RunUnchanged(disk, std::get<0>(GetParam()), listing.args), listing.out, "", 0);
+  disk.Exec(Param().store);
+  EXPECT_RUN(RunUnchanged(disk, Path(), Param().args), Param().out, "", 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    BothPaths, FilesListings, ::testing::Combine(BothAccessPaths(), ::testing::ValuesIn(kListings)),
-    [](const ::testing::TestParamInfo<std::tuple<AccessPath, ListingCase>>& info) {
-      return std::string(std::get<1>(info.param).name) + "_" +
-             AccessPathName(std::get<0>(info.param));
-    });
+INSTANTIATE_TEST_SUITE_P(BothPaths, FilesListings, BothPathsOf(kListings),
+                         CaseOnPathName<ListingCase>);
 
 TEST_P(FilesTable, RecordSurvivesOtherOptionsBetween) {
   // Stream 2 from the first -f still applies: no kept file is in stream 2.
