@@ -12,13 +12,7 @@
 
 namespace {
 
-using analysis_e2e::BothPaths;
-using analysis_e2e::Fake;
-using analysis_e2e::kExtracting;
-using analysis_e2e::kExtractor;
-using analysis_e2e::OneFilePasses;
-using analysis_e2e::RunWithFakes;
-using analysis_e2e::SplitPart;
+using namespace analysis_e2e;
 
 const std::string kSplitReport = split_report::Passing("G") + "\n";
 
@@ -126,9 +120,7 @@ TEST_P(AnalysisBadInput, LongAnalyserLineIsShownFromThePieceThatHoldsFail) {
 }
 
 TEST_P(AnalysisBadInput, UnendedLinesRunOn) {
-  FileRow two;
-  two.number = 2;
-  disk_.Exec(two.Insert());
+  disk_.Exec(FileRows(2, 2));
   EXPECT_RUN(
       Analyse("echo data > /mnt/hd/$2.ts\nprintf \"copied: s$2.tsX\"\n",
               "[ \"$2\" = /mnt/hd/1.ts ] && printf 'FAIL unended'\nexit 0\n"),

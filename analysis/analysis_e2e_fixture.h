@@ -28,6 +28,14 @@ inline EventRow SplitPart(const std::string& reid, const std::string& groupId, i
   return row;
 }
 
+// Stream file rows numbered from `first` to `last`, `step` apart.
+inline std::string FileRows(long long first, long long last, long long step = 1) {
+  std::string sql;
+  FileRow row;
+  for (row.number = first; row.number <= last; row.number += step) sql += row.Insert();
+  return sql;
+}
+
 // A segment of a metadata description.
 inline std::string Segment(long long start, long long stop) {
   return "<segment name=\"1.ts\" src=\"1\" start-offset=\"" + std::to_string(start) +

@@ -12,22 +12,10 @@
 
 namespace {
 
-using analysis_e2e::BothPaths;
-using analysis_e2e::Fake;
-using analysis_e2e::kExtractor;
-using analysis_e2e::OneFilePasses;
-using analysis_e2e::RunWithFakes;
+using namespace analysis_e2e;
 
 // Stream files numbered 10, 20, ...: the analysis numbers them 1 to count.
-void AddFiles(const RecorderDisk& disk, int count) {
-  std::string sql;
-  for (int i = 1; i <= count; ++i) {
-    FileRow row;
-    row.number = 10 * i;
-    sql += row.Insert();
-  }
-  disk.Exec(sql);
-}
+void AddFiles(const RecorderDisk& disk, int count) { disk.Exec(FileRows(10, 10 * count, 10)); }
 
 // An analyser that logs its call and finds nothing wrong.
 const char kCleanAnalyser[] =

@@ -9,6 +9,7 @@
 #include <sstream>
 #include <string>
 
+#include "analysis/analysis_e2e_fixture.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -50,17 +51,14 @@ std::string ExpectedReport() {
 class Recordings : public ::testing::TestWithParam<AccessPath> {
  protected:
   void SetUp() override {
-    std::string rows;
+    disk_.Exec(analysis_e2e::FileRows(1, 10));
     int number = 0;
     for (const char* name : kFiles) {
-      FileRow row;
-      row.number = ++number;
-      rows += row.Insert();
+      ++number;
       const std::string content = ReadTestData("recordings/" + std::string(name));
       ASSERT_FALSE(content.empty()) << name;
       disk_.WriteFile("streams/" + std::to_string(number) + ".ts", content);
     }
-    disk_.Exec(rows);
   }
   RecorderDisk disk_;
 };

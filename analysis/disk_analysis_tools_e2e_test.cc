@@ -13,16 +13,7 @@
 
 namespace {
 
-using analysis_e2e::BothPaths;
-
-// Stream file rows numbered `first` to `last`.
-std::string Files(int first, int last) {
-  std::string sql;
-  for (FileRow row; row.number <= last; ++row.number) {
-    if (row.number >= first) sql += row.Insert();
-  }
-  return sql;
-}
+using namespace analysis_e2e;
 
 // Writes the sample disk of tools/make-sample-disk into `disk`.
 void MakeSampleDisk(const RecorderDisk& disk) {
@@ -35,7 +26,7 @@ class DiskAnalysisTools : public BothPaths {
  protected:
   // Stream files 1 and 3 are sound; file 2 has its key frames 4 seconds apart.
   void SetUp() override {
-    disk_.Exec(Files(1, 3));
+    disk_.Exec(FileRows(1, 3));
     StreamShape sound;
     disk_.WriteFile("streams/1.ts", MakeStream(sound));
     disk_.WriteFile("streams/3.ts", MakeStream(sound));
@@ -65,7 +56,7 @@ TEST_P(DiskAnalysisTools, SoundFilesPassAndTheSparseOneShowsItsFailures) {
 }
 
 TEST_P(DiskAnalysisTools, FileWithoutContentsSilencesTheRest) {
-  disk_.Exec(Files(4, 5));
+  disk_.Exec(FileRows(4, 5));
   disk_.WriteFile("streams/5.ts", MakeStream(StreamShape()));
   EXPECT_RUN(
       RunDb(disk_, GetParam(), {"-a", "d"}),

@@ -34,7 +34,7 @@ TEST_P(SplitGroups, AsStored) {
   }
   const unsigned limit = Param().sizeLimit;
   EXPECT_RUN(RunDb(disk, Path(), {"-a", limit == 0 ? "s" : "sz" + std::to_string(limit)}),
-             Param().report, "", 0);
+             Param().report + "\n", "", 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(BothPaths, SplitGroups, BothPathsOf(split_report::GroupCases()),

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -45,7 +46,7 @@ TEST_P(SplitGroupReport, OfTheStoredParts) {
                           static_cast<uint32_t>(p.totalParts), static_cast<uint32_t>(p.startTick),
                           static_cast<uint32_t>(p.stopTick)));
   }
-  EXPECT_EQ(GetParam().report, Report(events, GetParam().sizeLimit));
+  EXPECT_EQ(GetParam().report + "\n", Report(events, GetParam().sizeLimit));
 }
 
 INSTANTIATE_TEST_SUITE_P(Groups, SplitGroupReport, ::testing::ValuesIn(split_report::GroupCases()),
@@ -70,23 +71,20 @@ TEST(SplitGroupReportSizes, NoSizeLineWithoutALimit) {
   EXPECT_EQ(Passing("G") + "\n", Report({Part("G", 1, 1, 0, 100)}, 0));
 }
 
+// Ten thousand groups that pass, reported in byte order of their ids.
 TEST(SplitGroupReportSizes, ManyGroups) {
   std::vector<EventRecordItem> events;
+  std::vector<std::string> ids;
   for (int group = 0; group < 10000; ++group) {
-    const std::string id = "G" + std::to_string(group);
-    events.push_back(Part(id, 1, 3, 0, 100));
-    events.push_back(Part(id, 2, 3, 96, 200));
-    events.push_back(Part(id, 3, 3, 196, 300));
+    ids.push_back("G" + std::to_string(group));
+    events.push_back(Part(ids.back(), 1, 3, 0, 100));
+    events.push_back(Part(ids.back(), 2, 3, 96, 200));
+    events.push_back(Part(ids.back(), 3, 3, 196, 300));
   }
-  const std::string report = Report(events);
-  size_t groups = 0;
-  for (size_t at = report.find("Checking groupId"); at != std::string::npos;
-       at = report.find("Checking groupId", at + 1)) {
-    ++groups;
-  }
-  EXPECT_EQ(10000u, groups);
-  EXPECT_EQ(std::string::npos, report.find("FAIL"));
-  EXPECT_EQ(0u, report.find(Passing("G0") + Passing("G1") + Passing("G10") + Passing("G100")));
+  std::sort(ids.begin(), ids.end());
+  std::string expected;
+  for (const std::string& id : ids) expected += Passing(id);
+  EXPECT_EQ(expected + "\n", Report(events));
 }
 
 }  // namespace
