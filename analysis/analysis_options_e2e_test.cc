@@ -19,15 +19,12 @@ using namespace analysis_e2e;
 
 const std::string kDisk = OneFilePasses("one.ts");
 
-// The report of group G, with the line of a size check when one is made.
-std::string Split(const std::string& sizeLine = "") {
-  return split_report::Passing("G") + sizeLine + "\n";
-}
+using split_report::ReportOfG;
 
-const std::string kSplit = Split();
-const std::string kLimit5 = Split("  Verify part sizes <  5 GB...PASS\n");
-const std::string kLimit7 = Split("  Verify part sizes <  7 GB...PASS\n");
-const std::string kLimit20 = Split("  Verify part sizes < 20 GB...PASS\n");
+const std::string kSplit = ReportOfG();
+const std::string kLimit5 = ReportOfG("  Verify part sizes <  5 GB...PASS\n");
+const std::string kLimit7 = ReportOfG("  Verify part sizes <  7 GB...PASS\n");
+const std::string kLimit20 = ReportOfG("  Verify part sizes < 20 GB...PASS\n");
 
 struct OptionRun {
   const char* name;

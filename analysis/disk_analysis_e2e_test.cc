@@ -178,7 +178,7 @@ class AnalysisBadInput : public DiskAnalysis {
   }
 };
 
-const std::string kSplitReport = split_report::Passing("G") + "\n";
+const std::string kSplitReport = split_report::ReportOfG();
 
 TEST_P(AnalysisBadInput, EveryOtherByteValueRunsNothing) {
   // One -a per byte value (a command line cannot hold a zero byte), in one
@@ -208,7 +208,7 @@ TEST_P(AnalysisBadInput, HundredThousandCharacters) {
   EXPECT_RUN(Run({"-a", std::string(99999, 'z') + "s"}), kSplitReport, "", 0);
   EXPECT_RUN(Run({"-a", "s" + std::string(100000, '#')}), kSplitReport, "", 0);
   EXPECT_RUN(Run({"-a", "sz" + std::string(100000, '7')}),
-             split_report::Passing("G") + "  Verify part sizes < 4294967295 GB...FAIL\n\n", "", 0);
+             split_report::ReportOfG("  Verify part sizes < 4294967295 GB...FAIL\n"), "", 0);
 }
 
 // The shell's own message for a missing program differs from one system to

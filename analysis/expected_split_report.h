@@ -27,6 +27,12 @@ inline std::string Passing(const std::string& groupId) {
   return Group(groupId) + kOverlapPass + kLastPass + kTotalPass;
 }
 
+// The whole report on a store whose one group, G, passes those checks, with
+// the line of the size check when one is made.
+inline std::string ReportOfG(const std::string& sizeLine = "") {
+  return Passing("G") + sizeLine + "\n";
+}
+
 // One part of a split event as the store holds it.
 struct StoredPart {
   std::string groupId;

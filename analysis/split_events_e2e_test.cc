@@ -16,6 +16,7 @@ namespace {
 using namespace analysis_e2e;
 using split_report::GroupCase;
 using split_report::Passing;
+using split_report::ReportOfG;
 
 // 2^31 - 1: the largest offset a segment can have.
 constexpr long long kMaxOffset = 2147483647;
@@ -76,7 +77,7 @@ TEST_P(SplitEvents, WithoutALimitMetadataIsNeverRead) {
   disk_.WriteFile("connectionmgr/r1.xml", "<not xml");
   disk_.WriteFile("connectionmgr/r1.mtd", "");
   for (const char* argument : {"s", "sz0", "sz"}) {
-    EXPECT_RUN(Run(argument), Passing("G") + "\n", "", 0) << argument;
+    EXPECT_RUN(Run(argument), ReportOfG(), "", 0) << argument;
   }
 }
 
@@ -84,7 +85,7 @@ TEST_P(SplitEvents, SizeMessagesGoToStandardErrorWithoutLineEnd) {
   disk_.WriteFile("connectionmgr/r1.xml", "<not xml");
   disk_.WriteFile("connectionmgr/r1.mtd", "");
   // The .mtd alone is 0 bytes: a part of size 0 fails.
-  EXPECT_RUN(Run("sz1"), Passing("G") + "  Verify part sizes <  1 GB...FAIL\n\n",
+  EXPECT_RUN(Run("sz1"), ReportOfG("  Verify part sizes <  1 GB...FAIL\n"),
              "Failed to load XML file: /mnt/hd/connectionmgr/r1.xml", 0);
 }
 
@@ -108,30 +109,28 @@ TEST_P(SplitEvents, PartThatIsNotStagedFailsSilently) {
   Stage(disk, "r1", {Segment(0, 0)});
   disk.WriteFile("connectionmgr/r2.xml", "<recording-event/>");  // no .mtd: not staged
   EXPECT_RUN(RunDb(disk, GetParam(), {"-a", "sz5"}),
-             Passing("G") + "  Verify part sizes <  5 GB...FAIL\n\n", "", 0);
+             ReportOfG("  Verify part sizes <  5 GB...FAIL\n"), "", 0);
 }
 
 TEST_P(SplitEvents, StagedPartOfSizeZeroFails) {
   Stage(disk_, "r1", {}, 0);
-  EXPECT_RUN(Run("sz5"), Passing("G") + "  Verify part sizes <  5 GB...FAIL\n\n", "", 0);
+  EXPECT_RUN(Run("sz5"), ReportOfG("  Verify part sizes <  5 GB...FAIL\n"), "", 0);
 }
 
 TEST_P(SplitEvents, NegativeSizeReadsAsHugeAndFails) {
   Stage(disk_, "r1", {Segment(5000, 1000)}, 0);  // adds -4000 bytes
-  EXPECT_RUN(Run("sz4294967295"), Passing("G") + "  Verify part sizes < 4294967295 GB...FAIL\n\n",
-             "", 0);
+  EXPECT_RUN(Run("sz4294967295"), ReportOfG("  Verify part sizes < 4294967295 GB...FAIL\n"), "", 0);
 }
 
 TEST_P(SplitEvents, LimitWiderThanItsFieldPushesTheText) {
   Stage(disk_, "r1", {Segment(0, 0)}, 10);
-  EXPECT_RUN(Run("sz100"), Passing("G") + "  Verify part sizes < 100 GB...PASS\n\n", "", 0);
+  EXPECT_RUN(Run("sz100"), ReportOfG("  Verify part sizes < 100 GB...PASS\n"), "", 0);
 }
 
 TEST_P(SplitEvents, LimitBeyond32BitsSaturates) {
   Stage(disk_, "r1", {Segment(0, 0)}, 10);
   for (const char* argument : {"sz99999999999", "sz18446744073709551616999"}) {
-    EXPECT_RUN(Run(argument), Passing("G") + "  Verify part sizes < 4294967295 GB...PASS\n\n", "",
-               0)
+    EXPECT_RUN(Run(argument), ReportOfG("  Verify part sizes < 4294967295 GB...PASS\n"), "", 0)
         << argument;
   }
 }
@@ -141,7 +140,7 @@ TEST_P(SplitEvents, ReportChangesNothing) {
   Stage(disk_, "r1", {Segment(0, 0)});
   const std::string before = disk_.Dump();
   const std::string xml = disk_.ReadFile("connectionmgr/r1.xml");
-  const std::string report = Passing("G") + "  Verify part sizes <  3 GB...PASS\n\n";
+  const std::string report = ReportOfG("  Verify part sizes <  3 GB...PASS\n");
   EXPECT_RUN(RunDb(disk_, GetParam(), {"-a", "sz3", "-a", "s"}), report + report, "", 0);
   EXPECT_EQ(before, disk_.Dump());
   EXPECT_EQ(xml, disk_.ReadFile("connectionmgr/r1.xml"));
@@ -175,8 +174,8 @@ const char kFailingSecondRow[] =
 TEST(SplitEventsDirect, StepErrorKeepsTheEventsReadSoFar) {
   RecorderDisk disk;
   disk.Exec(kFailingSecondRow);
-  EXPECT_RUN(RunDb(disk, {"-a", "s"}), Passing("G") + "\n",
-             "could not free statement, leaking memory\n", 0);
+  EXPECT_RUN(RunDb(disk, {"-a", "s"}), ReportOfG(), "could not free statement, leaking memory\n",
+             0);
 }
 
 TEST(SplitEventsDaemon, StepErrorInTheDaemonGivesAnEmptyReport) {
@@ -200,7 +199,7 @@ TEST(SplitEventsDaemon, FailedRequestGivesAnEmptyReport) {
 
 TEST(SplitEventsDaemon, QueryGoesToTheDaemon) {
   RecorderDisk disk;
-  EXPECT_RUN(RunThroughTheDaemon(disk, "--log /mnt/hd/requests.log"), Passing("G") + "\n", "", 0);
+  EXPECT_RUN(RunThroughTheDaemon(disk, "--log /mnt/hd/requests.log"), ReportOfG(), "", 0);
   EXPECT_EQ("events\tselect * from events\n", disk.ReadFile("requests.log"));
 }
 

@@ -40,10 +40,6 @@ std::string PageRequest(const std::string& condition, unsigned offset) {
          std::to_string(offset) + "\n";
 }
 
-std::vector<std::string> Reversed(const std::vector<std::string>& rows) {
-  return std::vector<std::string>(rows.rbegin(), rows.rend());
-}
-
 struct PagingCase {
   int files;
   std::vector<unsigned> offsets;  // empty: one request without paging

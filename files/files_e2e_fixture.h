@@ -29,11 +29,12 @@ inline RunResult RunUnchanged(const RecorderDisk& disk, AccessPath path,
   return r;
 }
 
-// Every sample file in reverse number order.
-inline std::string AllReversed() {
-  const std::vector<std::string> rows = ByNumber();
-  return Listing({rows.rbegin(), rows.rend()});
+inline std::vector<std::string> Reversed(const std::vector<std::string>& rows) {
+  return {rows.rbegin(), rows.rend()};
 }
+
+// Every sample file in reverse number order.
+inline std::string AllReversed() { return Listing(Reversed(ByNumber())); }
 
 // `count` generated files numbered from 1, chained one to the next: stream 0,
 // free, ticks ten apart, so that number order and start tick order agree.

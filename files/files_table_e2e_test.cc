@@ -38,10 +38,6 @@ std::string StreamThreeAllocated() {
   return first.Insert() + second.Insert();
 }
 
-std::vector<std::string> Reversed(const std::vector<std::string>& rows) {
-  return {rows.rbegin(), rows.rend()};
-}
-
 std::string Twice(const std::string& text) { return text + text; }
 
 // Files whose states and types lie outside their enumerations, but for the
@@ -230,7 +226,7 @@ std::string ListingForByte(char byte) {
   if (byte == 'a' || byte == 'c') return Listing({kRow3, kRow205});
   if (byte == 'f') return Listing({kRow12, kRow5, kRow4, kRow209, kRow20, kRow1234});
   if (byte == 'k') return Listing({kRow1, kRow2, kRow200});
-  if (byte == 'r') return Listing({all.rbegin(), all.rend()});
+  if (byte == 'r') return AllReversed();
   if (byte == 't') return Listing(ByStartTick());
   // "*", "l" and "n" list everything by number, and so does every byte that
   // is not understood ("s" included: no stream digit follows it).
