@@ -25,9 +25,9 @@ std::string Outcome(const std::string& argument, const std::string& start = "") 
 }
 
 struct OptionCase {
-  std::string start;  // applied first; "" for a fresh record
   std::string argument;
   std::string outcome;
+  std::string start = "";  // applied first; "" for a fresh record
 };
 
 void PrintTo(const OptionCase& c, std::ostream* out) {
@@ -44,41 +44,38 @@ TEST_P(AnalysisOptionCases, Parse) {
 INSTANTIATE_TEST_SUITE_P(
     Examples, AnalysisOptionCases,
     ::testing::Values(
-        OptionCase{"sz7", "", "s z7"}, OptionCase{"", "d", "d z0"}, OptionCase{"", "s", "s z0"},
+        OptionCase{"", "s z7", "sz7"}, OptionCase{"d", "d z0"}, OptionCase{"s", "s z0"},
         // Letters in any order, and repeated.
-        OptionCase{"", "sd", "ds z0"}, OptionCase{"", "ds", "ds z0"},
-        OptionCase{"", "ssdd", "ds z0"}, OptionCase{"", "dsds", "ds z0"},
-        OptionCase{"", "ss", "s z0"},
+        OptionCase{"sd", "ds z0"}, OptionCase{"ds", "ds z0"}, OptionCase{"ssdd", "ds z0"},
+        OptionCase{"dsds", "ds z0"}, OptionCase{"ss", "s z0"},
         // The number after z.
-        OptionCase{"", "sz20", "s z20"}, OptionCase{"", "zs20", "s z20"},
+        OptionCase{"sz20", "s z20"}, OptionCase{"zs20", "s z20"},
         // Everything after the digits is lost, even an unknown letter.
-        OptionCase{"", "sz20d", "s z20"}, OptionCase{"", "z20s", "- z20"},
-        OptionCase{"", "sz5?", "s z5"},
+        OptionCase{"sz20d", "s z20"}, OptionCase{"z20s", "- z20"}, OptionCase{"sz5?", "s z5"},
         // The number belongs to the first z; letters between the z and the
         // digits are still read, anything else stops the parse there.
-        OptionCase{"", "zz3", "- z3"}, OptionCase{"", "zds12", "ds z12"},
-        OptionCase{"", "sz?9", "s z9 refused at \"?\""},
+        OptionCase{"zz3", "- z3"}, OptionCase{"zds12", "ds z12"},
+        OptionCase{"sz?9", "s z9 refused at \"?\""},
         // z without digits keeps the earlier number.
-        OptionCase{"z20", "sz", "s z20"}, OptionCase{"", "sz", "s z0"},
+        OptionCase{"sz", "s z20", "z20"}, OptionCase{"sz", "s z0"},
         // z alone only stores the number.
-        OptionCase{"", "z20", "- z20"},
+        OptionCase{"z20", "- z20"},
         // Zero is a number like any other.
-        OptionCase{"z20", "sz0", "s z0"}, OptionCase{"", "z007", "- z7"},
+        OptionCase{"sz0", "s z0", "z20"}, OptionCase{"z007", "- z7"},
         // Digits before any z are refused.
-        OptionCase{"", "d20", "d z0 refused at \"20\""},
+        OptionCase{"d20", "d z0 refused at \"20\""},
         // An unknown character stops the parse and keeps the earlier flags;
         // upper case letters are not the same letters.
-        OptionCase{"", "s?", "s z0 refused at \"?\""}, OptionCase{"", "x", "- z0 refused at \"x\""},
-        OptionCase{"", "qsd", "- z0 refused at \"qsd\""},
-        OptionCase{"", "S", "- z0 refused at \"S\""}, OptionCase{"", "D", "- z0 refused at \"D\""},
+        OptionCase{"s?", "s z0 refused at \"?\""}, OptionCase{"x", "- z0 refused at \"x\""},
+        OptionCase{"qsd", "- z0 refused at \"qsd\""}, OptionCase{"S", "- z0 refused at \"S\""},
+        OptionCase{"D", "- z0 refused at \"D\""},
         // Numbers saturate at 32 bits.
-        OptionCase{"", "sz4294967295", "s z4294967295"},
-        OptionCase{"", "sz4294967296", "s z4294967295"},
-        OptionCase{"", "sz99999999999", "s z4294967295"},
-        OptionCase{"", "sz" + std::string(5000, '9'), "s z4294967295"},
-        OptionCase{"", "sz4294967294", "s z4294967294"},
+        OptionCase{"sz4294967295", "s z4294967295"}, OptionCase{"sz4294967296", "s z4294967295"},
+        OptionCase{"sz99999999999", "s z4294967295"},
+        OptionCase{"sz" + std::string(5000, '9'), "s z4294967295"},
+        OptionCase{"sz4294967294", "s z4294967294"},
         // The record is shared across calls.
-        OptionCase{"s", "d", "ds z0"}));
+        OptionCase{"d", "ds z0", "s"}));
 
 TEST(AnalysisOptions, EveryByteValue) {
   for (int value = 0; value < 256; ++value) {
