@@ -74,6 +74,9 @@ inline RunResult RunWithFakes(const RecorderDisk& disk, AccessPath path,
 
 class BothPaths : public ::testing::TestWithParam<AccessPath> {};
 
+// The line of a scripted extractor that leaves the copy /mnt/hd/N.ts.
+inline const std::string kLeaveCopy = "echo data > /mnt/hd/$2.ts\n";
+
 // An extractor that leaves /mnt/hd/N.ts, logs its call and names the copy
 // stream<N>.ts.
 const char kExtractor[] =

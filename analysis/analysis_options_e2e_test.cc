@@ -66,7 +66,7 @@ const OptionRun kRuns[] = {
 void Prepare(const RecorderDisk& disk) {
   disk.Exec(SplitPart("r1", "G", 1, 1, 0, 100).Insert() + FileRow().Insert());
   Stage(disk, "r1", {Segment(0, 0)});
-  Fake(disk, "StreamMgrCli", "echo data > /mnt/hd/$2.ts\necho 'copied: one.ts'\n");
+  Fake(disk, "StreamMgrCli", kLeaveCopy + "echo 'copied: one.ts'\n");
   Fake(disk, "filePes", "");
 }
 

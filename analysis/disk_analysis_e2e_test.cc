@@ -14,6 +14,7 @@
 namespace {
 
 using namespace analysis_e2e;
+using split_report::ReportOfG;
 
 // Stream files numbered 10, 20, ...: the analysis numbers them 1 to count.
 void AddFiles(const RecorderDisk& disk, int count) { disk.Exec(FileRows(10, 10 * count, 10)); }
@@ -172,13 +173,11 @@ class AnalysisBadInput : public DiskAnalysis {
     disk_.Exec(SplitPart("r1", "G", 1, 1, 0, 100).Insert() + FileRow().Insert());
   }
   // Runs -a d with these scripted tools.
-  RunResult Analyse(const std::string& extractor, const std::string& analyser) {
+  RunResult Analyse(const std::string& extractor, const std::string& analyser = "") {
     FakeTools(extractor, analyser);
     return Run();
   }
 };
-
-const std::string kSplitReport = split_report::ReportOfG();
 
 TEST_P(AnalysisBadInput, EveryOtherByteValueRunsNothing) {
   // One -a per byte value (a command line cannot hold a zero byte), in one
@@ -199,16 +198,16 @@ TEST_P(AnalysisBadInput, EveryByteValueInOneArgument) {
   std::string all = "s";
   for (int value = 1; value < 256; ++value) all += static_cast<char>(value);
   // s is read, then byte 1 stops the parse.
-  EXPECT_RUN(Run({"-a", all}), kSplitReport, "", 0);
+  EXPECT_RUN(Run({"-a", all}), ReportOfG(), "", 0);
 }
 
 TEST_P(AnalysisBadInput, HundredThousandCharacters) {
-  EXPECT_RUN(Run({"-a", std::string(100000, 's')}), kSplitReport, "", 0);
+  EXPECT_RUN(Run({"-a", std::string(100000, 's')}), ReportOfG(), "", 0);
   // No digits: every z is accepted, then the s.
-  EXPECT_RUN(Run({"-a", std::string(99999, 'z') + "s"}), kSplitReport, "", 0);
-  EXPECT_RUN(Run({"-a", "s" + std::string(100000, '#')}), kSplitReport, "", 0);
+  EXPECT_RUN(Run({"-a", std::string(99999, 'z') + "s"}), ReportOfG(), "", 0);
+  EXPECT_RUN(Run({"-a", "s" + std::string(100000, '#')}), ReportOfG(), "", 0);
   EXPECT_RUN(Run({"-a", "sz" + std::string(100000, '7')}),
-             split_report::ReportOfG("  Verify part sizes < 4294967295 GB...FAIL\n"), "", 0);
+             ReportOfG("  Verify part sizes < 4294967295 GB...FAIL\n"), "", 0);
 }
 
 // The shell's own message for a missing program differs from one system to
@@ -230,7 +229,7 @@ TEST_P(AnalysisBadInput, MissingAnalyserPassesAndTheCopyIsRemoved) {
 }
 
 TEST_P(AnalysisBadInput, SilentToolsPassOrSilence) {
-  EXPECT_RUN(Analyse("echo data > /mnt/hd/$2.ts\n", ""), kExtracting, "", 0);
+  EXPECT_RUN(Analyse(kLeaveCopy), kExtracting, "", 0);
   EXPECT_RUN(Analyse(kExtractor, "exit 3\n"), kOneFilePasses, "", 0);
   EXPECT_FALSE(disk_.Exists("1.ts"));
 }
@@ -240,16 +239,15 @@ TEST_P(AnalysisBadInput, LongCopiedLineIsReadInPiecesOf1023) {
   // first 1015 characters, less the last one; the rest of the line is ignored.
   std::string name;
   for (int i = 0; i < 2000; ++i) name += static_cast<char>('a' + i % 26);
-  EXPECT_RUN(Analyse("echo data > /mnt/hd/$2.ts\necho 'copied: " + name + "'\n", ""),
+  EXPECT_RUN(Analyse(kLeaveCopy + "echo 'copied: " + name + "'\n"),
              OneFilePasses(name.substr(0, 1014)), "", 0);
   EXPECT_FALSE(disk_.Exists("1.ts"));
 }
 
 TEST_P(AnalysisBadInput, MarkerAcrossAPieceBoundaryIsNotSeen) {
   // The marker starts 4 characters before the end of the first piece.
-  EXPECT_RUN(
-      Analyse("echo data > /mnt/hd/$2.ts\necho '" + std::string(1019, '.') + "copied: x.ts'\n", ""),
-      kExtracting, "", 0);
+  EXPECT_RUN(Analyse(kLeaveCopy + "echo '" + std::string(1019, '.') + "copied: x.ts'\n"),
+             kExtracting, "", 0);
 }
 
 TEST_P(AnalysisBadInput, LongAnalyserLineIsShownFromThePieceThatHoldsFail) {
@@ -267,7 +265,7 @@ TEST_P(AnalysisBadInput, LongAnalyserLineIsShownFromThePieceThatHoldsFail) {
 TEST_P(AnalysisBadInput, UnendedLinesRunOn) {
   disk_.Exec(FileRows(2, 2));
   EXPECT_RUN(
-      Analyse("echo data > /mnt/hd/$2.ts\nprintf \"copied: s$2.tsX\"\n",
+      Analyse(kLeaveCopy + "printf \"copied: s$2.tsX\"\n",
               "[ \"$2\" = /mnt/hd/1.ts ] && printf 'FAIL unended'\nexit 0\n"),
       "File count = 2\n"
       " Checking 1.ts:  extracting...s1.ts  checking...FAIL unended Checking 2.ts:  extracting...s2.ts  checking...PASS\n"
@@ -280,7 +278,7 @@ TEST_P(AnalysisBadInput, UnendedLinesRunOn) {
 TEST_P(AnalysisBadInput, ZeroBytesAndOtherBytesInToolOutput) {
   // A zero byte ends the text as the tool's C strings see it. The analyser's
   // line ends at its zero byte; the final line end follows.
-  EXPECT_RUN(Analyse("echo data > /mnt/hd/$2.ts\nprintf 'copied: ab\\000cd\\n'\n",
+  EXPECT_RUN(Analyse(kLeaveCopy + "printf 'copied: ab\\000cd\\n'\n",
                      "printf 'FAIL \\001\\377\\000hidden\\n'\n"),
              "File count = 1\n"
              " Checking 1.ts:  extracting...a  checking...FAIL \x01\xff\n",
@@ -289,11 +287,8 @@ TEST_P(AnalysisBadInput, ZeroBytesAndOtherBytesInToolOutput) {
 }
 
 TEST_P(AnalysisBadInput, ExtractorNamesAreShownAsTheyAre) {
-  EXPECT_RUN(
-      Analyse(
-          "echo data > /mnt/hd/$2.ts\nprintf '%s\\n' 'copied: $(rm -rf /mnt/hd) ; `x` \"q\" \\'\n",
-          ""),
-      OneFilePasses("$(rm -rf /mnt/hd) ; `x` \"q\" \\"), "", 0);
+  EXPECT_RUN(Analyse(kLeaveCopy + "printf '%s\\n' 'copied: $(rm -rf /mnt/hd) ; `x` \"q\" \\'\n"),
+             OneFilePasses("$(rm -rf /mnt/hd) ; `x` \"q\" \\"), "", 0);
   EXPECT_TRUE(disk_.Exists("streammgr/stream.db"));
 }
 
