@@ -21,14 +21,7 @@ void ExpectDbRunsOnARecorderDisk(const std::string& db) {
   FillRecorderDisk(disk);
   const std::string before = disk.Dump();
 
-  RunResult r = RunInSandbox(disk, {db, "-h"});
-  EXPECT_EQ(ExpectedUsage(db, false), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
-
-  r = RunInSandbox(disk, {db, "-t"});
-  EXPECT_EQ(kFilledDiskTables, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(RunInSandbox(disk, {db, "-h"}), ExpectedUsage(db, false), "", 0);
+  EXPECT_RUN(RunInSandbox(disk, {db, "-t"}), kFilledDiskTables, "", 0);
   EXPECT_EQ(before, disk.Dump());
 }
