@@ -41,8 +41,8 @@ struct StartUpCase {
   RecorderDisk::Store store;
   std::vector<std::string> args;
   RunResult expected;
-  bool unprivileged = false;
   void (*prepare)(RecorderDisk& disk) = nullptr;
+  bool unprivileged = false;
 };
 
 std::ostream& operator<<(std::ostream& out, const StartUpCase& c) { return out << c.name; }
@@ -82,15 +82,14 @@ const StartUpCase kCases[] = {
      kNoStore,
      {"-t"},
      {kEmptyTablesReport, kCannotOpenTables, SQLITE_CANTOPEN},
-     false,
      [](RecorderDisk& disk) { disk.WriteFile("streammgr/stream.db/inside", "x"); }},
     {"UnreadableStoreForAnUnprivilegedUser",
      kStore,
      {"-t"},
      {kEmptyTablesReport, kCannotOpenTables, SQLITE_CANTOPEN},
-     true,
-     [](RecorderDisk& disk) { chmod(disk.StorePath().c_str(), 0); }},
-    {"SandboxWorksForAnUnprivilegedUser", kStore, {"-t"}, {kTablesReport, "", 0}, true},
+     [](RecorderDisk& disk) { chmod(disk.StorePath().c_str(), 0); },
+     true},
+    {"SandboxWorksForAnUnprivilegedUser", kStore, {"-t"}, {kTablesReport, "", 0}, nullptr, true},
     {"NoArgumentsWithoutAnyStoreStillPrintsUsage", kNoStore, {}, {kUsage, "", 0}},
     {"LongHelpAndUsageAndPrefixes",
      kStore,
@@ -108,26 +107,20 @@ const StartUpCase kCases[] = {
      kNoStore,
      {"-t"},
      {kEmptyTablesReport, kNoFileSizesLine, 0},
-     false,
      [](RecorderDisk& disk) { disk.WriteFile("streammgr/stream.db", ""); }},
     {"StoreThatIsNotADatabase",
      kNoStore,
      {"-t"},
      {kEmptyTablesReport, kUnreadableTables, 0},
-     false,
      [](RecorderDisk& disk) { disk.WriteFile("streammgr/stream.db", std::string(4096, 'x')); }},
     {"TruncatedStoreIsReportedNotCrashed",
      kStore,
      {"-t"},
      {kEmptyTablesReport, kUnreadableTables, 0},
-     false,
      [](RecorderDisk& disk) {
+       FileRow file;
        std::string rows;
-       for (int i = 1; i <= 2000; ++i) {
-         FileRow file;
-         file.number = i;
-         rows += file.Insert();
-       }
+       for (file.number = 1; file.number <= 2000; ++file.number) rows += file.Insert();
        disk.Exec("begin;" + rows + "commit;");
        const std::string whole = disk.ReadFile("streammgr/stream.db");
        ASSERT_GT(whole.size(), 3 * 4096u);

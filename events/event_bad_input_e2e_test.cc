@@ -73,7 +73,7 @@ TEST_P(EventBadInput, AwkwardReidsAreListedAndFound) {
   const std::vector<std::string> reids = {"it's",        "a b",         " lead",
                                           "caf\xc3\xa9", "raw\xff\xfe", std::string(1000, 'x')};
   std::string sql;
-  for (const std::string& reid : reids) sql += EventRow{reid}.Insert();
+  for (const std::string& reid : reids) sql += Event(reid);
   disk_.Exec(sql);
   disk_.WriteFile("connectionmgr/a b.xml", "<nothing/>");
   disk_.WriteFile("connectionmgr/a b.mtd", "");

@@ -99,7 +99,7 @@ TEST_P(EventTable, SizesInBytes) {
 TEST_P(EventTable, UnusableMetadataStillGivesARowAndTheMessages) {
   for (const char* reid :
        {"malformed", "noname", "notint", "empty", "deep", "locked", "wrapped", "huge", "comment"}) {
-    disk_.Exec(EventRow{reid}.Insert());
+    disk_.Exec(Event(reid));
   }
   disk_.WriteFile("connectionmgr/malformed.xml", "<recording-event><video><streams><stream>");
   disk_.WriteFile("connectionmgr/malformed.mtd", std::string(10, 'm'));
@@ -151,11 +151,11 @@ TEST_P(EventTable, AComplaintAboutMetadataComesAfterTheColumnsBeforeTheSize) {
   // Standard error is tied to standard output: with both on one file, a
   // complaint about a description file lands inside its row, after the
   // staged column, as the row's columns are written one after another.
-  disk_.Exec(EventRow{"malformed"}.Insert() + EventRow{"plain"}.Insert());
+  disk_.Exec(Event("malformed") + Event("plain"));
   disk_.WriteFile("connectionmgr/malformed.xml", "<recording-event>");
   disk_.WriteFile("connectionmgr/malformed.mtd", std::string(10, 'm'));
   SandboxOptions options;
-  options.streamMgr = GetParam() == AccessPath::kDaemon;
+  options.streamMgr = !Direct();
   EXPECT_RUN(
       RunInSandbox(disk_, {"sh", "-c", "db -E 2>&1"}, options),
       std::string(kBytesHeading) +
@@ -165,7 +165,7 @@ TEST_P(EventTable, AComplaintAboutMetadataComesAfterTheColumnsBeforeTheSize) {
 }
 
 TEST_P(EventTable, DataFileThatIsAFolderIsStagedWithTheFolderSize) {
-  disk_.Exec(EventRow{"mtddir"}.Insert());
+  disk_.Exec(Event("mtddir"));
   disk_.WriteFile("connectionmgr/mtddir.xml", "<nothing/>");
   ASSERT_EQ(0, mkdir((disk_.Path() + "/connectionmgr/mtddir.mtd").c_str(), 0755));
   EXPECT_RUN(
@@ -291,7 +291,7 @@ TEST_P(ReExportHours, MessageIsLoggedOnlyWhenTheLevelHasBitTwo) {
 }
 
 TEST_P(EventTable, UnreadableMetadataForAnUnprivilegedUser) {
-  disk_.Exec(EventRow{"xmlhidden"}.Insert() + EventRow{"mtdhidden"}.Insert());
+  disk_.Exec(Event("xmlhidden") + Event("mtdhidden"));
   StageMetadata(disk_, "xmlhidden", WholeFiles(1), 30);
   StageMetadata(disk_, "mtdhidden", WholeFiles(1), 40);
   ASSERT_EQ(0, chmod((disk_.Path() + "/connectionmgr/xmlhidden.xml").c_str(), 0));

@@ -48,13 +48,18 @@ class MetadataFilesTest : public ::testing::Test {
     Write(reid + ".mtd", std::string(dataBytes, 'm'));
   }
   bool Staged(const std::string& reid) const { return IsStaged(At(reid)); }
+  // The size of "r" staged with `xml` and a data file of `dataBytes` bytes.
+  Sized StagedSize(const std::string& xml, size_t dataBytes) const {
+    Stage("r", xml, dataBytes);
+    return Size("r");
+  }
   Sized Size(const std::string& reid) const {
     const StreamCapture capture(std::cerr);
     const int64_t bytes = EventSizeIn(folder_.Path() + "/", reid);
     return {bytes, capture.Text()};
   }
   // The complaint that the description of `reid` cannot be loaded.
-  std::string NotLoaded(const std::string& reid) const {
+  std::string NotLoaded(const std::string& reid = "r") const {
     return "Failed to load XML file: " + At(reid + ".xml");
   }
 
@@ -92,14 +97,14 @@ TEST_F(MetadataFilesTest, NotStagedWithTheDataFileAlone) {
   EXPECT_FALSE(Staged("r"));
 }
 
+// The paths probed, and a probe that finds every one or only data files.
 std::vector<std::string> probed;
-bool ProbeFindsDataFilesOnly(const std::string& path) {
-  probed.push_back(path);
-  return path.size() > 4 && path.compare(path.size() - 4, 4, ".mtd") == 0;
-}
 bool ProbeFindsAll(const std::string& path) {
   probed.push_back(path);
   return true;
+}
+bool ProbeFindsDataFilesOnly(const std::string& path) {
+  return ProbeFindsAll(path) && path.size() > 4 && path.compare(path.size() - 4, 4, ".mtd") == 0;
 }
 
 TEST(IsStagedProbes, DataFileIsNotProbedWhenTheDescriptionIsMissing) {
@@ -129,38 +134,35 @@ TEST_F(MetadataFilesTest, MissingDataFileGivesZeroEvenWithAValidDescription) {
 
 TEST_F(MetadataFilesTest, MissingDescriptionGivesTheDataFileSize) {
   Write("r.mtd", std::string(321, 'm'));
-  EXPECT_EQ((Sized{321, NotLoaded("r")}), Size("r"));
+  EXPECT_EQ((Sized{321, NotLoaded()}), Size("r"));
 }
 
 TEST_F(MetadataFilesTest, MalformedDescriptionGivesTheDataFileSize) {
-  Stage("r", "<recording-event><video><streams><stream><segment name='a' src='1'/>", 77);
-  EXPECT_EQ((Sized{77, NotLoaded("r")}), Size("r"));
+  EXPECT_EQ((Sized{77, NotLoaded()}),
+            StagedSize("<recording-event><video><streams><stream><segment name='a' src='1'/>", 77));
 }
 
 TEST_F(MetadataFilesTest, EmptyDescriptionGivesTheDataFileSize) {
-  Stage("r", "", 12);
-  EXPECT_EQ((Sized{12, NotLoaded("r")}), Size("r"));
+  EXPECT_EQ((Sized{12, NotLoaded()}), StagedSize("", 12));
 }
 
 TEST_F(MetadataFilesTest, DescriptionThatIsAFolderGivesTheDataFileSize) {
   MakeFolder("r.xml");
   Write("r.mtd", std::string(5, 'm'));
-  EXPECT_EQ((Sized{5, NotLoaded("r")}), Size("r"));
+  EXPECT_EQ((Sized{5, NotLoaded()}), Size("r"));
 }
 
 TEST_F(MetadataFilesTest, DeeplyNestedDescriptionIsRefusedNotRecursedInto) {
   std::string xml;
   for (int i = 0; i < 100000; ++i) xml += "<n>";
   for (int i = 0; i < 100000; ++i) xml += "</n>";
-  Stage("r", xml, 9);
-  EXPECT_EQ((Sized{9, NotLoaded("r")}), Size("r"));
+  EXPECT_EQ((Sized{9, NotLoaded()}), StagedSize(xml, 9));
 }
 
 TEST_F(MetadataFilesTest, HugeDescriptionIsSummedWhole) {
   std::string segments;
   for (int i = 0; i < 200000; ++i) segments += Segment("start-offset=\"1\" stop-offset=\"11\"");
-  Stage("r", Description(segments), 0);
-  EXPECT_EQ((Sized{200000 * 10, ""}), Size("r"));
+  EXPECT_EQ((Sized{200000 * 10, ""}), StagedSize(Description(segments), 0));
 }
 
 TEST_F(MetadataFilesTest, IncompleteElementPathGivesTheDataFileSizeSilently) {
@@ -169,8 +171,7 @@ TEST_F(MetadataFilesTest, IncompleteElementPathGivesTheDataFileSizeSilently) {
         "<recording-event><video><stream/></video></recording-event>",
         "<recording-event><video><streams><segment name='a' src='1'/></streams></video>"
         "</recording-event>"}) {
-    Stage("r", xml, 40);
-    EXPECT_EQ((Sized{40, ""}), Size("r")) << xml;
+    EXPECT_EQ((Sized{40, ""}), StagedSize(xml, 40)) << xml;
   }
 }
 
@@ -199,46 +200,44 @@ TEST_F(MetadataFilesTest, SegmentContributions) {
       {"start-offset=\"2147483647\"", kWhole - 2147483647},
   };
   for (const Case& c : cases) {
-    Stage("r", Description(Segment(c.attributes)), 100);
-    EXPECT_EQ((Sized{100 + c.bytes, ""}), Size("r")) << c.attributes;
+    EXPECT_EQ((Sized{100 + c.bytes, ""}), StagedSize(Description(Segment(c.attributes)), 100))
+        << c.attributes;
   }
 }
 
 TEST_F(MetadataFilesTest, SegmentsAndStreamsAreSummed) {
-  Stage("r",
-        Streams("<stream><a name='x' src='1'/><b name='y' src='2' stop-offset='10'/></stream>"
-                "<stream><c name='z' src='3' start-offset='1' stop-offset='3'/></stream>"),
-        1);
-  EXPECT_EQ((Sized{1 + kWhole + 10 + 2, ""}), Size("r"));
+  EXPECT_EQ((Sized{1 + kWhole + 10 + 2, ""}),
+            StagedSize(Streams("<stream><a name='x' src='1'/><b name='y' src='2' stop-offset='10'/>"
+                               "</stream><stream><c name='z' src='3' start-offset='1' "
+                               "stop-offset='3'/></stream>"),
+                       1));
 }
 
 TEST_F(MetadataFilesTest, SiblingsAfterTheFirstStreamCountWhateverTheirName) {
-  Stage("r",
-        Streams("<other><s name='x' src='1' stop-offset='1000'/></other>"
-                "<stream><s name='x' src='1' stop-offset='10'/></stream>"
-                "<audio><s name='x' src='1' stop-offset='20'/></audio>"),
-        0);
-  EXPECT_EQ((Sized{30, ""}), Size("r"));
+  EXPECT_EQ((Sized{30, ""}),
+            StagedSize(Streams("<other><s name='x' src='1' stop-offset='1000'/></other>"
+                               "<stream><s name='x' src='1' stop-offset='10'/></stream>"
+                               "<audio><s name='x' src='1' stop-offset='20'/></audio>"),
+                       0));
 }
 
 TEST_F(MetadataFilesTest, StreamOpeningWithACommentContributesNothing) {
-  Stage("r",
-        Streams("<stream><!-- cut --><s name='x' src='1' stop-offset='1000'/></stream>"
-                "<stream>text<s name='x' src='1' stop-offset='100'/></stream>"
-                "<stream>\n   <s name='x' src='1' stop-offset='10'/></stream>"
-                "<stream/>"),
-        0);
-  EXPECT_EQ((Sized{10, ""}), Size("r"));
+  EXPECT_EQ(
+      (Sized{10, ""}),
+      StagedSize(Streams("<stream><!-- cut --><s name='x' src='1' stop-offset='1000'/></stream>"
+                         "<stream>text<s name='x' src='1' stop-offset='100'/></stream>"
+                         "<stream>\n   <s name='x' src='1' stop-offset='10'/></stream>"
+                         "<stream/>"),
+                 0));
 }
 
 TEST_F(MetadataFilesTest, InvalidStartStopsTheWholeComputation) {
-  Stage("r",
-        Streams("<stream><s name='x' src='1' stop-offset='10'/>"
-                "<s name='x' src='1' start-offset='abc' stop-offset='20'/>"
-                "<s name='x' src='1' stop-offset='40'/></stream>"
-                "<stream><s name='x' src='1' stop-offset='80'/></stream>"),
-        1);
-  EXPECT_EQ((Sized{11, "Start offset invalid"}), Size("r"));
+  EXPECT_EQ((Sized{11, "Start offset invalid"}),
+            StagedSize(Streams("<stream><s name='x' src='1' stop-offset='10'/>"
+                               "<s name='x' src='1' start-offset='abc' stop-offset='20'/>"
+                               "<s name='x' src='1' stop-offset='40'/></stream>"
+                               "<stream><s name='x' src='1' stop-offset='80'/></stream>"),
+                       1));
 }
 
 TEST_F(MetadataFilesTest, MessagesOfUnusableSegments) {
@@ -259,9 +258,10 @@ TEST_F(MetadataFilesTest, MessagesOfUnusableSegments) {
       {"<s name='x' stop-offset='b'/>", "Stop offset invalid"},
   };
   for (const Case& c : cases) {
-    Stage("r", Description("<s name='first' src='1' stop-offset='7'/>" + c.segment), 3);
     const int64_t bytes = c.message.empty() ? 3 + 7 + kWhole - 1 : 3 + 7;
-    EXPECT_EQ((Sized{bytes, c.message}), Size("r")) << c.segment;
+    EXPECT_EQ((Sized{bytes, c.message}),
+              StagedSize(Description("<s name='first' src='1' stop-offset='7'/>" + c.segment), 3))
+        << c.segment;
   }
 }
 
