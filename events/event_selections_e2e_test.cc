@@ -107,16 +107,7 @@ std::string NotFound(const std::string& id) { return "\nNOT FOUND: " + id + "\n\
 TEST_P(EventSelections, UnknownIdentifierIsNotFound) {
   disk_.Exec(Event("a"));
   EXPECT_RUN(Run({"-r", "nope", "--reid=also-not", "-R", "A"}),
-             "\n"
-             "NOT FOUND: nope\n"
-             "\n"
-             "\n"
-             "NOT FOUND: also-not\n"
-             "\n"
-             "\n"
-             "NOT FOUND: A\n"
-             "\n",
-             "", 0);
+             NotFound("nope") + NotFound("also-not") + NotFound("A"), "", 0);
 }
 
 // Three parts of one group, an event whose reid is the group's id, and an
