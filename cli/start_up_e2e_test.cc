@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "events/expected_event_table.h"
+#include "testing/cli_words.h"
 #include "testing/expected_start_up.h"
 #include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
@@ -39,8 +40,10 @@ const std::string kUnreadableTables =
 struct StartUpCase {
   const char* name;
   RecorderDisk::Store store;
-  std::vector<std::string> args;
-  RunResult expected;
+  const char* args;  // separated by blanks
+  std::string out;
+  std::string err;
+  int status;
   void (*prepare)(RecorderDisk& disk) = nullptr;
   bool unprivileged = false;
 };
@@ -51,72 +54,38 @@ const RecorderDisk::Store kStore = RecorderDisk::Store::kSchema;
 const RecorderDisk::Store kNoStore = RecorderDisk::Store::kNone;
 
 const StartUpCase kCases[] = {
-    {"NoArgumentsPrintsUsageAndExitsZero", kStore, {}, {kUsage, "", 0}},
-    {"HelpThenTablesRunsBoth", kStore, {"-h", "-t"}, {kUsage + kTablesReport, "", 0}},
-    {"HelpTwicePrintsTheTextTwice", kStore, {"-h", "-h"}, {kUsage + kUsage, "", 0}},
-    {"UnknownOptionPrintsDiagnosticAndUsageWithMessage",
-     kStore,
-     {"-x"},
-     {kUnknownOptionUsage, "db: invalid option -- 'x'\n", 0}},
-    {"MissingArgumentIsAnUnknownOption",
-     kStore,
-     {"-r"},
-     {kUnknownOptionUsage, "db: option requires an argument -- 'r'\n", 0}},
-    {"UnknownLongOption",
-     kStore,
-     {"--bogus", "-t"},
-     {kUnknownOptionUsage + kTablesReport, "db: unrecognized option '--bogus'\n", 0}},
-    {"NonOptionWordsAreIgnored", kStore, {"stray", "-t", "words"}, {kTablesReport, "", 0}},
-    {"MissingStoreFolderReportsOpenErrorAndExitsWithItsCode",
-     kNoStore,
-     {"-t"},
-     {kEmptyTablesReport, kCannotOpenTables, SQLITE_CANTOPEN}},
-    {"HelpThenEventsAfterAFailedOpenListsAndExitsZero",
-     kNoStore,
-     {"-h", "-e"},
-     {kUsage + kGibHeading,
-      std::string("error opening sqlite3\n") + kNoFileSizesLine +
-          "unable to prepare: select * from eventsunable to prepare: select count(*) from events where streamstate is NULL or totalfiles is NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file stats\n",
-      0}},
-    {"StoreThatIsAFolder",
-     kNoStore,
-     {"-t"},
-     {kEmptyTablesReport, kCannotOpenTables, SQLITE_CANTOPEN},
+    {"NoArgumentsPrintsUsageAndExitsZero", kStore, "", kUsage, "", 0},
+    {"HelpThenTablesRunsBoth", kStore, "-h -t", kUsage + kTablesReport, "", 0},
+    {"HelpTwicePrintsTheTextTwice", kStore, "-h -h", kUsage + kUsage, "", 0},
+    {"UnknownOptionPrintsDiagnosticAndUsageWithMessage", kStore, "-x", kUnknownOptionUsage,
+     "db: invalid option -- 'x'\n", 0},
+    {"MissingArgumentIsAnUnknownOption", kStore, "-r", kUnknownOptionUsage,
+     "db: option requires an argument -- 'r'\n", 0},
+    {"UnknownLongOption", kStore, "--bogus -t", kUnknownOptionUsage + kTablesReport,
+     "db: unrecognized option '--bogus'\n", 0},
+    {"NonOptionWordsAreIgnored", kStore, "stray -t words", kTablesReport, "", 0},
+    {"MissingStoreFolderReportsOpenErrorAndExitsWithItsCode", kNoStore, "-t", kEmptyTablesReport,
+     kCannotOpenTables, SQLITE_CANTOPEN},
+    {"HelpThenEventsAfterAFailedOpenListsAndExitsZero", kNoStore, "-h -e", kUsage + kGibHeading,
+     std::string("error opening sqlite3\n") + kNoFileSizesLine +
+         "unable to prepare: select * from eventsunable to prepare: select count(*) from events where streamstate is NULL or totalfiles is NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file stats\n",
+     0},
+    {"StoreThatIsAFolder", kNoStore, "-t", kEmptyTablesReport, kCannotOpenTables, SQLITE_CANTOPEN,
      [](RecorderDisk& disk) { disk.WriteFile("streammgr/stream.db/inside", "x"); }},
-    {"UnreadableStoreForAnUnprivilegedUser",
-     kStore,
-     {"-t"},
-     {kEmptyTablesReport, kCannotOpenTables, SQLITE_CANTOPEN},
-     [](RecorderDisk& disk) { chmod(disk.StorePath().c_str(), 0); },
-     true},
-    {"SandboxWorksForAnUnprivilegedUser", kStore, {"-t"}, {kTablesReport, "", 0}, nullptr, true},
-    {"NoArgumentsWithoutAnyStoreStillPrintsUsage", kNoStore, {}, {kUsage, "", 0}},
-    {"LongHelpAndUsageAndPrefixes",
-     kStore,
-     {"--help", "--usage", "--he"},
-     {kUsage + kUsage + kUsage, "", 0}},
-    {"LongOptionWithArgumentItDoesNotTake",
-     kStore,
-     {"--tables=x"},
-     {kUnknownOptionUsage, "db: option '--tables' doesn't allow an argument\n", 0}},
-    {"HelpAfterFailedOpenMakesExitStatusZero",
-     kNoStore,
-     {"-t", "-h"},
-     {kEmptyTablesReport + kUsage, kCannotOpenTables, 0}},
-    {"EmptyStoreFileHasNoTables",
-     kNoStore,
-     {"-t"},
-     {kEmptyTablesReport, kNoFileSizesLine, 0},
+    {"UnreadableStoreForAnUnprivilegedUser", kStore, "-t", kEmptyTablesReport, kCannotOpenTables,
+     SQLITE_CANTOPEN, [](RecorderDisk& disk) { chmod(disk.StorePath().c_str(), 0); }, true},
+    {"SandboxWorksForAnUnprivilegedUser", kStore, "-t", kTablesReport, "", 0, nullptr, true},
+    {"NoArgumentsWithoutAnyStoreStillPrintsUsage", kNoStore, "", kUsage, "", 0},
+    {"LongHelpAndUsageAndPrefixes", kStore, "--help --usage --he", kUsage + kUsage + kUsage, "", 0},
+    {"LongOptionWithArgumentItDoesNotTake", kStore, "--tables=x", kUnknownOptionUsage,
+     "db: option '--tables' doesn't allow an argument\n", 0},
+    {"HelpAfterFailedOpenMakesExitStatusZero", kNoStore, "-t -h", kEmptyTablesReport + kUsage,
+     kCannotOpenTables, 0},
+    {"EmptyStoreFileHasNoTables", kNoStore, "-t", kEmptyTablesReport, kNoFileSizesLine, 0,
      [](RecorderDisk& disk) { disk.WriteFile("streammgr/stream.db", ""); }},
-    {"StoreThatIsNotADatabase",
-     kNoStore,
-     {"-t"},
-     {kEmptyTablesReport, kUnreadableTables, 0},
+    {"StoreThatIsNotADatabase", kNoStore, "-t", kEmptyTablesReport, kUnreadableTables, 0,
      [](RecorderDisk& disk) { disk.WriteFile("streammgr/stream.db", std::string(4096, 'x')); }},
-    {"TruncatedStoreIsReportedNotCrashed",
-     kStore,
-     {"-t"},
-     {kEmptyTablesReport, kUnreadableTables, 0},
+    {"TruncatedStoreIsReportedNotCrashed", kStore, "-t", kEmptyTablesReport, kUnreadableTables, 0,
      [](RecorderDisk& disk) {
        FileRow file;
        std::string rows;
@@ -145,7 +114,7 @@ TEST_P(StartUpRun, PrintsExactly) {
   const std::string before = StoreState(disk);
   SandboxOptions options;
   options.unprivileged = c.unprivileged;
-  EXPECT_RUN(RunDb(disk, c.args, options), c.expected);
+  EXPECT_RUN(RunDb(disk, Words(c.args), options), c.out, c.err, c.status);
   EXPECT_EQ(before, StoreState(disk));
 }
 
