@@ -6,6 +6,7 @@
 #include <cctype>
 #include <fstream>
 #include <iostream>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -141,43 +142,37 @@ TEST(ManPage, SynopsisNamesEveryOptionOfTheUsageText) {
       Squeezed("SYNOPSIS"));
 }
 
-std::string UsageText() {
+// The lines of the usage text that `pattern` matches, each as its first
+// group and its second joined by a blank.
+Lines UsageMatches(const std::string& pattern) {
   const StreamCapture captured(std::cout);
   PrintUsage("db", nullptr);
-  return captured.Text();
+  Lines found;
+  std::smatch match;
+  for (const std::string& line : LinesOf(captured.Text())) {
+    if (std::regex_search(line, match, std::regex(pattern))) {
+      found.push_back(match.str(1) + " " + match.str(2));
+    }
+  }
+  return found;
 }
 
 TEST(ManPage, ShowsTheFileSelectionExamplesOfTheUsageText) {
+  // "Example: db -f s0f = display free files ..." stands as the example's tag
+  // and its explanation.
   const std::string section = Squeezed("FILE SELECTION");
-  int examples = 0;
-  for (const std::string& line : LinesOf(UsageText())) {
-    const size_t at = line.find("Example: ");
-    if (at == std::string::npos) continue;
-    ++examples;
-    // "Example: db -f s0f = display free files ..." becomes the example's tag
-    // and its explanation.
-    const std::string example = line.substr(at + 9);
-    const size_t equals = example.find(" = ");
-    ASSERT_NE(std::string::npos, equals) << line;
-    const std::string shown = example.substr(0, equals) + " " + example.substr(equals + 3);
-    EXPECT_TRUE(Contains(section, shown)) << shown;
-  }
-  EXPECT_EQ(4, examples);
+  const Lines examples = UsageMatches("Example: (.*) = (.*)");
+  EXPECT_EQ(4u, examples.size());
+  for (const std::string& example : examples) EXPECT_TRUE(Contains(section, example)) << example;
 }
 
 TEST(ManPage, ExplainsTheAnalysisLettersAsTheUsageTextDoes) {
+  // The explanation lines under -a, "d = ...", "s = ..." and "znn = ...",
+  // stand as the letter's tag and its explanation.
   const std::string section = Squeezed("ANALYSES");
-  int letters = 0;
-  for (const std::string& line : LinesOf(UsageText())) {
-    // The explanation lines under -a: "d = ...", "s = ...", "znn = ...".
-    for (const std::string letter : {"d", "s", "znn"}) {
-      const std::string lead = std::string(20, ' ') + letter + " = ";
-      if (line.compare(0, lead.size(), lead) != 0) continue;
-      ++letters;
-      EXPECT_TRUE(Contains(section, line.substr(lead.size()))) << line;
-    }
-  }
-  EXPECT_EQ(3, letters);
+  const Lines letters = UsageMatches("^ {20}(d|s|znn) = (.*)");
+  EXPECT_EQ(3u, letters.size());
+  for (const std::string& letter : letters) EXPECT_TRUE(Contains(section, letter)) << letter;
   for (const std::string example : {"db -a d", "db -a s", "db -a sz2"}) {
     EXPECT_TRUE(Contains(section, example)) << example;
   }
