@@ -23,6 +23,7 @@
 #include "testing/host_canary.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/scratch_dir.h"
 #include "testing/shell.h"
 
 namespace {
@@ -219,7 +220,8 @@ TEST_P(HostileDisk, OddDescriptionFileCannotBeLoaded) {
 // store cannot, nothing is created through the link, and the outside store
 // keeps its rows.
 TEST_P(HostileDisk, OddStoreCannotBeOpened) {
-  const std::string outside = tmpCanary_.File() + ".db";
+  const ScratchDir hidden("outside-store", 0755);
+  const std::string outside = hidden.Path() + "/stream.db";
   ASSERT_EQ(0, std::system(("cp '" + disk_.StorePath() + "' '" + outside + "'").c_str()));
   const std::string kept = disk_.Dump();
   for (const std::string odd : {"fifo", "dangling", "outside"}) {
