@@ -319,7 +319,7 @@ class SnapshotRefusal : public SnapshotPlace, public ::testing::TestWithParam<Re
 
 TEST_P(SnapshotRefusal, LeavesTheDiskAsItWas) {
   const Refusal& c = GetParam();
-  ASSERT_EQ(0, RunShell(Fill(c.setup)).status);
+  ASSERT_EQ(0, RunShell(Fill(c.setup) + "\ntrue").status);
   const std::string before = DiskManifest(disk_.Path());
   SandboxOptions options;
   options.sandboxArgs = {Fill(c.snapshot)};
