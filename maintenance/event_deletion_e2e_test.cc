@@ -13,6 +13,7 @@
 
 #include "maintenance/expected_deletion.h"
 #include "testing/expected_start_up.h"
+#include "testing/faults_case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 #include "testing/store_lock.h"
@@ -103,7 +104,7 @@ std::string TableCounts(const std::string& events) {
 class DeletionDisk {
  protected:
   RunResult RunOn(AccessPath path, const std::vector<std::string>& args,
-                SandboxOptions options = SandboxOptions()) {
+                  SandboxOptions options = SandboxOptions()) {
     options.streamMgrArgs = "--log /mnt/hd/requests.log " + options.streamMgrArgs;
     return RunDb(disk_, path, args, options);
   }
@@ -328,8 +329,7 @@ const Deletion kOverIpc[] = {
      "--refuse-delete 7"},
 };
 
-class EventDeletion : public DeletionDisk,
-                      public ::testing::TestWithParam<std::tuple<Deletion, AccessPath>> {};
+class EventDeletion : public DeletionDisk, public ::testing::TestWithParam<CaseOnPath<Deletion>> {};
 
 TEST_P(EventDeletion, LeavesTheRowsItShould) {
   const Deletion& c = std::get<0>(GetParam());
@@ -344,17 +344,13 @@ TEST_P(EventDeletion, LeavesTheRowsItShould) {
   ExpectAsked(path, c.asked);
 }
 
-std::string DeletionName(const ::testing::TestParamInfo<std::tuple<Deletion, AccessPath>>& info) {
-  return std::string(std::get<0>(info.param).name) + "_" + AccessPathName(std::get<1>(info.param));
-}
-
 INSTANTIATE_TEST_SUITE_P(BothPaths, EventDeletion,
                          ::testing::Combine(::testing::ValuesIn(kOnBothPaths), BothAccessPaths()),
-                         DeletionName);
+                         CaseOnPathName<Deletion>);
 INSTANTIATE_TEST_SUITE_P(OverIpc, EventDeletion,
                          ::testing::Combine(::testing::ValuesIn(kOverIpc),
                                             ::testing::Values(AccessPath::kDaemon)),
-                         DeletionName);
+                         CaseOnPathName<Deletion>);
 
 // The standard events, for runs that need more than one command line.
 class StandardDeletion : public DeletionDisk, public ::testing::TestWithParam<AccessPath> {

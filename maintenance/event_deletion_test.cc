@@ -11,6 +11,7 @@
 
 #include "cli/tool_context.h"
 #include "maintenance/expected_deletion.h"
+#include "testing/faults_case_tables.h"
 #include "testing/scratch_dir.h"
 #include "testing/stream_capture.h"
 
@@ -119,8 +120,6 @@ TEST_P(EventDeletionDirectTest, SaysWhatItDeleted) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Direct, EventDeletionDirectTest, ::testing::ValuesIn(kCases),
-                         [](const ::testing::TestParamInfo<Case>& info) {
-                           return std::string(info.param.name);
-                         });
+                         CaseName<Case>);
 
 }  // namespace

@@ -4,27 +4,8 @@
 #define MAINTENANCE_EXPECTED_DELETION_H_
 
 #include <string>
-#include <utility>
 
-#include "testing/run_in_sandbox.h"
-
-// Text that reads one way when db opens the store itself and another when
-// it asks the daemon; most of it reads the same on both.
-struct PathText {
-  PathText(std::string both = "") : direct(both), daemon(std::move(both)) {}
-  PathText(const char* both) : PathText(std::string(both)) {}
-  PathText(std::string onDirect, std::string onDaemon)
-      : direct(std::move(onDirect)), daemon(std::move(onDaemon)) {}
-  const std::string& On(AccessPath path) const {
-    return path == AccessPath::kDirect ? direct : daemon;
-  }
-  std::string direct;
-  std::string daemon;
-};
-
-inline PathText operator+(const PathText& a, const PathText& b) {
-  return {a.direct + b.direct, a.daemon + b.daemon};
-}
+#include "testing/faults_case_tables.h"
 
 // -d ID that deleted `count` events, on either path.
 inline std::string Deleted(int count, const std::string& id) {

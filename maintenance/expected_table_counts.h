@@ -48,9 +48,6 @@ struct TableReport {
   std::string daemonArgs = "";  // more arguments of the simulator
 };
 inline void PrintTo(const TableReport& report, std::ostream* out) { *out << report.name; }
-inline std::string ReportName(const ::testing::TestParamInfo<TableReport>& info) {
-  return info.param.name;
-}
 
 // The store file, byte for byte, or what stands in its place: a report
 // reads the store and must leave it as it was, and make none where there

@@ -6,6 +6,7 @@
 
 #include "maintenance/expected_table_counts.h"
 #include "testing/expected_start_up.h"
+#include "testing/faults_case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -92,7 +93,7 @@ TEST_P(Report, IsPrinted) {
   EXPECT_EQ(before, StoreState(disk));
 }
 
-INSTANTIATE_TEST_SUITE_P(Direct, Report, ::testing::ValuesIn(kReports), ReportName);
+INSTANTIATE_TEST_SUITE_P(Direct, Report, ::testing::ValuesIn(kReports), CaseName<TableReport>);
 
 TEST(Status, WithoutSqlCommandDbPrintsNothingOfItsOwn) {
   RecorderDisk disk;

@@ -8,6 +8,7 @@
 
 #include "maintenance/expected_table_counts.h"
 #include "testing/expected_start_up.h"
+#include "testing/faults_case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -129,7 +130,7 @@ const TableReport kWithTheDaemon[] = {
      "--delay-ms 100"},
 };
 
-class TableCounts : public ::testing::TestWithParam<std::tuple<TableReport, AccessPath>> {};
+class TableCounts : public ::testing::TestWithParam<CaseOnPath<TableReport>> {};
 
 TEST_P(TableCounts, AreAskedOfTheDaemon) {
   const TableReport& c = std::get<0>(GetParam());
@@ -144,17 +145,13 @@ TEST_P(TableCounts, AreAskedOfTheDaemon) {
   EXPECT_EQ(before, StoreState(disk));
 }
 
-std::string CountsName(const ::testing::TestParamInfo<std::tuple<TableReport, AccessPath>>& info) {
-  return std::string(std::get<0>(info.param).name) + "_" + AccessPathName(std::get<1>(info.param));
-}
-
 INSTANTIATE_TEST_SUITE_P(Paths, TableCounts,
                          ::testing::Combine(::testing::ValuesIn(kOnBothPaths), BothAccessPaths()),
-                         CountsName);
+                         CaseOnPathName<TableReport>);
 INSTANTIATE_TEST_SUITE_P(Daemon, TableCounts,
                          ::testing::Combine(::testing::ValuesIn(kWithTheDaemon),
                                             ::testing::Values(AccessPath::kDaemon)),
-                         CountsName);
+                         CaseOnPathName<TableReport>);
 
 TEST(TableCountsDaemon, StoreThatIsNotADatabaseHasNoRows) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
