@@ -60,8 +60,6 @@ TEST_P(ClosedOutput, KeepsTheWorkDone) {
   EXPECT_EQ(after, disk.Dump());
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, ClosedOutput,
-                         ::testing::Combine(::testing::ValuesIn(kCases), BothAccessPaths()),
-                         CaseOnPathName<Closed>);
+INSTANTIATE_TEST_SUITE_P(Faults, ClosedOutput, OnBothPaths(kCases), CaseOnPathName<Closed>);
 
 }  // namespace

@@ -80,9 +80,7 @@ TEST_P(LockedStore, ChangesNothing) {
   EXPECT_EQ(before, disk_.Dump());
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, LockedStore,
-                         ::testing::Combine(::testing::ValuesIn(kCases), BothAccessPaths()),
-                         CaseOnPathName<Locked>);
+INSTANTIATE_TEST_SUITE_P(Faults, LockedStore, OnBothPaths(kCases), CaseOnPathName<Locked>);
 
 class StoreOnceLocked : public ::testing::TestWithParam<AccessPath> {};
 

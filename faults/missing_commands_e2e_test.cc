@@ -87,9 +87,7 @@ TEST_P(MissingCommands, AreAsIfTheyPrintedNothing) {
   EXPECT_EQ(c.extractedStay, disk_.Exists("2.ts"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, MissingCommands,
-                         ::testing::Combine(::testing::ValuesIn(kCases), BothAccessPaths()),
-                         CaseOnPathName<Missing>);
+INSTANTIATE_TEST_SUITE_P(Faults, MissingCommands, OnBothPaths(kCases), CaseOnPathName<Missing>);
 
 class MissingSql : public TwoStreamFiles, public ::testing::TestWithParam<AccessPath> {};
 

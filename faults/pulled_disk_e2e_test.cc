@@ -82,11 +82,9 @@ using Param = std::tuple<bool, AccessPath>;
 
 class PulledDisk : public ::testing::TestWithParam<Param> {
  protected:
-  void SetUp() override { MakeSampleDisk(disk_); }
-
-  static void MakeSampleDisk(const RecorderDisk& disk) {
+  void SetUp() override {
     ASSERT_EQ(0, RunShell(std::string(DB_SOURCE_DIR) + "/tools/make-sample-disk " +
-                          ShellQuote(disk.Path()) + " > /dev/null")
+                          ShellQuote(disk_.Path()) + " > /dev/null")
                      .status);
   }
   bool Unprivileged() const { return std::get<0>(GetParam()); }

@@ -10,10 +10,10 @@
 #include <string>
 #include <tuple>
 
+#include "testing/disk_manifest.h"
 #include "testing/host_canary.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
-#include "testing/shell.h"
 
 namespace {
 
@@ -50,15 +50,6 @@ class SandboxConfinement : public ::testing::TestWithParam<Param> {
     return RunInSandbox(disk_, {"sh", "-c", script}, options);
   }
   RunResult Run(const std::string& script) { return Run(script, Options()); }
-  // The disk with everything on it, the store's rows included.
-  std::string DiskState() const {
-    return disk_.Dump() +
-           RunShell("cd '" + disk_.Path() +
-                    "' && find . ! -path ./streammgr/stream.db -printf '%p %y %l\\n' | sort && "
-                    "find . -type f ! -path ./streammgr/stream.db -exec md5sum {} + | sort")
-               .out;
-  }
-
   RecorderDisk disk_;
   // In a host folder that the sandbox shows read-only wherever the checkout
   // lies (a build below the host's /tmp is hidden but for its programs), and
@@ -86,7 +77,7 @@ TEST_P(SandboxConfinement, WritesToTheHostFailWithTheWritersMessage) {
   const std::string varTmp = "/var/tmp/sandbox-canary-" + std::to_string(getpid());
   ASSERT_EQ(0, symlink(visible_.File().c_str(), (disk_.Path() + "/to-file").c_str()));
   ASSERT_EQ(0, symlink(visible_.Folder().c_str(), (disk_.Path() + "/to-folder").c_str()));
-  const std::string before = DiskState();
+  const std::string before = DiskManifest(disk_.Path());
   const std::string targets[] = {
       visible_.File(),   visible_.Folder() + "/new", etc, varTmp, "/usr/sandbox-canary",
       "/mnt/hd/to-file", "/mnt/hd/to-folder/new"};
@@ -99,7 +90,7 @@ TEST_P(SandboxConfinement, WritesToTheHostFailWithTheWritersMessage) {
     EXPECT_FALSE(Exists(etc));
     EXPECT_FALSE(Exists(varTmp));
     EXPECT_FALSE(Exists("/usr/sandbox-canary"));
-    EXPECT_EQ(before, DiskState());
+    EXPECT_EQ(before, DiskManifest(disk_.Path()));
   }
   // Should a write have got through, the next run starts clean.
   for (const std::string& path : {etc, varTmp, std::string("/usr/sandbox-canary")}) {

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "events/expected_event_table.h"
-#include "faults/fault_helpers.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 

@@ -344,13 +344,9 @@ TEST_P(EventDeletion, LeavesTheRowsItShould) {
   ExpectAsked(path, c.asked);
 }
 
-INSTANTIATE_TEST_SUITE_P(BothPaths, EventDeletion,
-                         ::testing::Combine(::testing::ValuesIn(kOnBothPaths), BothAccessPaths()),
+INSTANTIATE_TEST_SUITE_P(BothPaths, EventDeletion, OnBothPaths(kOnBothPaths),
                          CaseOnPathName<Deletion>);
-INSTANTIATE_TEST_SUITE_P(OverIpc, EventDeletion,
-                         ::testing::Combine(::testing::ValuesIn(kOverIpc),
-                                            ::testing::Values(AccessPath::kDaemon)),
-                         CaseOnPathName<Deletion>);
+INSTANTIATE_TEST_SUITE_P(OverIpc, EventDeletion, OverIpcOnly(kOverIpc), CaseOnPathName<Deletion>);
 
 // The standard events, for runs that need more than one command line.
 class StandardDeletion : public DeletionDisk, public ::testing::TestWithParam<AccessPath> {

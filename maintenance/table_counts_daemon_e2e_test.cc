@@ -145,12 +145,9 @@ TEST_P(TableCounts, AreAskedOfTheDaemon) {
   EXPECT_EQ(before, StoreState(disk));
 }
 
-INSTANTIATE_TEST_SUITE_P(Paths, TableCounts,
-                         ::testing::Combine(::testing::ValuesIn(kOnBothPaths), BothAccessPaths()),
+INSTANTIATE_TEST_SUITE_P(Paths, TableCounts, OnBothPaths(kOnBothPaths),
                          CaseOnPathName<TableReport>);
-INSTANTIATE_TEST_SUITE_P(Daemon, TableCounts,
-                         ::testing::Combine(::testing::ValuesIn(kWithTheDaemon),
-                                            ::testing::Values(AccessPath::kDaemon)),
+INSTANTIATE_TEST_SUITE_P(Daemon, TableCounts, OverIpcOnly(kWithTheDaemon),
                          CaseOnPathName<TableReport>);
 
 TEST(TableCountsDaemon, StoreThatIsNotADatabaseHasNoRows) {

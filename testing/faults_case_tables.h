@@ -1,13 +1,13 @@
 // Tables of cases, each with a name, run as parameterised tests, alone or
 // on each access path, and text expected of them that may differ by path:
 //   INSTANTIATE_TEST_SUITE_P(P, Suite, ValuesIn(kCases), CaseName<Case>);
-//   INSTANTIATE_TEST_SUITE_P(P, Suite, Combine(ValuesIn(kCases), BothAccessPaths()),
-//                            CaseOnPathName<Case>);
+//   INSTANTIATE_TEST_SUITE_P(P, Suite, OnBothPaths(kCases), CaseOnPathName<Case>);
 #ifndef TESTING_FAULTS_CASE_TABLES_H_
 #define TESTING_FAULTS_CASE_TABLES_H_
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -16,6 +16,16 @@
 
 template <typename Case>
 using CaseOnPath = std::tuple<Case, AccessPath>;
+
+// Each case of `table` on both access paths, or on the daemon's alone.
+template <typename Case, size_t N>
+auto OnBothPaths(const Case (&table)[N]) {
+  return ::testing::Combine(::testing::ValuesIn(table), BothAccessPaths());
+}
+template <typename Case, size_t N>
+auto OverIpcOnly(const Case (&table)[N]) {
+  return ::testing::Combine(::testing::ValuesIn(table), ::testing::Values(AccessPath::kDaemon));
+}
 
 template <typename Case>
 std::string CaseName(const ::testing::TestParamInfo<Case>& info) {
