@@ -44,9 +44,14 @@ struct TableReport {
   std::string sql;  // run on the store first
   std::vector<std::string> args;
   RunResult expected;
-  std::string log = "";         // the daemon's requests
-  std::string daemonArgs = "";  // more arguments of the simulator
+  std::string log;         // the daemon's requests
+  std::string daemonArgs;  // more arguments of the simulator
 };
+inline TableReport Report(const char* name, RecorderDisk::Store store, const std::string& sql,
+                          const std::vector<std::string>& args, const RunResult& expected,
+                          const std::string& log = "", const std::string& daemonArgs = "") {
+  return {name, store, sql, args, expected, log, daemonArgs};
+}
 inline void PrintTo(const TableReport& report, std::ostream* out) { *out << report.name; }
 
 // The store file, byte for byte, or what stands in its place: a report

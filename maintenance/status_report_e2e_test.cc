@@ -15,72 +15,57 @@ namespace {
 using Store = RecorderDisk::Store;
 
 const TableReport kReports[] = {
-    {"ListsEveryTableWithItsRows", Store::kSchema, FilledStore(), {"-t"}, {kFilledCounts, "", 0}},
+    Report("ListsEveryTableWithItsRows", Store::kSchema, FilledStore(), {"-t"},
+           {kFilledCounts, "", 0}),
     // Start-up could not read the stream file sizes of a store without tables.
-    {"StoreWithNoTablesPrintsHeadingOnly",
-     Store::kEmptyDatabase,
-     "",
-     {"-t"},
-     {std::string(kTablesHeading) + "\n", kNoFileSizesLine, 0}},
-    {"TwiceOnOneCommandLinePrintsTheReportTwice",
-     Store::kSchema,
-     "",
-     {"-t", "-t"},
-     {kZeroCounts + kZeroCounts, "", 0}},
-    {"NamesOfTwelveAndThirteenCharacters",
-     Store::kEmptyDatabase,
-     "create table streamfiles(number, size);"
-     "create table twelve_chars(a); insert into twelve_chars values (1);"
-     "create table thirteen_char(a); insert into thirteen_char values (1), (2);",
-     {"-t"},
-     {std::string(kTablesHeading) + "streamfiles        0\n"
-                                    "twelve_chars       1\n"
-                                    "thirteen_char       2\n"
-                                    "\n",
-      "", 0}},
-    {"CountWiderThanItsFieldPushesRight",
-     Store::kSchema,
-     kWideStatus,
-     {"-t"},
-     {kWideCounts, "", 0}},
-    {"TableWhoseCountCannotBePreparedShowsZero",
-     Store::kEmptyDatabase,
-     "create table streamfiles(number, size);"
-     "create table \"odd name\"(a); insert into \"odd name\" values (1);",
-     {"-t"},
-     {std::string(kTablesHeading) + "streamfiles        0\n"
-                                    "odd name           0\n"
-                                    "\n",
-      "unable to prepare: select count(*) from odd nameError getting count for odd name\n", 0}},
+    Report("StoreWithNoTablesPrintsHeadingOnly", Store::kEmptyDatabase, "", {"-t"},
+           {std::string(kTablesHeading) + "\n", kNoFileSizesLine, 0}),
+    Report("TwiceOnOneCommandLinePrintsTheReportTwice", Store::kSchema, "", {"-t", "-t"},
+           {kZeroCounts + kZeroCounts, "", 0}),
+    Report("NamesOfTwelveAndThirteenCharacters", Store::kEmptyDatabase,
+           "create table streamfiles(number, size);"
+           "create table twelve_chars(a); insert into twelve_chars values (1);"
+           "create table thirteen_char(a); insert into thirteen_char values (1), (2);",
+           {"-t"},
+           {std::string(kTablesHeading) + "streamfiles        0\n"
+                                          "twelve_chars       1\n"
+                                          "thirteen_char       2\n"
+                                          "\n",
+            "", 0}),
+    Report("CountWiderThanItsFieldPushesRight", Store::kSchema, kWideStatus, {"-t"},
+           {kWideCounts, "", 0}),
+    Report(
+        "TableWhoseCountCannotBePreparedShowsZero", Store::kEmptyDatabase,
+        "create table streamfiles(number, size);"
+        "create table \"odd name\"(a); insert into \"odd name\" values (1);",
+        {"-t"},
+        {std::string(kTablesHeading) + "streamfiles        0\n"
+                                       "odd name           0\n"
+                                       "\n",
+         "unable to prepare: select count(*) from odd nameError getting count for odd name\n", 0}),
     // sql prints nothing for an empty status table.
-    {"ReportChangesNothing",
-     Store::kSchema,
-     EventRow("a").Insert() + FileRow().Insert(),
-     {"-t", "-s"},
-     {std::string(kTablesHeading) + "events             1\n"
-                                    "streamfiles        1\n"
-                                    "status             0\n"
-                                    "\n",
-      "", 0}},
-    {"ShowsTheStatusTableThroughSql",
-     Store::kSchema,
-     "insert into status values ('version', '4.2'), ('disk', 'ok');",
-     {"-s"},
-     {"name|value\nversion|4.2\ndisk|ok\n", "", 0}},
-    {"EachOccurrenceRunsSqlAgainInOrder",
-     Store::kSchema,
-     "insert into status values ('version', '4.2');",
-     {"-s", "-t", "-s"},
-     {"name|value\n"
-      "version|4.2\n" +
-          std::string(kTablesHeading) +
-          "events             0\n"
-          "streamfiles        0\n"
-          "status             1\n"
-          "\n"
-          "name|value\n"
-          "version|4.2\n",
-      "", 0}},
+    Report("ReportChangesNothing", Store::kSchema, EventRow("a").Insert() + FileRow().Insert(),
+           {"-t", "-s"},
+           {std::string(kTablesHeading) + "events             1\n"
+                                          "streamfiles        1\n"
+                                          "status             0\n"
+                                          "\n",
+            "", 0}),
+    Report("ShowsTheStatusTableThroughSql", Store::kSchema,
+           "insert into status values ('version', '4.2'), ('disk', 'ok');", {"-s"},
+           {"name|value\nversion|4.2\ndisk|ok\n", "", 0}),
+    Report("EachOccurrenceRunsSqlAgainInOrder", Store::kSchema,
+           "insert into status values ('version', '4.2');", {"-s", "-t", "-s"},
+           {"name|value\n"
+            "version|4.2\n" +
+                std::string(kTablesHeading) +
+                "events             0\n"
+                "streamfiles        0\n"
+                "status             1\n"
+                "\n"
+                "name|value\n"
+                "version|4.2\n",
+            "", 0}),
 };
 
 class Report : public ::testing::TestWithParam<TableReport> {};

@@ -28,106 +28,68 @@ std::string Log(const RecorderDisk& disk) {
 
 // Directly no daemon is asked.
 const TableReport kOnBothPaths[] = {
-    {"SameTableOnEitherPath",
-     Store::kSchema,
-     FilledStore(),
-     {"-t"},
-     {kFilledCounts, "", 0},
-     kCountRequests},
-    {"TwiceOnOneCommandLine",
-     Store::kSchema,
-     FilledStore(),
-     {"-t", "-t"},
-     {kFilledCounts + kFilledCounts, "", 0},
-     kCountRequests + kCountRequests},
+    Report("SameTableOnEitherPath", Store::kSchema, FilledStore(), {"-t"}, {kFilledCounts, "", 0},
+           kCountRequests),
+    Report("TwiceOnOneCommandLine", Store::kSchema, FilledStore(), {"-t", "-t"},
+           {kFilledCounts + kFilledCounts, "", 0}, kCountRequests + kCountRequests),
 };
 
 const TableReport kWithTheDaemon[] = {
-    {"OneCountRequestPerTableInTheFilesOrder",
-     Store::kEmptyDatabase,
-     "create table zeta(a); insert into zeta values (1), (2), (3);"
-     "create table alpha(a);"
-     "create table twelve_chars(a); insert into twelve_chars values (1);"
-     "create table thirteen_char(a); insert into thirteen_char values (1), (2);",
-     {"-t"},
-     {std::string(kTablesHeading) + "zeta               3\n"
-                                    "alpha              0\n"
-                                    "twelve_chars       1\n"
-                                    "thirteen_char       2\n"
-                                    "\n",
-      "", 0},
-     "count\tselect count(*) from zeta\n"
-     "count\tselect count(*) from alpha\n"
-     "count\tselect count(*) from twelve_chars\n"
-     "count\tselect count(*) from thirteen_char\n"},
-    {"CountWiderThanItsFieldPushesRight",
-     Store::kSchema,
-     kWideStatus,
-     {"-t"},
-     {kWideCounts, "", 0},
-     kCountRequests},
+    Report("OneCountRequestPerTableInTheFilesOrder", Store::kEmptyDatabase,
+           "create table zeta(a); insert into zeta values (1), (2), (3);"
+           "create table alpha(a);"
+           "create table twelve_chars(a); insert into twelve_chars values (1);"
+           "create table thirteen_char(a); insert into thirteen_char values (1), (2);",
+           {"-t"},
+           {std::string(kTablesHeading) + "zeta               3\n"
+                                          "alpha              0\n"
+                                          "twelve_chars       1\n"
+                                          "thirteen_char       2\n"
+                                          "\n",
+            "", 0},
+           "count\tselect count(*) from zeta\n"
+           "count\tselect count(*) from alpha\n"
+           "count\tselect count(*) from twelve_chars\n"
+           "count\tselect count(*) from thirteen_char\n"),
+    Report("CountWiderThanItsFieldPushesRight", Store::kSchema, kWideStatus, {"-t"},
+           {kWideCounts, "", 0}, kCountRequests),
     // With the daemon running start-up reads no file sizes, so nothing fails
     // there.
-    {"StoreWithNoTablesSendsNoRequest",
-     Store::kEmptyDatabase,
-     "",
-     {"-t"},
-     {std::string(kTablesHeading) + "\n", "", 0}},
+    Report("StoreWithNoTablesSendsNoRequest", Store::kEmptyDatabase, "", {"-t"},
+           {std::string(kTablesHeading) + "\n", "", 0}),
     // The names come from the file, the counts from the daemon, which failed
     // them.
-    {"FailingCountsShowZeroWithoutAMessage",
-     Store::kSchema,
-     FilledStore(),
-     {"-t"},
-     {kZeroCounts, "", 0},
-     kCountRequests,
-     "--fail-requests"},
-    {"CountTheDaemonCannotPrepareShowsZeroWithoutAMessage",
-     Store::kSchema,
-     FilledStore() + "create table \"two words\"(a); insert into \"two words\" values (1);",
-     {"-t"},
-     {std::string(kTablesHeading) + "events             2\n"
-                                    "streamfiles        1\n"
-                                    "status             1\n"
-                                    "two words          0\n"
-                                    "\n",
-      "", 0},
-     kCountRequests + "count\tselect count(*) from two words\n"},
-    {"MissingStoreHasNoRowsThoughTheDaemonRuns",
-     Store::kNone,
-     "",
-     {"-t"},
-     {std::string(kTablesHeading) + "\n",
-      "error opening sqlite3\n"
-      "unable to prepare: select tbl_name from sqlite_master where type='table'",
-      SQLITE_CANTOPEN}},
-    {"GarbledAnswersShowZero",
-     Store::kSchema,
-     FilledStore(),
-     {"-t"},
-     {kZeroCounts, "", 0},
-     kCountRequests,
-     "--garbage"},
+    Report("FailingCountsShowZeroWithoutAMessage", Store::kSchema, FilledStore(), {"-t"},
+           {kZeroCounts, "", 0}, kCountRequests, "--fail-requests"),
+    Report("CountTheDaemonCannotPrepareShowsZeroWithoutAMessage", Store::kSchema,
+           FilledStore() + "create table \"two words\"(a); insert into \"two words\" values (1);",
+           {"-t"},
+           {std::string(kTablesHeading) + "events             2\n"
+                                          "streamfiles        1\n"
+                                          "status             1\n"
+                                          "two words          0\n"
+                                          "\n",
+            "", 0},
+           kCountRequests + "count\tselect count(*) from two words\n"),
+    Report("MissingStoreHasNoRowsThoughTheDaemonRuns", Store::kNone, "", {"-t"},
+           {std::string(kTablesHeading) + "\n",
+            "error opening sqlite3\n"
+            "unable to prepare: select tbl_name from sqlite_master where type='table'",
+            SQLITE_CANTOPEN}),
+    Report("GarbledAnswersShowZero", Store::kSchema, FilledStore(), {"-t"}, {kZeroCounts, "", 0},
+           kCountRequests, "--garbage"),
     // The second request killed it; the third found no daemon to ask.
-    {"DaemonDyingMidReportLeavesTheRestAtZero",
-     Store::kSchema,
-     FilledStore(),
-     {"-t"},
-     {std::string(kTablesHeading) + "events             2\n"
-                                    "streamfiles        0\n"
-                                    "status             0\n"
-                                    "\n",
-      "", 0},
-     "count\tselect count(*) from events\n"
-     "count\tselect count(*) from streamfiles\n",
-     "--die-after 1"},
-    {"SlowDaemonStillCounts",
-     Store::kSchema,
-     FilledStore(),
-     {"-t"},
-     {kFilledCounts, "", 0},
-     kCountRequests,
-     "--delay-ms 100"},
+    Report("DaemonDyingMidReportLeavesTheRestAtZero", Store::kSchema, FilledStore(), {"-t"},
+           {std::string(kTablesHeading) + "events             2\n"
+                                          "streamfiles        0\n"
+                                          "status             0\n"
+                                          "\n",
+            "", 0},
+           "count\tselect count(*) from events\n"
+           "count\tselect count(*) from streamfiles\n",
+           "--die-after 1"),
+    Report("SlowDaemonStillCounts", Store::kSchema, FilledStore(), {"-t"}, {kFilledCounts, "", 0},
+           kCountRequests, "--delay-ms 100"),
 };
 
 class TableCounts : public ::testing::TestWithParam<CaseOnPath<TableReport>> {};
