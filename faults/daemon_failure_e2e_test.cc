@@ -41,35 +41,31 @@ struct Failure {
   std::vector<std::string> args;
   const char* daemonArgs;
   RunResult expected;
-  std::string left = "";  // the rows left, as SQL; none when the store keeps them all
+  std::string left;  // the rows left, as SQL; none when the store keeps them all
 };
 void PrintTo(const Failure& c, std::ostream* out) { *out << c.name; }
+Failure Case(const char* name, const std::string& sql, const std::vector<std::string>& args,
+             const char* daemonArgs, const RunResult& expected, const std::string& left = "") {
+  return {name, sql, args, daemonArgs, expected, left};
+}
 
 const Failure kFailures[] = {
     // Request 1 is the count, request 2 the first page of 1000 rows.
-    {"DaemonDyingAfterTheFirstPageEndsTheListingThere",
-     GeneratedFiles(2500),
-     {"-f", "*", "-t"},
-     "--die-after 2",
-     {Listing(files_e2e::GeneratedRows(1, 1000), 2500) + kUnansweredCounts, "", 0}},
+    Case("DaemonDyingAfterTheFirstPageEndsTheListingThere", GeneratedFiles(2500), {"-f", "*", "-t"},
+         "--die-after 2",
+         {Listing(files_e2e::GeneratedRows(1, 1000), 2500) + kUnansweredCounts, "", 0}),
     // Request 1 lists the events, request 2 deletes r1; then the daemon is
     // gone.
-    {"DaemonDyingDuringADeletionKeepsTheEventsItDidNotDelete",
-     EventRow("r1").Insert() + EventRow("r2").Insert() + EventRow("r3").Insert(),
-     {"--deleteall", "-e"},
-     "--die-after 2",
-     {DeletedAll(1).daemon + kGibHeading, FailedToDelete("r2") + FailedToDelete("r3"), 0},
-     EventRow("r2").Insert() + EventRow("r3").Insert()},
-    {"GarbledAnswersReadAsFailedRequests",
-     EventRow("r1").Insert() + GeneratedFiles(3),
-     {"-e", "-f", "*", "-d", "r1", "-t"},
-     "--garbage",
-     {kGibHeading + Listing({}, 0) + kUnansweredCounts, NotFound("r1").daemon, 0}},
-    {"DaemonWithoutEndpointEndsTheToolBeforeAnyOption",
-     EventRow("r1").Insert(),
-     {"--deleteall"},
-     "--no-ipc",
-     {"", "Error initializing the ipc connection\n", 1}},
+    Case("DaemonDyingDuringADeletionKeepsTheEventsItDidNotDelete",
+         EventRow("r1").Insert() + EventRow("r2").Insert() + EventRow("r3").Insert(),
+         {"--deleteall", "-e"}, "--die-after 2",
+         {DeletedAll(1).daemon + kGibHeading, FailedToDelete("r2") + FailedToDelete("r3"), 0},
+         EventRow("r2").Insert() + EventRow("r3").Insert()),
+    Case("GarbledAnswersReadAsFailedRequests", EventRow("r1").Insert() + GeneratedFiles(3),
+         {"-e", "-f", "*", "-d", "r1", "-t"}, "--garbage",
+         {kGibHeading + Listing({}, 0) + kUnansweredCounts, NotFound("r1").daemon, 0}),
+    Case("DaemonWithoutEndpointEndsTheToolBeforeAnyOption", EventRow("r1").Insert(),
+         {"--deleteall"}, "--no-ipc", {"", "Error initializing the ipc connection\n", 1}),
 };
 
 class DaemonFailure : public ::testing::TestWithParam<Failure> {};

@@ -26,36 +26,30 @@ struct Locked {
   PathText err;
 };
 void PrintTo(const Locked& c, std::ostream* out) { *out << c.name; }
+Locked Case(const char* name, bool committing, const std::vector<std::string>& args,
+            const PathText& out, const PathText& err) {
+  return {name, committing, args, out, err};
+}
 
 const Locked kCases[] = {
     // The daemon's query fails in the same way, and a failed request is an
     // empty list: nothing is reported on that path.
-    {"ListingWhileAnotherWriterCommitsShowsNoRows",
-     true,
-     {"-e"},
-     kGibHeading,
-     {kNoFileSizesLine +
-          std::string(
-              "unable to prepare: select * from eventsunable to prepare: select count(*) from events where streamstate is NULL or totalfiles is NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file stats\n"),
-      ""}},
-    {"ListingWhileAnotherWriterWritesShowsTheCommittedRows",
-     false,
-     {"-e"},
-     kGibHeading + DefaultRow("r1") + DefaultRow("r2"),
-     ""},
-    {"DeletionWhileAnotherWriterCommitsDeletesNothing",
-     true,
-     {"-d", "r1", "--deleteall"},
-     "",
-     {kNoFileSizesLine + NotPrepared(CountById("r1"), 5) +
-          NotPrepared("select count(*) from events", 5),
-      NotFound("r1").daemon + kNoEventsFound}},
-    {"DeletionWhileAnotherWriterWritesIsRefusedAndDeletesNothing",
-     false,
-     {"-d", "r1", "--deleteall"},
-     PathText("", Deleted(0, "r1") + DeletedAll(0).daemon),
-     {DeleteByIdFailed("r1") + kDeleteAllFailed,
-      FailedToDelete("r1") + FailedToDelete("r1") + FailedToDelete("r2")}},
+    Case(
+        "ListingWhileAnotherWriterCommitsShowsNoRows", true, {"-e"}, kGibHeading,
+        {kNoFileSizesLine +
+             std::string(
+                 "unable to prepare: select * from eventsunable to prepare: select count(*) from events where streamstate is NULL or totalfiles is NULL or groupid is NULL or part is NULL or totalparts is NULL: error getting file stats\n"),
+         ""}),
+    Case("ListingWhileAnotherWriterWritesShowsTheCommittedRows", false, {"-e"},
+         kGibHeading + DefaultRow("r1") + DefaultRow("r2"), ""),
+    Case("DeletionWhileAnotherWriterCommitsDeletesNothing", true, {"-d", "r1", "--deleteall"}, "",
+         {kNoFileSizesLine + NotPrepared(CountById("r1"), 5) +
+              NotPrepared("select count(*) from events", 5),
+          NotFound("r1").daemon + kNoEventsFound}),
+    Case("DeletionWhileAnotherWriterWritesIsRefusedAndDeletesNothing", false,
+         {"-d", "r1", "--deleteall"}, PathText("", Deleted(0, "r1") + DeletedAll(0).daemon),
+         {DeleteByIdFailed("r1") + kDeleteAllFailed,
+          FailedToDelete("r1") + FailedToDelete("r1") + FailedToDelete("r2")}),
 };
 
 class LockedStore : public ::testing::TestWithParam<CaseOnPath<Locked>> {
