@@ -243,43 +243,31 @@ TEST_P(HostileDisk, OddStoreCannotBeOpened) {
 // file reads as one that cannot be loaded, the data file is only measured,
 // the stream file is not extracted, and the store does not open.
 TEST_P(HostileDisk, UnreadableFilesReadAsFilesThatCannotBeRead) {
-  const bool unprivileged = std::get<1>(GetParam());
-  struct Case {
-    const char* file;
-    std::vector<std::string> args;
-    RunResult asNobody;
-    std::string outAsRoot;
+  const auto expect = [this](const char* file, const std::vector<std::string>& args,
+                             const RunResult& asNobody, const std::string& outAsRoot) {
+    SCOPED_TRACE(file);
+    ASSERT_EQ(0, chmod(At(file).c_str(), 0));
+    ExpectRun(args, std::get<1>(GetParam()) ? asNobody : RunResult{outAsRoot, "", 0}, Now());
+    ASSERT_EQ(0, chmod(At(file).c_str(), 0666));
   };
-  const Case cases[] = {
-      {"connectionmgr/r1.xml",
-       {"-e"},
-       {kGibHeading + StagedRow("r1"), "Failed to load XML file: /mnt/hd/connectionmgr/r1.xml", 0},
-       kGibHeading + StagedRow("r1")},
-      {"connectionmgr/r1.mtd",
-       {"-e"},
-       {kGibHeading + StagedRow("r1"), "", 0},
-       kGibHeading + StagedRow("r1")},
-      {"streams/1.ts",
-       {"-a", "d"},
-       {kNotExtracted, CannotExtract("Permission denied"), 0},
-       kAnalysisPassed},
-      {"streammgr/stream.db",
-       {"-t"},
-       {std::string(kTablesHeading) + "\n",
-        OpeningFailure() +
-            "unable to prepare: select tbl_name from sqlite_master where type='table'",
-        14},
-       std::string(kTablesHeading) + "events             1\n"
-                                     "streamfiles        1\n"
-                                     "status             0\n"
-                                     "\n"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.file);
-    ASSERT_EQ(0, chmod(At(c.file).c_str(), 0));
-    ExpectRun(c.args, unprivileged ? c.asNobody : RunResult{c.outAsRoot, "", 0}, Now());
-    ASSERT_EQ(0, chmod(At(c.file).c_str(), 0666));
-  }
+  expect(
+      "connectionmgr/r1.xml", {"-e"},
+      {kGibHeading + StagedRow("r1"), "Failed to load XML file: /mnt/hd/connectionmgr/r1.xml", 0},
+      kGibHeading + StagedRow("r1"));
+  expect("connectionmgr/r1.mtd", {"-e"}, {kGibHeading + StagedRow("r1"), "", 0},
+         kGibHeading + StagedRow("r1"));
+  expect("streams/1.ts", {"-a", "d"}, {kNotExtracted, CannotExtract("Permission denied"), 0},
+         kAnalysisPassed);
+  expect("streammgr/stream.db", {"-t"},
+         {std::string(kTablesHeading) + "\n",
+          OpeningFailure() +
+              "unable to prepare: select tbl_name from sqlite_master where type='table'",
+          14},
+         std::string(kTablesHeading) +
+             "events             1\n"
+             "streamfiles        1\n"
+             "status             0\n"
+             "\n");
 }
 
 // Links at the event's data file, which is only measured: one that leads to

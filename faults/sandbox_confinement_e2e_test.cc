@@ -83,9 +83,8 @@ TEST_P(SandboxConfinement, WritesToTheHostFailWithTheWritersMessage) {
       "/mnt/hd/to-file", "/mnt/hd/to-folder/new"};
   for (const std::string& target : targets) {
     SCOPED_TRACE(target);
-    const RunResult r = Run("cp /mnt/hd/payload '" + target + "'");
-    EXPECT_RUN(r, "", "cp: cannot create regular file '" + target + "': Read-only file system\n",
-               1);
+    EXPECT_RUN(Run("cp /mnt/hd/payload '" + target + "'"), "",
+               "cp: cannot create regular file '" + target + "': Read-only file system\n", 1);
     EXPECT_EQ(kUntouched, visible_.State());
     EXPECT_FALSE(Exists(etc));
     EXPECT_FALSE(Exists(varTmp));
@@ -102,10 +101,10 @@ TEST_P(SandboxConfinement, WritesToTheHostFailWithTheWritersMessage) {
 // disk's reach the host.
 TEST_P(SandboxConfinement, TheDiskRunAndPrivateTmpAreWritable) {
   const std::string name = "sandbox-scratch-" + std::to_string(getpid());
-  const RunResult r = Run("echo disk > /mnt/hd/" + name + " && echo run > /run/linx/" + name +
-                          " && echo tmp > /tmp/" + name + " && cat /mnt/hd/" + name +
-                          " /run/linx/" + name + " /tmp/" + name);
-  EXPECT_RUN(r, "disk\nrun\ntmp\n", "", 0);
+  EXPECT_RUN(Run("echo disk > /mnt/hd/" + name + " && echo run > /run/linx/" + name +
+                 " && echo tmp > /tmp/" + name + " && cat /mnt/hd/" + name + " /run/linx/" + name +
+                 " /tmp/" + name),
+             "disk\nrun\ntmp\n", "", 0);
   EXPECT_EQ("disk\n", disk_.ReadFile(name));
   EXPECT_FALSE(Exists("/tmp/" + name));
   EXPECT_FALSE(Exists("/run/linx/" + name));
@@ -127,10 +126,10 @@ TEST_P(SandboxConfinement, TheHostsTmpIsHidden) {
 TEST_P(SandboxConfinement, ReadOnlyOptionShowsAFolderReadOnly) {
   SandboxOptions options = Options();
   options.sandboxArgs = {"--ro", hidden_.Folder()};
-  const RunResult r =
-      Run("cat '" + hidden_.File() + "' && cp /mnt/hd/payload '" + hidden_.File() + "'", options);
-  EXPECT_RUN(r, kCanaryText,
-             "cp: cannot create regular file '" + hidden_.File() + "': Read-only file system\n", 1);
+  EXPECT_RUN(
+      Run("cat '" + hidden_.File() + "' && cp /mnt/hd/payload '" + hidden_.File() + "'", options),
+      kCanaryText,
+      "cp: cannot create regular file '" + hidden_.File() + "': Read-only file system\n", 1);
   EXPECT_EQ(kUntouched, hidden_.State());
 }
 
@@ -158,8 +157,7 @@ class SandboxCommandLine : public ::testing::TestWithParam<bool> {
 };
 
 TEST_P(SandboxCommandLine, HelpSaysWhatTheSandboxProtects) {
-  const RunResult r = Run({"--help"});
-  EXPECT_RUN(r,
+  EXPECT_RUN(Run({"--help"}),
              std::string(kSynopsis) +
                  "\n"
                  "Runs COMMAND on a recorder of its own: DISK_DIR is mounted at /mnt/hd, the\n"
@@ -209,8 +207,8 @@ TEST_P(SandboxCommandLine, HelpSaysWhatTheSandboxProtects) {
 }
 
 TEST_P(SandboxCommandLine, UnknownOptionGivesTheUsage) {
-  const RunResult r = Run({"--bogus"});
-  EXPECT_RUN(r, "", std::string("recorder-sandbox: unknown option --bogus\n") + kSynopsis, 125);
+  EXPECT_RUN(Run({"--bogus"}), "",
+             std::string("recorder-sandbox: unknown option --bogus\n") + kSynopsis, 125);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sandbox, SandboxCommandLine, ::testing::Bool(),

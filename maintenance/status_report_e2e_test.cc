@@ -82,9 +82,8 @@ INSTANTIATE_TEST_SUITE_P(Direct, Report, ::testing::ValuesIn(kReports), CaseName
 
 TEST(Status, WithoutSqlCommandDbPrintsNothingOfItsOwn) {
   RecorderDisk disk;
-  const RunResult r =
-      RunInSandbox(disk, {"env", "PATH=/usr/bin:/bin", BinDir() + "/db", "-s", "-s"});
-  EXPECT_RUN(r, "", "sh: 1: sql: not found\nsh: 1: sql: not found\n", 0);
+  EXPECT_RUN(RunInSandbox(disk, {"env", "PATH=/usr/bin:/bin", BinDir() + "/db", "-s", "-s"}), "",
+             "sh: 1: sql: not found\nsh: 1: sql: not found\n", 0);
 }
 
 TEST(Status, MissingStatusTableIsSqlsOwnMessage) {
