@@ -10,6 +10,7 @@
 #include "events/expected_event_table.h"
 #include "files/files_e2e_fixture.h"
 #include "maintenance/expected_deletion.h"
+#include "maintenance/expected_table_counts.h"
 #include "testing/expected_start_up.h"
 #include "testing/faults_case_tables.h"
 #include "testing/recorder_disk.h"
@@ -21,13 +22,8 @@ namespace {
 using files_e2e::GeneratedFiles;
 using files_e2e::Listing;
 
-// Counts of the three tables as -t shows them when no count request is
-// answered.
-const std::string kUnansweredCounts = std::string(kTablesHeading) +
-                                      "events             0\n"
-                                      "streamfiles        0\n"
-                                      "status             0\n"
-                                      "\n";
+// -t when no count request is answered.
+const std::string& kUnansweredCounts = kZeroCounts;
 
 SandboxOptions Daemon(const std::string& arguments) {
   SandboxOptions options;
