@@ -10,6 +10,7 @@
 #include "sim/config_mp/config_mp_options.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/sim_program_fixture.h"
 
 namespace {
 
@@ -107,10 +108,9 @@ TEST(ConfigMpProgram, EndsWithStatusZeroOnSigtermAndRemovesItsEndpoint) {
 }
 
 TEST(ConfigMpProgram, HelpAndBadOptions) {
-  RecorderDisk disk;
-  EXPECT_RUN(RunInSandbox(disk, {"ConfigMP", "--help"}), kConfigMpHelp, "", 0);
-  EXPECT_RUN(RunInSandbox(disk, {"ConfigMP", "--reexport-hours", "-1"}), "",
-             std::string("ConfigMP: bad value for --reexport-hours: '-1'\n") + kConfigMpHelp, 2);
+  EXPECT_RUN(RunLine("ConfigMP --help"), kConfigMpHelp, "", 0);
+  EXPECT_RUN(RunLine("ConfigMP --reexport-hours -1"),
+             Refused("ConfigMP: bad value for --reexport-hours: '-1'", kConfigMpHelp));
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/sim_program_fixture.h"
 
 namespace {
 
@@ -94,17 +95,15 @@ TEST(StreamMgrProgram, CreatesTheEndpointFolderWhenMissing) {
       "up\n", "", 0);
 }
 
+// The options themselves are in StreamMgrOptions.HelpDocumentsEveryOption.
 TEST(StreamMgrProgram, HelpDescribesTheTestOptions) {
-  RecorderDisk disk;
-  // The options themselves are in StreamMgrOptions.HelpDocumentsEveryOption.
   ASSERT_EQ(0u, std::string(kStreamMgrHelp).find("usage: StreamMgr [--refuse-delete REID]..."));
-  EXPECT_RUN(RunInSandbox(disk, {"StreamMgr", "--help"}), kStreamMgrHelp, "", 0);
+  EXPECT_RUN(RunLine("StreamMgr --help"), kStreamMgrHelp, "", 0);
 }
 
 TEST(StreamMgrProgram, BadOptionIsRefusedWithStatusTwo) {
-  RecorderDisk disk;
-  EXPECT_RUN(RunInSandbox(disk, {"StreamMgr", "--live-size", "12"}), "",
-             std::string("StreamMgr: bad value for --live-size: '12'\n") + kStreamMgrHelp, 2);
+  EXPECT_RUN(RunLine("StreamMgr --live-size 12"),
+             Refused("StreamMgr: bad value for --live-size: '12'", kStreamMgrHelp));
 }
 
 TEST(StreamMgrProgram, SandboxRefusesToStartABrokenDaemon) {
