@@ -3,6 +3,7 @@
 // the settings shows in the recorder log, which records each failure.
 #include <gtest/gtest.h>
 
+#include <regex>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -16,16 +17,10 @@ namespace {
 
 // How many lines of the recorder log report a failed settings request.
 int Failures(const RecorderDisk& disk) {
-  if (!disk.Exists("recorder.log")) return 0;
-  const std::string ending = ": Error getting video recording settings";
-  std::istringstream log(disk.ReadFile("recorder.log"));
+  std::istringstream log(disk.Exists("recorder.log") ? disk.ReadFile("recorder.log") : "");
+  const std::regex failure("db: .*: Error getting video recording settings");
   int failures = 0;
-  for (std::string line; std::getline(log, line);) {
-    if (line.rfind("db: ", 0) == 0 && line.size() > ending.size() &&
-        line.compare(line.size() - ending.size(), ending.size(), ending) == 0) {
-      ++failures;
-    }
-  }
+  for (std::string line; std::getline(log, line);) failures += std::regex_match(line, failure);
   return failures;
 }
 
