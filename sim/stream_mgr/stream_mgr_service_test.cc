@@ -83,19 +83,14 @@ class Served {
   // delete, live (a file's live size), store (whether it is as it was when
   // the session began) or stop (how the daemon ended).
   std::string Session(const std::string& session) {
-    const std::string before = Snapshot(disk_);
+    before_ = Snapshot(disk_);
     std::istringstream lines(session);
     std::string answers;
     for (std::string line; std::getline(lines, line);) {
       const size_t space = line.find(' '), arrow = line.rfind(" -> ");
       const std::string kind = line.substr(0, space);
       const std::string text = space < arrow ? line.substr(space + 1, arrow - space - 1) : "";
-      std::string answer = Answer(kind, text);
-      if (kind == "store") {
-        const std::string now = Snapshot(disk_);
-        answer = now == "missing" ? now : now == before ? "unchanged" : "changed";
-      }
-      answers += kind + (space < arrow ? " " + text : "") + " -> " + answer + "\n";
+      answers += kind + (space < arrow ? " " + text : "") + " -> " + Answer(kind, text) + "\n";
     }
     return answers;
   }
@@ -128,6 +123,10 @@ class Served {
           HostIpc::DecodeLiveSizeAnswer(answer, size);
       return ok ? std::to_string(size) : Failed(size != 7);
     }
+    if (kind == "store") {
+      const std::string now = Snapshot(disk_);
+      return now == "missing" ? now : now == before_ ? "unchanged" : "changed";
+    }
     if (kind == "stop") return daemon_.Stop() == HostIpc::ServeEnd::kDied ? "died" : "stopped";
     return "";
   }
@@ -138,6 +137,7 @@ class Served {
 
  private:
   const RecorderDisk& disk_;
+  std::string before_;  // the store when the session began
   sqlite3* database_;
   StreamMgrService service_;
   HostIpc::ServedDaemon daemon_;
