@@ -14,6 +14,12 @@ inline RunResult RunLine(const std::string& line) {
   return RunInSandbox(disk, Words(line));
 }
 
+// Runs the shell script `script` on a fresh disk.
+inline RunResult RunScript(const std::string& script) {
+  RecorderDisk disk;
+  return RunInSandbox(disk, {"sh", "-c", script});
+}
+
 // How a stand-in program refuses a command line: the line saying why, and
 // its help, on standard error; status 2.
 inline RunResult Refused(const std::string& why, const char* help) {
