@@ -154,7 +154,6 @@ TEST(IpcCodec, RequestOfAnotherVersionOrUnknownKindIsRefused) {
 size_t Mark(const std::vector<EventRecordItem>& events) { return events.size(); }
 size_t Mark(const std::vector<StreamfileRecordItem>& files) { return files.size(); }
 uint32_t Mark(uint32_t value) { return value; }
-bool Mark(bool value) { return value; }
 uint32_t Mark(const VideoRecordingSettings& settings) { return settings.reExportHours; }
 
 template <typename Out>
@@ -167,20 +166,13 @@ bool Decodes(bool (*decode)(const std::string&, Out&), Out sentinel, const std::
 
 // Whether the client accepts `body` as the answer to a request of `kind`.
 bool Accepts(Kind kind, const std::string& body) {
-  switch (kind) {
-    case kEvents:
-      return Decodes(DecodeEventsAnswer, std::vector<EventRecordItem>{FullEvent("sentinel")}, body);
-    case kFiles:
-      return Decodes(DecodeFilesAnswer, std::vector<StreamfileRecordItem>{FullFile(99)}, body);
-    case kCount:
-      return Decodes(DecodeCountAnswer, 77u, body);
-    case kDelete:
-      return Decodes(DecodeDeleteAnswer, false, body);
-    case kLiveSize:
-      return Decodes(DecodeLiveSizeAnswer, 77u, body);
-    default:
-      return Decodes(DecodeSettingsAnswer, VideoRecordingSettings{0, 0, 77}, body);
-  }
+  return kind == kEvents   ? Decodes(DecodeEventsAnswer, std::vector{FullEvent("sentinel")}, body)
+         : kind == kFiles  ? Decodes(DecodeFilesAnswer, std::vector{FullFile(99)}, body)
+         : kind == kCount  ? Decodes(DecodeCountAnswer, 77u, body)
+         : kind == kDelete ? Decodes(DecodeDeleteAnswer, false, body)
+         : kind == kLiveSize
+             ? Decodes(DecodeLiveSizeAnswer, 77u, body)
+             : Decodes(DecodeSettingsAnswer, VideoRecordingSettings{0, 0, 77}, body);
 }
 
 // Answers to a request of `kind`.
