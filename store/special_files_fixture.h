@@ -4,15 +4,11 @@
 #ifndef STORE_SPECIAL_FILES_FIXTURE_H_
 #define STORE_SPECIAL_FILES_FIXTURE_H_
 
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <filesystem>
 #include <map>
-#include <set>
 #include <string>
 
 using Maker = std::string (*)(const std::string& path);
@@ -21,19 +17,9 @@ inline std::string Made(int result, const std::string& path) { return result == 
 
 inline std::string Missing(const std::string& path) { return path; }
 inline std::string Fifo(const std::string& path) { return Made(mkfifo(path.c_str(), 0666), path); }
+inline std::string Socket(const std::string& p) { return Made(mknod(p.c_str(), S_IFSOCK, 0), p); }
 inline std::string Folder(const std::string& path) { return Made(mkdir(path.c_str(), 0755), path); }
 inline std::string Device(const std::string&) { return "/dev/null"; }
-
-inline std::string Socket(const std::string& path) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  if (path.size() >= sizeof address.sun_path) return "";
-  std::strcpy(address.sun_path, path.c_str());
-  const int s = socket(AF_UNIX, SOCK_STREAM, 0);
-  const int bound = bind(s, reinterpret_cast<sockaddr*>(&address), sizeof address);
-  close(s);
-  return Made(bound, path);
-}
 
 // A link at `path` to what `make` puts at `path`-target.
 template <Maker make>
@@ -45,19 +31,19 @@ std::string LinkTo(const std::string& path) {
 // The names in `dir` and what each is: "a file, b link".
 inline std::string Listing(const std::string& dir) {
   using Type = std::filesystem::file_type;
-  const std::map<Type, std::string> kinds = {{Type::regular, "file"},
-                                             {Type::symlink, "link"},
-                                             {Type::fifo, "fifo"},
-                                             {Type::socket, "socket"},
-                                             {Type::directory, "folder"}};
-  std::set<std::string> names;
+  std::map<std::string, Type> types;
   for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-    const auto kind = kinds.find(entry.symlink_status().type());
-    names.insert(entry.path().filename().string() + " " +
-                 (kind == kinds.end() ? "other" : kind->second));
+    types[entry.path().filename()] = entry.symlink_status().type();
   }
   std::string listing;
-  for (const std::string& name : names) listing += (listing.empty() ? "" : ", ") + name;
+  for (const auto& [name, t] : types) {
+    listing += (listing.empty() ? "" : ", ") + name +
+               (t == Type::symlink     ? " link"
+                : t == Type::fifo      ? " fifo"
+                : t == Type::socket    ? " socket"
+                : t == Type::directory ? " folder"
+                                       : " file");
+  }
   return listing;
 }
 
