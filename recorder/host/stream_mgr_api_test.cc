@@ -14,6 +14,7 @@ namespace HostIpc {
 namespace {
 
 using namespace StreamMgrApi;
+using namespace std::string_literals;
 
 constexpr int kShortTimeoutMs = 300;
 
@@ -54,9 +55,8 @@ void ExpectFailed(LinxIpc& ipc, Kind kind, int timeoutMs) {
                : kind == kFiles ? GetFilesFromSqlStatement(ipc, "f", files, timeoutMs)
                : kind == kCount ? GetCountFromSqlStatement(ipc, "c", count, timeoutMs)
                                 : DeleteEvent("r", ipc));
-  EXPECT_TRUE(events.items.empty());
-  EXPECT_TRUE(files.items.empty());
-  EXPECT_EQ(9u, count);
+  EXPECT_EQ(std::make_tuple(0u, 0u, 9u),
+            std::make_tuple(events.items.size(), files.items.size(), count));
 }
 
 TEST(LinxIpc, InitFailsWithoutAnEndpoint) {
@@ -92,18 +92,17 @@ TEST(StreamMgrApi, RequestsShareOneConnectionAndCarryTheirText) {
     return FD::Then::kNext;
   });
   EventRecordListMessage events;
-  EXPECT_TRUE(GetEventsFromSqlStatement(client.ipc, "select * from events", events, 1000));
-  ASSERT_EQ(1u, events.items.size());
-  EXPECT_EQ("select * from events", events.items[0].reid.GetValue());
   StreamfileRecordListMessage files;
-  EXPECT_TRUE(GetFilesFromSqlStatement(client.ipc, "f", files, 1000));
-  ASSERT_EQ(2u, files.items.size());
-  EXPECT_EQ(2u, files.items[1].number.GetValue());
   unsigned int count = 0;
+  EXPECT_TRUE(GetEventsFromSqlStatement(client.ipc, "select * from events", events, 1000));
+  EXPECT_TRUE(GetFilesFromSqlStatement(client.ipc, "f", files, 1000));
   EXPECT_TRUE(GetCountFromSqlStatement(client.ipc, "c", count, 1000));
-  EXPECT_EQ(42u, count);
   EXPECT_TRUE(DeleteEvent("yes", client.ipc));
   EXPECT_FALSE(DeleteEvent("no", client.ipc));
+  ASSERT_EQ(std::make_tuple(1u, 2u), std::make_tuple(events.items.size(), files.items.size()));
+  EXPECT_EQ(
+      std::make_tuple("select * from events"s, 2u, 42u),
+      std::make_tuple(events.items[0].reid.GetValue(), files.items[1].number.GetValue(), count));
   EXPECT_EQ(1, client.daemon.Connections());
   EXPECT_EQ((std::vector<std::string>{TextRequest(kEvents, "select * from events"),
                                       TextRequest(kFiles, "f"), TextRequest(kCount, "c"),
@@ -139,9 +138,10 @@ struct Misbehaviour {
 std::string NameOf(const testing::TestParamInfo<Misbehaviour>& info) { return info.param.name; }
 
 // The frame of two files cut short: half of it, and all but its last byte.
-const std::string kHalf = FrameHeader(kTwoFiles.size()) + kTwoFiles.substr(0, kTwoFiles.size() / 2);
-const std::string kButOne =
-    FrameHeader(kTwoFiles.size()) + kTwoFiles.substr(0, kTwoFiles.size() - 1);
+std::string Cut(size_t length) {
+  return FrameHeader(kTwoFiles.size()) + kTwoFiles.substr(0, length);
+}
+const std::string kHalf = Cut(kTwoFiles.size() / 2), kButOne = Cut(kTwoFiles.size() - 1);
 const std::string kOversized = FrameHeader(size_t{kMaxFrameBytes} + 1) + CountAnswer(3);
 
 const Misbehaviour kMisbehaviours[] = {
