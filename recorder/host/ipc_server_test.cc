@@ -27,15 +27,6 @@ Reply Echo(const std::string& request) {
   return {Reply::Action::kAnswer, CountAnswer(static_cast<uint32_t>(std::atoi(text.c_str())))};
 }
 
-// The count the daemon answers to `text`; -1 when the request fails, which
-// must leave the count as it was.
-int64_t Asked(LinxIpc& ipc, const std::string& text, int timeoutMs = 5000) {
-  unsigned int count = 5;
-  if (StreamMgrApi::GetCountFromSqlStatement(ipc, text, count, timeoutMs)) return count;
-  EXPECT_EQ(5u, count);
-  return -1;
-}
-
 // The frame of a count request carrying `text`.
 std::string Framed(const std::string& text) {
   const std::string request = TextRequest(kCount, text);
