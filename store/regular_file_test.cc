@@ -6,7 +6,7 @@
 #include <cstring>
 #include <fstream>
 
-#include "store/special_files_fixture.h"
+#include "store/store_fixture.h"
 #include "testing/scratch_dir.h"
 
 namespace {

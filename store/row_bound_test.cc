@@ -6,7 +6,7 @@
 #include <limits>
 #include <string>
 
-#include "store/table_fixture.h"
+#include "store/store_fixture.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "store/sql_statement.h"
 
-#include "store/table_fixture.h"
+#include "store/store_fixture.h"
 
 namespace {
 

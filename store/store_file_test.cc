@@ -2,22 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "store/special_files_fixture.h"
+#include "store/store_fixture.h"
 #include "testing/scratch_dir.h"
 
 namespace {
-
-int Exec(sqlite3* database, const char* sql) {
-  return sqlite3_exec(database, sql, nullptr, nullptr, nullptr);
-}
-
-// A store with a table, closed again.
-std::string Store(const std::string& path) {
-  sqlite3* database = nullptr;
-  const int made = sqlite3_open(path.c_str(), &database) | Exec(database, "create table t(a)");
-  sqlite3_close(database);
-  return Made(made, path);
-}
 
 // Opens `path` as the tool does, then reads the table, which reads the file's
 // first page: "reads", "refused" (both the opening and the reading), or the
