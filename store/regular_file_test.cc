@@ -29,12 +29,6 @@ std::string Opened(const std::string& path, bool said) {
   return (notRegular ? "not regular but reads " : "reads ") + std::string(text, length);
 }
 
-struct Opening {
-  const char* name;
-  Maker make;
-  const char* opened;
-};
-
 const Opening kOpenings[] = {
     {"RegularFileOpensForReading", Data, "reads data"},
     {"LinkToARegularFileOpens", LinkTo<Data>, "reads data"},
@@ -47,8 +41,6 @@ const Opening kOpenings[] = {
     {"DeviceIsNotRegular", Device, "not regular"},
     {"SocketIsNotRegular", Socket, "not regular"},
 };
-
-std::string NameOf(const testing::TestParamInfo<Opening>& info) { return info.param.name; }
 
 class RegularFile : public testing::TestWithParam<Opening> {};
 

@@ -20,32 +20,21 @@ std::string Opened(const std::string& path, int create) {
   return "opened " + std::to_string(opened) + ", read " + std::to_string(read);
 }
 
-// A thing where the store should be, and what opening it gives and leaves in
-// its folder.
-struct Opening {
-  const char* name;
-  Maker make;
-  int create;
-  const char* opened;
-};
-
 const Opening kOpenings[] = {
-    {"RegularStoreOpensAndReads", Store, 0, "reads: stream.db file"},
-    {"MissingStoreWithoutCreateCannotBeOpened", Missing, 0, "refused: "},
+    {"RegularStoreOpensAndReads", Store, "reads: stream.db file"},
+    {"MissingStoreWithoutCreateCannotBeOpened", Missing, "refused: "},
     // Opened, a FIFO with no writer would keep the first read waiting for ever.
-    {"FifoIsRefusedAsAFileThatCannotBeOpened", Fifo, SQLITE_OPEN_CREATE, "refused: stream.db fifo"},
-    {"SocketIsRefusedAsAFileThatCannotBeOpened", Socket, 0, "refused: stream.db socket"},
-    {"DeviceIsRefusedAsAFileThatCannotBeOpened", Device, 0, "refused: "},
+    {"FifoIsRefusedAsAFileThatCannotBeOpened", Fifo, "refused: stream.db fifo", SQLITE_OPEN_CREATE},
+    {"SocketIsRefusedAsAFileThatCannotBeOpened", Socket, "refused: stream.db socket"},
+    {"DeviceIsRefusedAsAFileThatCannotBeOpened", Device, "refused: "},
     // A link is followed to what it leads to: a FIFO behind one is refused too.
-    {"LinkToAFifoIsRefused", LinkTo<Fifo>, 0, "refused: stream.db link, stream.db-target fifo"},
+    {"LinkToAFifoIsRefused", LinkTo<Fifo>, "refused: stream.db link, stream.db-target fifo"},
     // SQLite would create the file that a dangling link names, wherever it is.
-    {"DanglingLinkCreatesNothing", LinkTo<Missing>, SQLITE_OPEN_CREATE, "refused: stream.db link"},
-    {"FolderCannotBeOpened", Folder, 0, "refused: stream.db folder"},
-    {"LinkToAStoreOpensIt", LinkTo<Store>, SQLITE_OPEN_CREATE,
-     "reads: stream.db link, stream.db-target file"},
+    {"DanglingLinkCreatesNothing", LinkTo<Missing>, "refused: stream.db link", SQLITE_OPEN_CREATE},
+    {"FolderCannotBeOpened", Folder, "refused: stream.db folder"},
+    {"LinkToAStoreOpensIt", LinkTo<Store>, "reads: stream.db link, stream.db-target file",
+     SQLITE_OPEN_CREATE},
 };
-
-std::string NameOf(const testing::TestParamInfo<Opening>& info) { return info.param.name; }
 
 class StoreFile : public testing::TestWithParam<Opening> {};
 
@@ -53,7 +42,7 @@ TEST_P(StoreFile, Opens) {
   ScratchDir scratch("db-store-file");
   const std::string path = GetParam().make(scratch.Path() + "/stream.db");
   ASSERT_NE("", path);
-  EXPECT_EQ(GetParam().opened, Opened(path, GetParam().create) + ": " + Listing(scratch.Path()));
+  EXPECT_EQ(GetParam().opened, Opened(path, GetParam().flags) + ": " + Listing(scratch.Path()));
 }
 
 INSTANTIATE_TEST_SUITE_P(StoreFileTest, StoreFile, testing::ValuesIn(kOpenings), NameOf);

@@ -36,6 +36,16 @@ std::string LinkTo(const std::string& path) {
   return target.empty() ? "" : Made(symlink(target.c_str(), path.c_str()), path);
 }
 
+// A thing made where a file belongs, and what opening it gives.
+struct Opening {
+  const char* name;
+  Maker make;
+  const char* opened;
+  int flags = 0;  // added to those of opening a store
+};
+
+inline std::string NameOf(const testing::TestParamInfo<Opening>& info) { return info.param.name; }
+
 // The names in `dir` and what each is: "a file, b link".
 inline std::string Listing(const std::string& dir) {
   using Type = std::filesystem::file_type;
