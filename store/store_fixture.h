@@ -9,14 +9,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <filesystem>
 #include <iostream>
-#include <map>
 #include <string>
 #include <vector>
 
 #include "store/sql_statement.h"
 #include "testing/scratch_dir.h"
+#include "testing/store_folder_listing.h"
 #include "testing/stream_capture.h"
 
 using Maker = std::string (*)(const std::string& path);
@@ -45,25 +44,6 @@ struct Opening {
 };
 
 inline std::string NameOf(const testing::TestParamInfo<Opening>& info) { return info.param.name; }
-
-// The names in `dir` and what each is: "a file, b link".
-inline std::string Listing(const std::string& dir) {
-  using Type = std::filesystem::file_type;
-  std::map<std::string, Type> types;
-  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-    types[entry.path().filename()] = entry.symlink_status().type();
-  }
-  std::string listing;
-  for (const auto& [name, t] : types) {
-    listing += (listing.empty() ? "" : ", ") + name +
-               (t == Type::symlink     ? " link"
-                : t == Type::fifo      ? " fifo"
-                : t == Type::socket    ? " socket"
-                : t == Type::directory ? " folder"
-                                       : " file");
-  }
-  return listing;
-}
 
 inline int Exec(sqlite3* database, const std::string& sql) {
   return sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr);

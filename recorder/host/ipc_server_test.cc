@@ -11,6 +11,7 @@
 #include "recorder/host/served_daemon.h"
 #include "recorder/stream_mgr_api.h"
 #include "testing/scratch_dir.h"
+#include "testing/store_folder_listing.h"
 
 namespace HostIpc {
 namespace {
@@ -60,12 +61,7 @@ void ExpectUnansweredAtOnce(LinxIpc& ipc, const std::string& text) {
 
 TEST(IpcEndpoint, AppearsAsASocketWithNothingElseBeside) {
   ServedDaemon daemon(kStreamMgrName, Echo);
-  EXPECT_TRUE(std::filesystem::is_socket(daemon.Path()));
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(daemon.Dir())) {
-    names.push_back(entry.path().filename());
-  }
-  EXPECT_EQ(std::vector<std::string>{"StreamMgr"}, names);
+  EXPECT_EQ("StreamMgr socket", Listing(daemon.Dir()));
 }
 
 TEST(IpcEndpoint, ReplacesAStaleFile) {
