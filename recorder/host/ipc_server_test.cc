@@ -9,7 +9,6 @@
 
 #include "recorder/host/ipc_client_fixture.h"
 #include "recorder/host/served_daemon.h"
-#include "recorder/stream_mgr_api.h"
 #include "testing/scratch_dir.h"
 #include "testing/store_folder_listing.h"
 
