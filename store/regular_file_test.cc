@@ -26,7 +26,8 @@ std::string Opened(const std::string& path, bool said) {
   char text[8];
   const ssize_t length = read(fd, text, sizeof text);
   close(fd);
-  return (notRegular ? "not regular but reads " : "reads ") + std::string(text, length);
+  return (notRegular ? "not regular but reads " : "reads ") +
+         std::string(text, length < 0 ? 0 : length);
 }
 
 const Opening kOpenings[] = {

@@ -52,10 +52,10 @@ inline int Exec(sqlite3* database, const std::string& sql) {
 // A store holding a table t of 1, 2 and 3.
 inline std::string Store(const std::string& path) {
   sqlite3* database = nullptr;
-  const int made = sqlite3_open(path.c_str(), &database) |
-                   Exec(database, "create table t(a); insert into t values (1), (2), (3);");
+  const bool made = sqlite3_open(path.c_str(), &database) == SQLITE_OK &&
+                    Exec(database, "create table t(a); insert into t values (1), (2), (3);") == 0;
   sqlite3_close(database);
-  return Made(made, path);
+  return made ? path : "";
 }
 
 // A Store in a folder of the test's own, open, and what the code under test
