@@ -51,22 +51,17 @@ auto Members(Record record) {
   return std::apply([](const auto&... m) { return std::make_tuple(Value(m)...); }, Fields(record));
 }
 
-EventAnswerItem Answer(const std::string& question, const std::string& answer) {
-  EventAnswerItem item;
-  item.question = question;
-  item.answer = answer;
-  return item;
-}
-
 // An event whose every member differs from its default.
 EventRecordItem FullEvent(const std::string& reid) {
   EventRecordItem e;
-  Fields(e) =
-      std::make_tuple(reid, EVENT_IN_POST, static_cast<SplitEventState>(4294967295u), true, true,
-                      true, CR_CODE_K, CR_CODE_A, 4000000000u, -5, 2147483647, 12u, -2147483647 - 1,
-                      "descr\0iption"s, 13u, "name"s, "badge"s, true, "pw"s, 14u, 15u, true, true,
-                      16u, uint16_t{65535}, "unit"s, "category"s, "vehicle \xc3\xa9"s, true, true,
-                      17u, "group"s, 18u, 19u, std::vector{Answer("Q1", "A1"), Answer("", "A2")});
+  Fields(e) = std::make_tuple(
+      reid, EVENT_IN_POST, static_cast<SplitEventState>(4294967295u), true, true, true, CR_CODE_K,
+      CR_CODE_A, 4000000000u, -5, 2147483647, 12u, -2147483647 - 1, "descr\0iption"s, 13u, "name"s,
+      "badge"s, true, "pw"s, 14u, 15u, true, true, 16u, uint16_t{65535}, "unit"s, "category"s,
+      "vehicle \xc3\xa9"s, true, true, 17u, "group"s, 18u, 19u, std::vector<EventAnswerItem>(2));
+  e.answers.entries[0].question = "Q1"s;
+  e.answers.entries[0].answer = "A1"s;
+  e.answers.entries[1].answer = "A2"s;
   return e;
 }
 
