@@ -24,6 +24,19 @@ struct AimedIpc {
   LinxIpc ipc{"db"};
 };
 
+// A daemon named as StreamMgr, made of `args`, and db's endpoint aimed at it
+// and initialised.
+template <typename Daemon>
+struct Served {
+  template <typename... Args>
+  explicit Served(Args... args) : daemon(kStreamMgrName, std::move(args)...) {
+    EXPECT_EQ(0, ipc.Init());
+  }
+  Daemon daemon;
+  AimedIpc aimed{daemon.Dir()};
+  LinxIpc& ipc = aimed.ipc;
+};
+
 // The count the daemon answers to `text`; -1 when the request fails, which
 // must leave the count as it was.
 inline int64_t Asked(LinxIpc& ipc, const std::string& text, int timeoutMs = 5000) {

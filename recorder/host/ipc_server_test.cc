@@ -35,11 +35,8 @@ std::string Framed(const std::string& text) {
 
 // An Echo daemon that waits `delayMs` before each answer, and db's client
 // aimed at it and initialised.
-struct EchoAndClient {
-  explicit EchoAndClient(int delayMs = 0) : daemon(kStreamMgrName, Echo, delayMs) {
-    daemon.Aim(ipc);
-    EXPECT_EQ(0, ipc.Init());
-  }
+struct EchoAndClient : Served<ServedDaemon> {
+  explicit EchoAndClient(int delayMs = 0) : Served(Echo, delayMs) {}
   // A connection of its own to the daemon, on which `bytes` have been sent.
   int Sent(const std::string& bytes) const {
     const int fd = Connect(daemon.Path());
@@ -47,8 +44,6 @@ struct EchoAndClient {
     FakeDaemon::Raw(fd, bytes);
     return fd;
   }
-  ServedDaemon daemon;
-  LinxIpc ipc{"db"};
 };
 
 // Sends `text`, which the daemon does not answer: the request fails at once.

@@ -27,15 +27,7 @@ std::pair<Kind, std::string> Parsed(const std::string& request) {
   return parsed;
 }
 
-// A fake StreamMgr following `script`, and db's endpoint, initialised, aimed at it.
-struct Client {
-  explicit Client(FD::Script script) : daemon(kStreamMgrName, std::move(script)) {
-    EXPECT_EQ(0, aimed.ipc.Init());
-  }
-  FakeDaemon daemon;
-  AimedIpc aimed{daemon.Dir()};
-  LinxIpc& ipc = aimed.ipc;
-};
+using Client = Served<FakeDaemon>;
 
 StreamfileRecordItem File(uint32_t number) {
   StreamfileRecordItem file;
