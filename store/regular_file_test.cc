@@ -8,6 +8,7 @@
 
 #include "store/store_fixture.h"
 #include "testing/scratch_dir.h"
+#include "testing/sim_named_cases.h"
 
 namespace {
 
@@ -53,6 +54,6 @@ TEST_P(RegularFile, Opens) {
   EXPECT_EQ(GetParam().opened, Opened(path, false));
 }
 
-INSTANTIATE_TEST_SUITE_P(RegularFileTest, RegularFile, testing::ValuesIn(kOpenings), NameOf);
+INSTANTIATE_NAMED_CASES(RegularFileTest, RegularFile, kOpenings);
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "store/store_fixture.h"
 #include "testing/scratch_dir.h"
+#include "testing/sim_named_cases.h"
 
 namespace {
 
@@ -45,7 +46,7 @@ TEST_P(StoreFile, Opens) {
   EXPECT_EQ(GetParam().opened, Opened(path, GetParam().flags) + ": " + Listing(scratch.Path()));
 }
 
-INSTANTIATE_TEST_SUITE_P(StoreFileTest, StoreFile, testing::ValuesIn(kOpenings), NameOf);
+INSTANTIATE_NAMED_CASES(StoreFileTest, StoreFile, kOpenings);
 
 // Refusing one store leaves SQLite's own file system the default for others.
 TEST(StoreFileTest, RefusalLeavesOtherOpensAlone) {

@@ -43,8 +43,6 @@ struct Opening {
   int flags = 0;  // added to those of opening a store
 };
 
-inline std::string NameOf(const testing::TestParamInfo<Opening>& info) { return info.param.name; }
-
 inline int Exec(sqlite3* database, const std::string& sql) {
   return sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr);
 }

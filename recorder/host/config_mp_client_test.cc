@@ -6,6 +6,7 @@
 
 #include "recorder/host/ipc_client_fixture.h"
 #include "testing/scratch_dir.h"
+#include "testing/sim_named_cases.h"
 
 namespace HostIpc {
 namespace {
@@ -89,8 +90,6 @@ const Conversation kConversations[] = {
      "refused; requests 1, connections 1"},
 };
 
-std::string NameOf(const testing::TestParamInfo<Conversation>& info) { return info.param.name; }
-
 class Conversing : public testing::TestWithParam<Conversation> {};
 
 TEST_P(Conversing, ReadsWhatTheServiceSays) {
@@ -103,7 +102,7 @@ TEST_P(Conversing, ReadsWhatTheServiceSays) {
                         std::to_string(daemon.Connections()));
 }
 
-INSTANTIATE_TEST_SUITE_P(ConfigMPClient, Conversing, testing::ValuesIn(kConversations), NameOf);
+INSTANTIATE_NAMED_CASES(ConfigMPClient, Conversing, kConversations);
 
 TEST(ConfigMPClient, ConnectionThatTimedOutIsNotUsedAgain) {
   std::atomic<int> requests{0};

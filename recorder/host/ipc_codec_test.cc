@@ -7,6 +7,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "testing/sim_named_cases.h"
+
 namespace HostIpc {
 namespace {
 
@@ -177,8 +179,6 @@ struct AnswerCase {
   std::vector<std::string> bodies;
 };
 
-std::string NameOf(const testing::TestParamInfo<AnswerCase>& info) { return info.param.name; }
-
 // A good answer of every kind the client decodes.
 std::vector<AnswerCase> GoodAnswers() {
   return {
@@ -247,8 +247,8 @@ TEST_P(BadAnswer, IsRefused) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(AllAnswers, GoodAnswer, testing::ValuesIn(GoodAnswers()), NameOf);
-INSTANTIATE_TEST_SUITE_P(AllAnswers, BadAnswer, testing::ValuesIn(BadAnswers()), NameOf);
+INSTANTIATE_NAMED_CASES(AllAnswers, GoodAnswer, GoodAnswers());
+INSTANTIATE_NAMED_CASES(AllAnswers, BadAnswer, BadAnswers());
 
 }  // namespace
 }  // namespace HostIpc

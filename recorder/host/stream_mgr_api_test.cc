@@ -9,6 +9,7 @@
 
 #include "recorder/host/ipc_client_fixture.h"
 #include "testing/scratch_dir.h"
+#include "testing/sim_named_cases.h"
 
 namespace HostIpc {
 namespace {
@@ -127,8 +128,6 @@ struct Misbehaviour {
   FD::Script script;
 };
 
-std::string NameOf(const testing::TestParamInfo<Misbehaviour>& info) { return info.param.name; }
-
 // The frame of two files cut short: half of it, and all but its last byte.
 std::string Cut(size_t length) {
   return FrameHeader(kTwoFiles.size()) + kTwoFiles.substr(0, length);
@@ -166,7 +165,7 @@ TEST_P(Misbehaving, RequestsFailInTime) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(StreamMgrApi, Misbehaving, testing::ValuesIn(kMisbehaviours), NameOf);
+INSTANTIATE_NAMED_CASES(StreamMgrApi, Misbehaving, kMisbehaviours);
 
 TEST(StreamMgrApi, WritingToADaemonThatHungUpDoesNotRaiseSigpipe) {
   // The daemon closes each connection as soon as it has one; the client's
