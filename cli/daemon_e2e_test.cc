@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "events/event_listing_fixture.h"
+#include "testing/cli_words.h"
 #include "testing/expected_start_up.h"
 #include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
@@ -24,83 +26,68 @@ SandboxOptions DaemonArgs(const std::string& args) {
 }
 
 void FillStore(const RecorderDisk& disk) {
-  EventRow split1{"s1"}, split2{"s2"};
-  split1.groupId = split2.groupId = "g";
-  split1.part = 1;
-  split2.part = 2;
-  split1.totalParts = split2.totalParts = 2;
-  split1.splitState = split2.splitState = 3;
   FileRow first, second;
+  first.next = 2;
   second.number = 2;
   second.previous = 1;
-  first.next = 2;
-  disk.Exec(EventRow{"a"}.Insert() + split1.Insert() + split2.Insert() + first.Insert() +
-            second.Insert() + "insert into status values ('version', '1');");
+  disk.Exec(Event("a") + Event("s1", "groupId = 'g', part = 1, totalparts = 2, splitstate = 3") +
+            Event("s2", "groupId = 'g', part = 2, totalparts = 2, splitstate = 3") +
+            first.Insert() + second.Insert() + "insert into status values ('version', '1');");
 }
 
 TEST(DaemonStartUp, NoArgumentsSaysTheDaemonRuns) {
   RecorderDisk disk;
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {});
-  EXPECT_RUN(r, ExpectedUsage("db", true), "", 0);
+  EXPECT_RUN(RunDb(disk, AccessPath::kDaemon, {}), ExpectedUsage("db", true), "", 0);
 }
 
 TEST(DaemonStartUp, HelpAndUnknownOptionSayTheDaemonRuns) {
   RecorderDisk disk;
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-h", "-x"});
   EXPECT_RUN(
-      r, ExpectedUsage("db", true) + ExpectedUsage("db", true, "Error: unknown option specified"),
+      RunDb(disk, AccessPath::kDaemon, {"-h", "-x"}),
+      ExpectedUsage("db", true) + ExpectedUsage("db", true, "Error: unknown option specified"),
       "db: invalid option -- 'x'\n", 0);
 }
 
 TEST(DaemonStartUp, WithoutIpcTheEmptyCommandLineStillPrintsTheUsage) {
   RecorderDisk disk;
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {}, DaemonArgs("--no-ipc"));
-  EXPECT_RUN(r, ExpectedUsage("db", true), "", 0);
+  EXPECT_RUN(RunDb(disk, AccessPath::kDaemon, {}, DaemonArgs("--no-ipc")),
+             ExpectedUsage("db", true), "", 0);
 }
 
-class DaemonWithoutIpc : public testing::TestWithParam<std::vector<std::string>> {};
+TEST(DaemonStartUp, WithoutIpcAFailedOpenIsReportedFirst) {
+  RecorderDisk disk(RecorderDisk::Store::kNone);
+  EXPECT_RUN(RunDb(disk, AccessPath::kDaemon, {"-t"}, DaemonArgs("--no-ipc")), "",
+             std::string("error opening sqlite3\n") + kIpcError, 1);
+}
+
+class DaemonWithoutIpc : public testing::TestWithParam<const char*> {};
 
 TEST_P(DaemonWithoutIpc, EndsBeforeAnyOptionIsHandled) {
   RecorderDisk disk;
   FillStore(disk);
   const std::string before = disk.Dump();
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, GetParam(), DaemonArgs("--no-ipc"));
-  EXPECT_RUN(r, "", kIpcError, 1);
+  EXPECT_RUN(RunDb(disk, AccessPath::kDaemon, Words(GetParam()), DaemonArgs("--no-ipc")), "",
+             kIpcError, 1);
   EXPECT_EQ(before, disk.Dump());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    CommandLines, DaemonWithoutIpc,
-    testing::Values(std::vector<std::string>{"-h"}, std::vector<std::string>{"-t"},
-                    std::vector<std::string>{"-x"}, std::vector<std::string>{"-e"},
-                    std::vector<std::string>{"-r"}, std::vector<std::string>{"-d", "a"},
-                    std::vector<std::string>{"--deleteall"}, std::vector<std::string>{"-f", "s0f"},
-                    std::vector<std::string>{"-a", "s"}, std::vector<std::string>{"-s"},
-                    std::vector<std::string>{"stray"}, std::vector<std::string>{"-h", "-t", "-e"}));
-
-TEST(DaemonStartUp, WithoutIpcAFailedOpenIsReportedFirst) {
-  RecorderDisk disk(RecorderDisk::Store::kNone);
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, DaemonArgs("--no-ipc"));
-  EXPECT_RUN(r, "", std::string("error opening sqlite3\n") + kIpcError, 1);
-}
+INSTANTIATE_TEST_SUITE_P(CommandLines, DaemonWithoutIpc,
+                         testing::Values("-h", "-t", "-x", "-e", "-r", "-d a", "--deleteall",
+                                         "-f s0f", "-a s", "-s", "stray", "-h -t -e"));
 
 TEST(DaemonStartUp, StartUpReadsNoFileSizesWhileTheDaemonRuns) {
   // Without the daemon a store with no tables fails the size query at
   // start-up; with it, the sizes are the daemon's business.
   RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
-  const RunResult direct = RunDb(disk, AccessPath::kDirect, {"-h"});
-  EXPECT_EQ(kNoFileSizesLine, direct.err);
-  const RunResult daemon = RunDb(disk, AccessPath::kDaemon, {"-h"});
-  EXPECT_RUN(daemon, ExpectedUsage("db", true), "", 0);
+  EXPECT_RUN(RunDb(disk, AccessPath::kDirect, {"-h"}), ExpectedUsage("db", false), kNoFileSizesLine,
+             0);
+  EXPECT_RUN(RunDb(disk, AccessPath::kDaemon, {"-h"}), ExpectedUsage("db", true), "", 0);
 }
 
 // Command lines whose every store access goes through the daemon.
-const std::vector<std::vector<std::string>> kQueries = {
-    {"-e"}, {"-E"},      {"-r", "a"},   {"-R", "g"}, {"-p"},      {"-u"},
-    {"-t"}, {"-f", "*"}, {"-f", "s0f"}, {"-f", "c"}, {"-a", "s"},
-};
-const std::vector<std::vector<std::string>> kDeletions = {
-    {"-d", "a"}, {"-d", "g"}, {"--deleteall"}};
+const std::vector<const char*> kQueries = {"-e", "-E",   "-r a",   "-R g", "-p",  "-u",
+                                           "-t", "-f *", "-f s0f", "-f c", "-a s"};
+const std::vector<const char*> kDeletions = {"-d a", "-d g", "--deleteall"};
 
 struct Misbehaviour {
   const char* name;
@@ -114,10 +101,11 @@ class MisbehavingDaemon : public testing::TestWithParam<Misbehaviour> {};
 // A garbled or dying daemon must look exactly like one that fails every
 // request: empty lists, zero counts, nothing deleted, and no crash.
 TEST_P(MisbehavingDaemon, LooksLikeFailedRequestsAndChangesNothing) {
-  std::vector<std::vector<std::string>> lines = kQueries;
+  std::vector<const char*> lines = kQueries;
   lines.insert(lines.end(), kDeletions.begin(), kDeletions.end());
-  for (const std::vector<std::string>& args : lines) {
-    SCOPED_TRACE(args[0] + (args.size() > 1 ? " " + args[1] : ""));
+  for (const char* line : lines) {
+    SCOPED_TRACE(line);
+    const std::vector<std::string> args = Words(line);
     RecorderDisk disk;
     FillStore(disk);
     const std::string before = disk.Dump();
@@ -136,26 +124,27 @@ INSTANTIATE_TEST_SUITE_P(Kinds, MisbehavingDaemon,
                          });
 
 TEST(SlowDaemon, AnswersTheSameAsAQuickOne) {
-  for (const std::vector<std::string>& args : kQueries) {
-    SCOPED_TRACE(args[0] + (args.size() > 1 ? " " + args[1] : ""));
+  for (const char* line : kQueries) {
+    SCOPED_TRACE(line);
+    const std::vector<std::string> args = Words(line);
     RecorderDisk disk;
     FillStore(disk);
     const RunResult quick = RunDb(disk, AccessPath::kDaemon, args);
     const RunResult slow = RunDb(disk, AccessPath::kDaemon, args, DaemonArgs("--delay-ms 30"));
-    EXPECT_RUN(slow, quick.out, quick.err, quick.status);
+    EXPECT_RUN(slow, quick);
   }
 }
 
 TEST(SlowDaemon, DeletesTheSameAsAQuickOne) {
-  for (const std::vector<std::string>& args : kDeletions) {
-    SCOPED_TRACE(args[0] + (args.size() > 1 ? " " + args[1] : ""));
+  for (const char* line : kDeletions) {
+    SCOPED_TRACE(line);
+    const std::vector<std::string> args = Words(line);
     RecorderDisk quickDisk, slowDisk;
     FillStore(quickDisk);
     FillStore(slowDisk);
     const RunResult quick = RunDb(quickDisk, AccessPath::kDaemon, args);
     const RunResult slow = RunDb(slowDisk, AccessPath::kDaemon, args, DaemonArgs("--delay-ms 30"));
-    EXPECT_EQ(quick.out, slow.out);
-    EXPECT_EQ(quick.err, slow.err);
+    EXPECT_RUN(slow, quick);
     EXPECT_EQ(quickDisk.Dump(), slowDisk.Dump());
   }
 }

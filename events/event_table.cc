@@ -13,6 +13,7 @@
 #include "events/metadata_files.h"
 #include "recorder/config_mp_client.h"
 #include "recorder/log_client.h"
+#include "store/digits.h"
 #include "store/event_state_names.h"
 #include "store/recorder_arithmetic.h"
 #include "store/table_row.h"
@@ -22,49 +23,102 @@ namespace {
 
 const char kSeparator[] = "  ";
 
-// Heading and rule of each column, in order; the size column is chosen by the
-// size mode. The Answer1 rule is wider than its heading.
+enum class Align { kLeft, kRight };
+
+// One column of the table: its heading as printed, the width of its rule and
+// of its cells (a wider cell is written whole and pushes the rest of the row
+// right), and the side its cells keep to. Only Answer1 is wider than its
+// heading.
 struct Column {
   const char* heading;
-  int rule;
+  int width;
+  Align align;
 };
 
-const Column kColumnsBeforeSize[] = {
-    {"           REID             ", 28},
-    {"  State   ", 10},
-    {"SplitState", 10},
-    {" Sec ", 5},
-    {"    Start Time   ", 17},
-    {"StopTime", 8},
-    {"ExportTime", 10},
-    {"Start Tick", 10},
-    {" Stop Tick", 10},
-    {"c/r", 3},
-    {"BG", 2},
-    {"Files", 5},
-    {"         groupId            ", 28},
-    {"Prt", 3},
-    {"Tot", 3},
-    {"Stg", 3},
+enum ColumnIndex {
+  kReid,
+  kState,
+  kSplitState,
+  kSeconds,
+  kStartTime,
+  kStopTime,
+  kExportTime,
+  kStartTick,
+  kStopTick,
+  kCodes,
+  kBackground,
+  kFiles,
+  kGroupId,
+  kPart,
+  kTotalParts,
+  kStaged,
+  kSize,
+  kHours,
+  kAnswer,
+  kColumnCount
 };
 
-const Column kColumnsAfterSize[] = {
-    {"Hours Till Re-Export", 20},
-    {"Answer1", 20},
+// The columns in the order of ColumnIndex, with the size column of the
+// gibibyte mode.
+const Column kColumns[] = {
+    {"           REID             ", 28, Align::kLeft},
+    {"  State   ", 10, Align::kRight},
+    {"SplitState", 10, Align::kRight},
+    {" Sec ", 5, Align::kRight},
+    {"    Start Time   ", 17, Align::kRight},
+    {"StopTime", 8, Align::kRight},
+    {"ExportTime", 10, Align::kRight},
+    {"Start Tick", 10, Align::kRight},
+    {" Stop Tick", 10, Align::kRight},
+    {"c/r", 3, Align::kRight},
+    {"BG", 2, Align::kRight},
+    {"Files", 5, Align::kRight},
+    {"         groupId            ", 28, Align::kLeft},
+    {"Prt", 3, Align::kRight},
+    {"Tot", 3, Align::kRight},
+    {"Stg", 3, Align::kRight},
+    {" GiB ", 5, Align::kRight},
+    {"Hours Till Re-Export", 20, Align::kRight},
+    {"Answer1", 20, Align::kRight},
 };
+static_assert(sizeof kColumns / sizeof kColumns[0] == kColumnCount, "one entry per column");
+
+const Column kBytesColumn = {"   Bytes   ", 11, Align::kRight};
+
+// Column `index` in the size mode `flag`: only the size column changes.
+const Column& ColumnOf(int index, unsigned flag) {
+  return index == kSize && flag != 0 ? kBytesColumn : kColumns[index];
+}
+
+// Appends the cells of columns [first, last) to `row`, each padded to its
+// column's width on the side the column keeps to, and followed by the
+// separator.
+void AddCells(TableRow& row, unsigned flag, const std::string_view* cells, int first, int last) {
+  for (int index = first; index < last; ++index) {
+    const Column& column = ColumnOf(index, flag);
+    if (column.align == Align::kLeft) {
+      row.Left(cells[index], column.width);
+    } else {
+      row.Right(cells[index], column.width);
+    }
+    row.Add(kSeparator);
+  }
+}
+
+// The decimal text of `value` as the stream writes it, put in `room`.
+std::string_view DecimalText(uint64_t value, char (&room)[kMaxDecimalBytes]) {
+  const char* const begin = DecimalEndingAt(room + sizeof room, value);
+  return std::string_view(begin, static_cast<size_t>(room + sizeof room - begin));
+}
 
 // How the size column shows an event's bytes.
 struct SizeMode {
-  Column column;
   double divisor;
   int decimals;
 };
 
 SizeMode SizeModeOf(unsigned flag) {
-  if (flag != 0) {
-    return {{"   Bytes   ", 11}, 1.0, 0};
-  }
-  return {{" GiB ", 5}, kBytesPerGiB, 3};
+  return flag != 0 ? SizeMode{1.0, 0} : SizeMode{kBytesPerGiB, 3};
 }
 
 // Start, stop and export times of a row, formatted with the process's own
@@ -122,18 +176,13 @@ std::string HoursText(double hours) {
 }  // namespace
 
 void PrintEventHeader(unsigned flag) {
-  const Column& size = SizeModeOf(flag).column;
   std::cout << std::endl;
-  for (const Column& column : kColumnsBeforeSize) std::cout << column.heading << kSeparator;
-  std::cout << size.heading << kSeparator;
-  for (const Column& column : kColumnsAfterSize) std::cout << column.heading << kSeparator;
-  std::cout << std::endl;
-  for (const Column& column : kColumnsBeforeSize) {
-    std::cout << std::string(column.rule, '=') << kSeparator;
+  for (int index = 0; index < kColumnCount; ++index) {
+    std::cout << ColumnOf(index, flag).heading << kSeparator;
   }
-  std::cout << std::string(size.rule, '=') << kSeparator;
-  for (const Column& column : kColumnsAfterSize) {
-    std::cout << std::string(column.rule, '=') << kSeparator;
+  std::cout << std::endl;
+  for (int index = 0; index < kColumnCount; ++index) {
+    std::cout << std::string(ColumnOf(index, flag).width, '=') << kSeparator;
   }
   std::cout << std::endl;
 }
@@ -143,10 +192,7 @@ void DisplayEvent(const StreamMgrApi::EventRecordItem& event, unsigned flag) {
   const RowTimes times(event);
   const std::string& reid = event.reid.GetValue();
   const std::string path = kMetadataDirectory + reid;
-  int32_t seconds = WrappedDifference(event.stopTime.GetValue(), event.startTime.GetValue());
-  if (seconds < 0) {
-    seconds = -1;
-  }
+  const int32_t seconds = WrappedDifference(event.stopTime.GetValue(), event.startTime.GetValue());
   // The settings are asked afresh for every row, so a listing always shows the
   // service's current answer; -1 stands for "cannot be had".
   double hoursLeft = -1;
@@ -164,23 +210,32 @@ void DisplayEvent(const StreamMgrApi::EventRecordItem& event, unsigned flag) {
   const std::string hours = HoursText(hoursLeft);
 
   const char codes[] = {CodeLetter(event.crCode1), ' ', CodeLetter(event.crCode2)};
+  const std::vector<StreamMgrApi::EventAnswerItem>& answers = event.answers.entries;
+  std::string_view cells[kColumnCount];
+  char digits[kColumnCount][kMaxDecimalBytes];  // of the columns that show numbers
+  cells[kReid] = reid;
+  cells[kState] = EventStateToStr(event.state);
+  cells[kSplitState] = EventSplitStateToStr(event.splitState);
+  // A stop before the start shows as -1 seconds.
+  cells[kSeconds] = seconds < 0 ? std::string_view("-1")
+                                : DecimalText(static_cast<uint32_t>(seconds), digits[kSeconds]);
+  cells[kStartTime] = times.start;
+  cells[kStopTime] = times.stop;
+  cells[kExportTime] = times.export_;
+  cells[kStartTick] = DecimalText(event.startTick.GetValue(), digits[kStartTick]);
+  cells[kStopTick] = DecimalText(event.stopTick.GetValue(), digits[kStopTick]);
+  cells[kCodes] = std::string_view(codes, sizeof codes);
+  cells[kBackground] = event.background.GetValue() ? "Y" : "N";
+  cells[kFiles] = DecimalText(event.totalFiles.GetValue(), digits[kFiles]);
+  cells[kGroupId] = event.groupId.GetValue();
+  cells[kPart] = DecimalText(event.part.GetValue(), digits[kPart]);
+  cells[kTotalParts] = DecimalText(event.totalParts.GetValue(), digits[kTotalParts]);
+  cells[kStaged] = IsStaged(path) ? "Y" : "N";
+  cells[kHours] = hours;
+  if (!answers.empty()) cells[kAnswer] = answers.front().answer.GetValue();
+
   TableRow row;
-  row.Left(reid, 28).Add(kSeparator);
-  row.Right(EventStateToStr(event.state), 10).Add(kSeparator);
-  row.Right(EventSplitStateToStr(event.splitState), 10).Add(kSeparator);
-  row.Signed(seconds, 5).Add(kSeparator);
-  row.Right(times.start, 17).Add(kSeparator);
-  row.Right(times.stop, 8).Add(kSeparator);
-  row.Right(times.export_, 10).Add(kSeparator);
-  row.Unsigned(event.startTick.GetValue(), 10).Add(kSeparator);
-  row.Unsigned(event.stopTick.GetValue(), 10).Add(kSeparator);
-  row.Add(std::string_view(codes, sizeof codes)).Add(kSeparator);
-  row.Right(event.background.GetValue() ? " Y" : " N", 2).Add(kSeparator);
-  row.Unsigned(event.totalFiles.GetValue(), 5).Add(kSeparator);
-  row.Left(event.groupId.GetValue(), 28).Add(kSeparator);
-  row.Unsigned(event.part.GetValue(), 3).Add(kSeparator);
-  row.Unsigned(event.totalParts.GetValue(), 3).Add(kSeparator);
-  row.Right(IsStaged(path) ? "  Y" : "  N", 3).Add(kSeparator);
+  AddCells(row, flag, cells, 0, kSize);
   double bytes = 0.0;
   if (IsStaged(path)) {
     // EventSize may complain on standard error, which is tied to standard
@@ -190,12 +245,11 @@ void DisplayEvent(const StreamMgrApi::EventRecordItem& event, unsigned flag) {
     row.Clear();
     bytes = static_cast<double>(static_cast<uint64_t>(EventSize(reid)));
   }
-  row.Fixed(bytes / size.divisor, size.decimals, size.column.rule).Add(kSeparator);
-  row.Right(hours, 20).Add(kSeparator);
-  const std::vector<StreamMgrApi::EventAnswerItem>& answers = event.answers.entries;
-  if (!answers.empty()) {
-    row.Right(answers.front().answer.GetValue(), 20).Add(kSeparator);
-  }
+  TableRow sizeText;
+  sizeText.Fixed(bytes / size.divisor, size.decimals, 0);
+  cells[kSize] = sizeText.Line();
+  // Without answers the row ends after the hours.
+  AddCells(row, flag, cells, kSize, answers.empty() ? kAnswer : kColumnCount);
   row.Add("\n");
   // The stream is left right-aligned and in the size column's notation, as
   // field by field insertion would leave it. The line end goes in with the

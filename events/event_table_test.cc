@@ -12,12 +12,6 @@
 
 namespace {
 
-// Collects what the code under test writes to standard output.
-class OutputCapture : public StreamCapture {
- public:
-  OutputCapture() : StreamCapture(std::cout) {}
-};
-
 // An unstaged event: there is no recorder disk in this process, so no
 // metadata, and no configuration service ("NA").
 StreamMgrApi::EventRecordItem Event(const std::string& reid) {
@@ -33,7 +27,7 @@ StreamMgrApi::EventRecordItem Event(const std::string& reid) {
 }
 
 TEST(EventTableInProcess, HeadingsOfBothSizeModes) {
-  OutputCapture capture;
+  const StreamCapture capture(std::cout);
   PrintEventHeader(0);
   PrintEventHeader(1);
   PrintEventHeader(42);
@@ -42,7 +36,7 @@ TEST(EventTableInProcess, HeadingsOfBothSizeModes) {
 
 TEST(EventTableInProcess, RowOfDefaultValuesInBothModes) {
   ::setenv("TZ", "UTC", 1);
-  OutputCapture capture;
+  const StreamCapture capture(std::cout);
   DisplayEvent(Event("a"), 0);
   DisplayEvent(Event("b"), 7);
   EXPECT_EQ(DefaultRow("a") + DefaultRow("b", true), capture.Text());
@@ -56,19 +50,37 @@ TEST(EventTableInProcess, FirstAnswerOnlyEvenWhenItIsEmpty) {
   StreamMgrApi::EventAnswerItem second;
   second.answer.SetValue("A2");
   event.answers.entries = {first, second};
-  OutputCapture capture;
+  const StreamCapture capture(std::cout);
   DisplayEvent(event, 0);
   const std::string row = DefaultRow("q");
   EXPECT_EQ(row.substr(0, row.size() - 1) + std::string(20, ' ') + "  \n", capture.Text());
 }
 
 TEST(EventTableInProcess, SizeNotationStaysSetAfterARow) {
-  OutputCapture capture;
+  const StreamCapture capture(std::cout);
   DisplayEvent(Event("a"), 0);
   EXPECT_TRUE(std::cout.flags() & std::ios::fixed);
   EXPECT_EQ(3, std::cout.precision());
   DisplayEvent(Event("a"), 1);
   EXPECT_EQ(0, std::cout.precision());
+}
+
+TEST(EventTableInProcess, HeadingsAndCellsStandOverTheirRules) {
+  ::setenv("TZ", "UTC", 1);
+  for (unsigned flag : {0u, 1u}) {
+    const StreamCapture capture(std::cout);
+    PrintEventHeader(flag);
+    DisplayEvent(Event(std::string(28, 'r')), flag);
+    std::istringstream lines(capture.Text());
+    std::string blank, heading, rule, row;
+    std::getline(std::getline(std::getline(std::getline(lines, blank), heading), rule), row);
+    // The row of an event without answers ends before the Answer1 column.
+    ASSERT_EQ(rule.size() - 22, row.size()) << flag;
+    for (size_t at = rule.find("  "); at < row.size(); at = rule.find("  ", at + 2)) {
+      EXPECT_EQ("  ", heading.substr(at, 2)) << flag << " at " << at;
+      EXPECT_EQ("  ", row.substr(at, 2)) << flag << " at " << at;
+    }
+  }
 }
 
 }  // namespace

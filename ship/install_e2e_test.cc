@@ -75,13 +75,9 @@ TEST_F(Install, ToolComponentHoldsNoStandIns) {
 
 TEST_F(Install, ManShowsTheInstalledPage) {
   InstallInto("db");
-  const RunResult result =
-      RunShell("MANWIDTH=80 man -M " + ShellQuote(Prefix() + "/share/man") + " -P cat db");
-  ASSERT_EQ(0, result.status) << result.err;
-  EXPECT_EQ(0u, result.out.find("DB(1)")) << result.out.substr(0, 200);
-  EXPECT_NE(std::string::npos,
-            result.out.find("db - list, check and clean up the recorder's stream store"));
-  EXPECT_NE(std::string::npos, result.out.find("HIDDEN OPTIONS"));
+  const std::string page =
+      ExpectManShowsDb("-M " + ShellQuote(Prefix() + "/share/man") + " -P cat db");
+  EXPECT_NE(std::string::npos, page.find("HIDDEN OPTIONS"));
 }
 
 TEST_F(Install, InstalledCompletionCompletesDb) {
@@ -90,9 +86,8 @@ TEST_F(Install, InstalledCompletionCompletesDb) {
       "source " + ShellQuote(Prefix() + "/share/bash-completion/completions/db") +
       " && complete -p db && COMP_WORDS=(db -f s) COMP_CWORD=2 && _db && echo "
       "\"${COMPREPLY[*]}\"";
-  const RunResult result = RunShell("bash --norc -c " + ShellQuote(script));
-  EXPECT_EQ("complete -F _db db\ns0 s1 s2 s3\n", result.out);
-  EXPECT_EQ("", result.err);
+  EXPECT_RUN(RunShell("bash --norc -c " + ShellQuote(script)), "complete -F _db db\ns0 s1 s2 s3\n",
+             "", 0);
 }
 
 TEST_F(Install, InstalledDbRunsOnARecorderDisk) {
@@ -108,7 +103,7 @@ TEST_F(Install, StandInsAndSandboxInstallAsTheirOwnComponent) {
 TEST_F(Install, InstalledSandboxRunsTheInstalledDbWithTheInstalledStandIns) {
   InstallInto();
   InstallInto("simulators");
-  RecorderDisk recorder;
+  const RecorderDisk recorder;
   FillRecorderDisk(recorder);
   const std::string before = recorder.Dump();
   // A bare environment: nothing of the build tree is on PATH.
@@ -116,18 +111,12 @@ TEST_F(Install, InstalledSandboxRunsTheInstalledDbWithTheInstalledStandIns) {
                               ShellQuote(Prefix() + "/bin/recorder-sandbox");
   const std::string disk = ShellQuote(recorder.Path());
 
-  RunResult r = RunShell(sandbox + " " + disk + " -- sh -c 'command -v db; command -v sql'");
-  EXPECT_EQ(Prefix() + "/bin/db\n" + Prefix() + "/libexec/db/sql\n", r.out);
-  EXPECT_EQ(0, r.status) << r.err;
-
-  r = RunShell(sandbox + " --streammgr " + disk + " -- db -h");
-  EXPECT_RUN(r, ExpectedUsage("db", true), "", 0);
-
-  r = RunShell(sandbox + " --streammgr " + disk + " -- db -t");
-  EXPECT_RUN(r, kFilledDiskTables, "", 0);
-
-  r = RunShell(sandbox + " " + disk + " -- db -s");
+  EXPECT_RUN(RunShell(sandbox + " " + disk + " -- sh -c 'command -v db; command -v sql'"),
+             Prefix() + "/bin/db\n" + Prefix() + "/libexec/db/sql\n", "", 0);
+  EXPECT_RUN(RunShell(sandbox + " --streammgr " + disk + " -- db -h"), ExpectedUsage("db", true),
+             "", 0);
+  EXPECT_RUN(RunShell(sandbox + " --streammgr " + disk + " -- db -t"), kFilledDiskTables, "", 0);
   // The status table is empty: sql prints no header for no rows.
-  EXPECT_RUN(r, "", "", 0);
+  EXPECT_RUN(RunShell(sandbox + " " + disk + " -- db -s"), "", "", 0);
   EXPECT_EQ(before, recorder.Dump());
 }

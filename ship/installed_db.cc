@@ -5,6 +5,7 @@
 #include "testing/expected_start_up.h"
 #include "testing/expected_usage.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/shell.h"
 
 const std::string kFilledDiskTables = std::string(kTablesHeading) +
                                       "events             2\n"
@@ -21,14 +22,16 @@ void ExpectDbRunsOnARecorderDisk(const std::string& db) {
   FillRecorderDisk(disk);
   const std::string before = disk.Dump();
 
-  RunResult r = RunInSandbox(disk, {db, "-h"});
-  EXPECT_EQ(ExpectedUsage(db, false), r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
-
-  r = RunInSandbox(disk, {db, "-t"});
-  EXPECT_EQ(kFilledDiskTables, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(0, r.status);
+  EXPECT_RUN(RunInSandbox(disk, {db, "-h"}), ExpectedUsage(db, false), "", 0);
+  EXPECT_RUN(RunInSandbox(disk, {db, "-t"}), kFilledDiskTables, "", 0);
   EXPECT_EQ(before, disk.Dump());
+}
+
+std::string ExpectManShowsDb(const std::string& args) {
+  const RunResult result = RunShell("MANWIDTH=80 man " + args);
+  EXPECT_EQ(0, result.status) << result.err;
+  EXPECT_EQ(0u, result.out.find("DB(1)")) << result.out.substr(0, 200);
+  EXPECT_NE(std::string::npos,
+            result.out.find("db - list, check and clean up the recorder's stream store"));
+  return result.out;
 }

@@ -14,6 +14,12 @@ void FillRecorderDisk(const RecorderDisk& disk);
 // counts for -t, byte for byte.
 void ExpectDbRunsOnARecorderDisk(const std::string& db);
 
+// Runs `man` with the arguments `args` (which show db's page) on an 80
+// column terminal, expects the page's header and its NAME line, and returns
+// the page for further checks. man lays the page out for the host, so only
+// those lines are compared.
+std::string ExpectManShowsDb(const std::string& args);
+
 // The table counts that db -t prints for that disk.
 extern const std::string kFilledDiskTables;
 
