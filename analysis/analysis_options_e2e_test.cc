@@ -78,7 +78,7 @@ TEST_P(AnalysisOptionsE2e, Run) {
   EXPECT_RUN(RunWithFakes(disk, Path(), Param().args), Param().out, "", 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(BothPaths, AnalysisOptionsE2e, BothPathsOf(kRuns),
+INSTANTIATE_TEST_SUITE_P(BothPaths, AnalysisOptionsE2e, OnBothPaths(kRuns),
                          CaseOnPathName<OptionRun>);
 
 class AnalysisOptionsOnPath : public BothPaths {

@@ -38,7 +38,7 @@ TEST_P(SplitGroups, AsStored) {
              Param().report + "\n", "", 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(BothPaths, SplitGroups, BothPathsOf(split_report::GroupCases()),
+INSTANTIATE_TEST_SUITE_P(BothPaths, SplitGroups, OnBothPaths(split_report::kGroupCases),
                          CaseOnPathName<GroupCase>);
 
 class SplitEvents : public BothPaths {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "analysis/expected_split_report.h"
+#include "testing/faults_case_tables.h"
 
 namespace {
 
@@ -49,10 +50,8 @@ TEST_P(SplitGroupReport, OfTheStoredParts) {
   EXPECT_EQ(GetParam().report + "\n", Report(events, GetParam().sizeLimit));
 }
 
-INSTANTIATE_TEST_SUITE_P(Groups, SplitGroupReport, ::testing::ValuesIn(split_report::GroupCases()),
-                         [](const ::testing::TestParamInfo<GroupCase>& info) {
-                           return std::string(info.param.name);
-                         });
+INSTANTIATE_TEST_SUITE_P(Groups, SplitGroupReport, ::testing::ValuesIn(split_report::kGroupCases),
+                         CaseName<GroupCase>);
 
 TEST(SplitGroupReportSizes, SizeLimitFieldIsAMinimumOfTwoAndRightAligned) {
   const std::pair<uint32_t, const char*> limits[] = {

@@ -201,7 +201,7 @@ TEST_P(FilesListings, Run) {
   EXPECT_RUN(RunUnchanged(disk, Path(), Param().args), Param().out, "", 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(BothPaths, FilesListings, BothPathsOf(kListings),
+INSTANTIATE_TEST_SUITE_P(BothPaths, FilesListings, OnBothPaths(kListings),
                          CaseOnPathName<ListingCase>);
 
 TEST_P(FilesTable, RecordSurvivesOtherOptionsBetween) {
