@@ -16,11 +16,9 @@
 namespace {
 
 using namespace analysis_e2e;
-
-const std::string kDisk = OneFilePasses("one.ts");
-
 using split_report::ReportOfG;
 
+const std::string kDisk = OneFilePasses("one.ts");
 const std::string kSplit = ReportOfG();
 const std::string kLimit5 = ReportOfG("  Verify part sizes <  5 GB...PASS\n");
 const std::string kLimit7 = ReportOfG("  Verify part sizes <  7 GB...PASS\n");
