@@ -102,10 +102,10 @@ TEST_P(SandboxConfinement, TheDiskRunAndPrivateTmpAreWritable) {
                  " /tmp/" + name),
              "disk\nrun\ntmp\n", "", 0);
   EXPECT_EQ("disk\n", disk_.ReadFile(name));
-  EXPECT_FALSE(Exists("/tmp/" + name));
-  EXPECT_FALSE(Exists("/run/linx/" + name));
-  unlink(("/tmp/" + name).c_str());
-  unlink(("/run/linx/" + name).c_str());
+  for (const std::string& host : {"/tmp/" + name, "/run/linx/" + name}) {
+    EXPECT_FALSE(Exists(host)) << host;
+    unlink(host.c_str());
+  }
 }
 
 // What lies in the host's /tmp is not there inside, and a write to the

@@ -258,12 +258,10 @@ TEST_P(EventDeletion, LeavesTheRowsItShould) {
     chmod(disk_.StorePath().c_str(), 0444);
     options.unprivileged = true;
   }
-  RunResult r;
-  {
-    std::unique_ptr<StoreLock> lock;
-    if (c.hold == Hold::kLock) lock.reset(new StoreLock(disk_.StorePath()));
-    r = RunDb(disk_, path, c.args, options);
-  }
+  std::unique_ptr<StoreLock> lock(c.hold == Hold::kLock ? new StoreLock(disk_.StorePath())
+                                                        : nullptr);
+  const RunResult r = RunDb(disk_, path, c.args, options);
+  lock.reset();
   EXPECT_RUN(r, c.out.On(path), c.err.On(path), 0);
   const std::string& gone = c.gone.On(path);
   EXPECT_EQ(gone.empty() ? before : Without(gone), disk_.Dump());

@@ -105,11 +105,7 @@ class EventDeletionDirectTest : public ::testing::TestWithParam<Case> {
 TEST_P(EventDeletionDirectTest, SaysWhatItDeleted) {
   const Case& c = GetParam();
   if (!c.sql.empty()) Exec(c.sql);
-  if (c.id != nullptr) {
-    DeleteEventsById(c.id);
-  } else {
-    DeleteAllEvents();
-  }
+  c.id != nullptr ? DeleteEventsById(c.id) : DeleteAllEvents();
   EXPECT_EQ(c.out, out_.Text());
   EXPECT_EQ(c.err, err_.Text());
   if (c.left != nullptr) {
