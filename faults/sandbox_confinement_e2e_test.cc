@@ -73,28 +73,24 @@ TEST_P(SandboxConfinement, TheWriterChangesTheCanaryOutsideTheSandbox) {
 // Host folders outside the disk refuse every write, named directly or
 // reached through a link on the disk, and stay as they were.
 TEST_P(SandboxConfinement, WritesToTheHostFailWithTheWritersMessage) {
-  const std::string etc = "/etc/sandbox-canary-" + std::to_string(getpid());
-  const std::string varTmp = "/var/tmp/sandbox-canary-" + std::to_string(getpid());
+  const std::string pid = std::to_string(getpid());
+  const std::string strays[] = {"/etc/sandbox-canary-" + pid, "/var/tmp/sandbox-canary-" + pid,
+                                "/usr/sandbox-canary"};
   ASSERT_EQ(0, symlink(visible_.File().c_str(), (disk_.Path() + "/to-file").c_str()));
   ASSERT_EQ(0, symlink(visible_.Folder().c_str(), (disk_.Path() + "/to-folder").c_str()));
   const std::string before = DiskManifest(disk_.Path());
-  const std::string targets[] = {
-      visible_.File(),   visible_.Folder() + "/new", etc, varTmp, "/usr/sandbox-canary",
-      "/mnt/hd/to-file", "/mnt/hd/to-folder/new"};
-  for (const std::string& target : targets) {
+  for (const std::string& target :
+       {visible_.File(), visible_.Folder() + "/new", strays[0], strays[1], strays[2],
+        std::string("/mnt/hd/to-file"), std::string("/mnt/hd/to-folder/new")}) {
     SCOPED_TRACE(target);
     EXPECT_RUN(Run("cp /mnt/hd/payload '" + target + "'"), "",
                "cp: cannot create regular file '" + target + "': Read-only file system\n", 1);
     EXPECT_EQ(kUntouched, visible_.State());
-    EXPECT_FALSE(Exists(etc));
-    EXPECT_FALSE(Exists(varTmp));
-    EXPECT_FALSE(Exists("/usr/sandbox-canary"));
+    for (const std::string& stray : strays) EXPECT_FALSE(Exists(stray)) << stray;
     EXPECT_EQ(before, DiskManifest(disk_.Path()));
   }
   // Should a write have got through, the next run starts clean.
-  for (const std::string& path : {etc, varTmp, std::string("/usr/sandbox-canary")}) {
-    unlink(path.c_str());
-  }
+  for (const std::string& stray : strays) unlink(stray.c_str());
 }
 
 // The disk, the endpoint folder and the private /tmp take writes; only the
@@ -106,10 +102,10 @@ TEST_P(SandboxConfinement, TheDiskRunAndPrivateTmpAreWritable) {
                  " /tmp/" + name),
              "disk\nrun\ntmp\n", "", 0);
   EXPECT_EQ("disk\n", disk_.ReadFile(name));
-  EXPECT_FALSE(Exists("/tmp/" + name));
-  EXPECT_FALSE(Exists("/run/linx/" + name));
-  unlink(("/tmp/" + name).c_str());
-  unlink(("/run/linx/" + name).c_str());
+  for (const std::string& host : {"/tmp/" + name, "/run/linx/" + name}) {
+    EXPECT_FALSE(Exists(host)) << host;
+    unlink(host.c_str());
+  }
 }
 
 // What lies in the host's /tmp is not there inside, and a write to the

@@ -54,4 +54,15 @@ inline std::string CountById(const std::string& id) {
   return "select count(*) from events where reid='" + id + "' or groupId='" + id + "'";
 }
 
+// The count of --deleteall.
+const char kCountAll[] = "select count(*) from events";
+
+// Directly, a count whose step failed: it yields no row, and finalising it
+// reports it as leaked.
+inline std::string CountFailed(const std::string& sql) {
+  return ": error getting count of events to delete using '" + sql +
+         "'\n"
+         "could not free statement, leaking memory\n";
+}
+
 #endif  // MAINTENANCE_EXPECTED_DELETION_H_

@@ -27,6 +27,17 @@ const std::string kZeroCounts = std::string(kTablesHeading) +
                                 "status             0\n"
                                 "\n";
 
+// -t when the list of tables cannot be read: no row, and this on standard
+// error, with no line end of its own.
+const char kNoTableList[] =
+    "unable to prepare: select tbl_name from sqlite_master where type='table'";
+
+// The daemon's requests for the counts of the schema's tables.
+const char kCountRequests[] =
+    "count\tselect count(*) from events\n"
+    "count\tselect count(*) from streamfiles\n"
+    "count\tselect count(*) from status\n";
+
 // A status table with more rows than the count's field is wide.
 const char kWideStatus[] =
     "with recursive n(i) as (select 1 union all select i + 1 from n where i < 12345) "

@@ -16,11 +16,6 @@ namespace {
 
 using Store = RecorderDisk::Store;
 
-const std::string kCountRequests =
-    "count\tselect count(*) from events\n"
-    "count\tselect count(*) from streamfiles\n"
-    "count\tselect count(*) from status\n";
-
 // The daemon's requests, or "" when it logged none.
 std::string Log(const RecorderDisk& disk) {
   return disk.Exists("requests.log") ? disk.ReadFile("requests.log") : "";
@@ -31,7 +26,7 @@ const TableReport kOnBothPaths[] = {
     Report("SameTableOnEitherPath", Store::kSchema, FilledStore(), {"-t"}, {kFilledCounts, "", 0},
            kCountRequests),
     Report("TwiceOnOneCommandLine", Store::kSchema, FilledStore(), {"-t", "-t"},
-           {kFilledCounts + kFilledCounts, "", 0}, kCountRequests + kCountRequests),
+           {kFilledCounts + kFilledCounts, "", 0}, std::string(kCountRequests) + kCountRequests),
 };
 
 const TableReport kWithTheDaemon[] = {
@@ -70,12 +65,10 @@ const TableReport kWithTheDaemon[] = {
                                           "two words          0\n"
                                           "\n",
             "", 0},
-           kCountRequests + "count\tselect count(*) from two words\n"),
+           std::string(kCountRequests) + "count\tselect count(*) from two words\n"),
     Report("MissingStoreHasNoRowsThoughTheDaemonRuns", Store::kNone, "", {"-t"},
            {std::string(kTablesHeading) + "\n",
-            "error opening sqlite3\n"
-            "unable to prepare: select tbl_name from sqlite_master where type='table'",
-            SQLITE_CANTOPEN}),
+            std::string("error opening sqlite3\n") + kNoTableList, SQLITE_CANTOPEN}),
     Report("GarbledAnswersShowZero", Store::kSchema, FilledStore(), {"-t"}, {kZeroCounts, "", 0},
            kCountRequests, "--garbage"),
     // The second request killed it; the third found no daemon to ask.
@@ -119,7 +112,7 @@ TEST(TableCountsDaemon, StoreThatIsNotADatabaseHasNoRows) {
   SandboxOptions options;
   options.streamMgrArgs = "--log /mnt/hd/requests.log";
   EXPECT_RUN(RunDb(disk, AccessPath::kDaemon, {"-t"}, options), std::string(kTablesHeading) + "\n",
-             "unable to prepare: select tbl_name from sqlite_master where type='table'", 0);
+             kNoTableList, 0);
   EXPECT_EQ("", Log(disk));
   EXPECT_EQ(before, StoreState(disk));
 }
