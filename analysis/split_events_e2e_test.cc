@@ -6,8 +6,8 @@
 
 #include "analysis/analysis_e2e_fixture.h"
 #include "analysis/expected_split_report.h"
+#include "testing/case_tables.h"
 #include "testing/expected_start_up.h"
-#include "testing/files_analysis_cases.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 

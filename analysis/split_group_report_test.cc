@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "analysis/expected_split_report.h"
-#include "testing/faults_case_tables.h"
+#include "testing/case_tables.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 
 #include "files/files_e2e_fixture.h"
 #include "maintenance/expected_deletion.h"
-#include "testing/faults_case_tables.h"
+#include "testing/case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 #include "testing/shell.h"

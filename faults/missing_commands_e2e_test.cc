@@ -9,7 +9,7 @@
 
 #include "faults/fault_helpers.h"
 #include "sim/file_pes/ts_builder.h"
-#include "testing/faults_case_tables.h"
+#include "testing/case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 

@@ -12,9 +12,9 @@
 #include <vector>
 
 #include "maintenance/expected_deletion.h"
+#include "testing/case_tables.h"
 #include "testing/disk_manifest.h"
 #include "testing/expected_start_up.h"
-#include "testing/faults_case_tables.h"
 #include "testing/power_cut.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "files/files_e2e_fixture.h"
+#include "testing/case_tables.h"
 #include "testing/expected_start_up.h"
 #include "testing/expected_usage.h"
-#include "testing/files_analysis_cases.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 

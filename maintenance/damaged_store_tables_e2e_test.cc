@@ -6,8 +6,8 @@
 #include <iterator>
 #include <string>
 
+#include "testing/case_tables.h"
 #include "testing/expected_start_up.h"
-#include "testing/faults_case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 

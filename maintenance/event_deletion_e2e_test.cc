@@ -13,8 +13,8 @@
 
 #include "maintenance/expected_deletion.h"
 #include "maintenance/expected_table_counts.h"
+#include "testing/case_tables.h"
 #include "testing/expected_start_up.h"
-#include "testing/faults_case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 #include "testing/store_lock.h"

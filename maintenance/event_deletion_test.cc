@@ -11,7 +11,7 @@
 
 #include "cli/tool_context.h"
 #include "maintenance/expected_deletion.h"
-#include "testing/faults_case_tables.h"
+#include "testing/case_tables.h"
 #include "testing/scratch_dir.h"
 #include "testing/stream_capture.h"
 

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "testing/faults_case_tables.h"
+#include "testing/case_tables.h"
 
 // -d ID that deleted `count` events, on either path.
 inline std::string Deleted(int count, const std::string& id) {

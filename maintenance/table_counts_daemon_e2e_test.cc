@@ -7,8 +7,8 @@
 #include <tuple>
 
 #include "maintenance/expected_table_counts.h"
+#include "testing/case_tables.h"
 #include "testing/expected_start_up.h"
-#include "testing/faults_case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 

@@ -7,8 +7,8 @@
 #include <fstream>
 
 #include "store/store_fixture.h"
+#include "testing/case_tables.h"
 #include "testing/scratch_dir.h"
-#include "testing/sim_named_cases.h"
 
 namespace {
 

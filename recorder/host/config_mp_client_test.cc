@@ -5,8 +5,8 @@
 #include <atomic>
 
 #include "recorder/host/ipc_client_fixture.h"
+#include "testing/case_tables.h"
 #include "testing/scratch_dir.h"
-#include "testing/sim_named_cases.h"
 
 namespace HostIpc {
 namespace {

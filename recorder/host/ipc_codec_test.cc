@@ -7,7 +7,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "testing/sim_named_cases.h"
+#include "testing/case_tables.h"
 
 namespace HostIpc {
 namespace {

@@ -8,8 +8,8 @@
 #include <thread>
 
 #include "recorder/host/ipc_client_fixture.h"
+#include "testing/case_tables.h"
 #include "testing/scratch_dir.h"
-#include "testing/sim_named_cases.h"
 
 namespace HostIpc {
 namespace {

@@ -14,7 +14,7 @@
 
 #include "sim/file_pes/psi_tables.h"
 #include "sim/file_pes/ts_builder.h"
-#include "testing/sim_named_cases.h"
+#include "testing/case_tables.h"
 
 namespace {
 

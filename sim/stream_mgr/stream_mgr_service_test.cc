@@ -20,9 +20,9 @@
 #include "recorder/stream_db.h"
 #include "recorder/stream_mgr_api.h"
 #include "store/sql_statement.h"
+#include "testing/case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/sim_command_line.h"
-#include "testing/sim_named_cases.h"
 
 namespace {
 

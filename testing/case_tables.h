@@ -1,9 +1,10 @@
 // Tables of cases, each with a name, run as parameterised tests, alone or
 // on each access path, and text expected of them that may differ by path:
-//   INSTANTIATE_TEST_SUITE_P(P, Suite, ValuesIn(kCases), CaseName<Case>);
-//   INSTANTIATE_TEST_SUITE_P(P, Suite, OnBothPaths(kCases), CaseOnPathName<Case>);
-#ifndef TESTING_FAULTS_CASE_TABLES_H_
-#define TESTING_FAULTS_CASE_TABLES_H_
+//   INSTANTIATE_NAMED_CASES(P, Suite, kCases);
+//   class MyRuns : public CasesOnBothPaths<MyCase> {};
+//   INSTANTIATE_TEST_SUITE_P(P, MyRuns, OnBothPaths(kCases), CaseOnPathName<MyCase>);
+#ifndef TESTING_CASE_TABLES_H_
+#define TESTING_CASE_TABLES_H_
 
 #include <gtest/gtest.h>
 
@@ -37,6 +38,20 @@ std::string CaseOnPathName(const ::testing::TestParamInfo<CaseOnPath<Case>>& inf
   return std::string(std::get<0>(info.param).name) + "_" + AccessPathName(std::get<1>(info.param));
 }
 
+// With the case and the path at hand.
+template <typename Case>
+class CasesOnBothPaths : public ::testing::TestWithParam<CaseOnPath<Case>> {
+ protected:
+  const Case& Param() const { return std::get<0>(this->GetParam()); }
+  AccessPath Path() const { return std::get<1>(this->GetParam()); }
+};
+
+// INSTANTIATE_TEST_SUITE_P over the array or vector `cases`, each instance
+// named by its `name` member (which must be a valid test name).
+#define INSTANTIATE_NAMED_CASES(prefix, suite, cases)                 \
+  INSTANTIATE_TEST_SUITE_P(prefix, suite, ::testing::ValuesIn(cases), \
+                           [](const auto& info) { return std::string(info.param.name); })
+
 // Text that reads one way when db opens the store itself and another when
 // it asks the daemon; most of it reads the same on both.
 struct PathText {
@@ -55,4 +70,4 @@ inline PathText operator+(const PathText& a, const PathText& b) {
   return {a.direct + b.direct, a.daemon + b.daemon};
 }
 
-#endif  // TESTING_FAULTS_CASE_TABLES_H_
+#endif  // TESTING_CASE_TABLES_H_
