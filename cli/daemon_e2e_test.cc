@@ -10,6 +10,7 @@
 
 #include "events/event_listing_fixture.h"
 #include "testing/cli_words.h"
+#include "testing/events_cli_cases.h"
 #include "testing/expected_start_up.h"
 #include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
@@ -119,9 +120,7 @@ TEST_P(MisbehavingDaemon, LooksLikeFailedRequestsAndChangesNothing) {
 INSTANTIATE_TEST_SUITE_P(Kinds, MisbehavingDaemon,
                          testing::Values(Misbehaviour{"Garbage", "--garbage"},
                                          Misbehaviour{"DiesAtOnce", "--die-after 0"}),
-                         [](const testing::TestParamInfo<Misbehaviour>& info) {
-                           return std::string(info.param.name);
-                         });
+                         CaseName());
 
 TEST(SlowDaemon, AnswersTheSameAsAQuickOne) {
   for (const char* line : kQueries) {

@@ -7,6 +7,7 @@
 
 #include "events/expected_event_table.h"
 #include "testing/cli_words.h"
+#include "testing/events_cli_cases.h"
 #include "testing/expected_start_up.h"
 #include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
@@ -118,10 +119,7 @@ TEST_P(StartUpRun, PrintsExactly) {
   EXPECT_EQ(before, StoreState(disk));
 }
 
-INSTANTIATE_TEST_SUITE_P(StartUp, StartUpRun, ::testing::ValuesIn(kCases),
-                         [](const ::testing::TestParamInfo<StartUpCase>& info) {
-                           return std::string(info.param.name);
-                         });
+INSTANTIATE_TEST_SUITE_P(StartUp, StartUpRun, ::testing::ValuesIn(kCases), CaseName());
 
 TEST(StartUp, ProgramNameIsPrintedAsGiven) {
   RecorderDisk disk;

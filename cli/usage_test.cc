@@ -7,6 +7,7 @@
 #include <string>
 
 #include "cli/tool_context.h"
+#include "testing/events_cli_cases.h"
 #include "testing/expected_usage.h"
 #include "testing/stream_capture.h"
 
@@ -43,9 +44,6 @@ TEST_P(Usage, IsPrintedWhole) {
             captured.Text());
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, Usage, ::testing::ValuesIn(kUsageCases),
-                         [](const ::testing::TestParamInfo<UsageCase>& info) {
-                           return std::string(info.param.name);
-                         });
+INSTANTIATE_TEST_SUITE_P(Texts, Usage, ::testing::ValuesIn(kUsageCases), CaseName());
 
 }  // namespace

@@ -121,30 +121,25 @@ void StoreGroup(const RecorderDisk& disk) {
   disk.Exec(sql + Event("G1") + Event("other", "groupId = 'G2'"));
 }
 
+// The rows of the three parts, as -e prints them.
 const char kP1[] =
     "p1                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              1    3    N  0.000                    NA  \n";
+const char kP2[] =
+    "p2                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              2    3    N  0.000                    NA  \n";
+const char kP3[] =
+    "p3                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              3    3    N  0.000                    NA  \n";
 
 TEST_P(EventSelections, GroupIdListsTheWholeGroup) {
   StoreGroup(disk_);
   // Directly, every row is followed by an empty line; over IPC it is not.
-  EXPECT_RUN(
-      Run({"-r", "G1"}),
-      kGibHeading + (kP1 + Gap()) +
-          "p2                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              2    3    N  0.000                    NA  \n" +
-          Gap() +
-          "p3                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              3    3    N  0.000                    NA  \n" +
-          Gap() + DefaultRow("G1") + Gap(),
-      "", 0);
+  EXPECT_RUN(Run({"-r", "G1"}),
+             kGibHeading + (kP1 + Gap()) + kP2 + Gap() + kP3 + Gap() + DefaultRow("G1") + Gap(), "",
+             0);
 }
 
 TEST_P(EventSelections, ReidListsOneEventInBytes) {
   StoreGroup(disk_);
-  EXPECT_RUN(
-      Run({"-R", "p2"}),
-      std::string(kBytesHeading) +
-          "p2                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              2    3    N            0                    NA  \n" +
-          Gap(),
-      "", 0);
+  EXPECT_RUN(Run({"-R", "p2"}), kBytesHeading + InBytes(kP2) + Gap(), "", 0);
 }
 
 TEST_P(EventSelections, QuoteInTheIdentifierBreaksTheStatement) {
@@ -173,26 +168,19 @@ void StoreSplitCandidates(const RecorderDisk& disk) {
             Event("pending", "splitstate = 2"));
 }
 
+const char kSplitRows[] =
+    "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
+    "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  2    0    N  0.000                    NA  \n"
+    "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    2    N  0.000                    NA  \n";
+
 TEST_P(EventSelections, SplitListsSplitEventsAndParts) {
   StoreSplitCandidates(disk_);
-  EXPECT_RUN(
-      Run({"--split"}),
-      std::string(kGibHeading) +
-          "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
-          "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  2    0    N  0.000                    NA  \n"
-          "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    2    N  0.000                    NA  \n",
-      "", 0);
+  EXPECT_RUN(Run({"--split"}), kGibHeading + std::string(kSplitRows), "", 0);
 }
 
 TEST_P(EventSelections, UpperCaseSplitShowsBytes) {
   StoreSplitCandidates(disk_);
-  EXPECT_RUN(
-      Run({"-P"}),
-      std::string(kBytesHeading) +
-          "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n"
-          "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  2    0    N            0                    NA  \n"
-          "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    2    N            0                    NA  \n",
-      "", 0);
+  EXPECT_RUN(Run({"-P"}), kBytesHeading + InBytes(kSplitRows), "", 0);
 }
 
 TEST_P(EventSelections, UntransferredListsEveryOtherStateInGibibytes) {
@@ -245,10 +233,8 @@ TEST_P(EventSelections, OptionsRunInTheOrderGiven) {
   StoreGroup(disk_);
   EXPECT_RUN(
       Run({"-r", "p1", "-r", "missing", "-R", "p3"}),
-      kGibHeading + (kP1 + Gap()) + NotFound("missing") + kBytesHeading +
-          "p3                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              3    3    N            0                    NA  \n" +
-          Gap(),
-      "", 0);
+      kGibHeading + (kP1 + Gap()) + NotFound("missing") + kBytesHeading + InBytes(kP3) + Gap(), "",
+      0);
 }
 
 TEST_P(EventSelections, ManyRowsAreAllListed) {

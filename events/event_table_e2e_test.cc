@@ -72,28 +72,20 @@ void StageSizes(const RecorderDisk& disk) {
 
 TEST_P(EventTable, SizesInGibibytes) {
   StageSizes(disk_);
-  EXPECT_RUN(
-      Run({"-e"}),
-      std::string(kGibHeading) +
-          "gib15                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  1.500                    NA  \n"
-          "big                           RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  11.016                    NA  \n"
-          "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  0.000                    NA  \n"
-          "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
-          "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  17179869184.000                    NA  \n",
-      "", 0);
+  EXPECT_RUN(Run({"-e"}),
+             kGibHeading + StagedRow("gib15", "1.500") + StagedRow("big", "11.016") +
+                 StagedRow("mtdonly", "0.000") + DefaultRow("xmlonly") +
+                 StagedRow("negative", "17179869184.000"),
+             "", 0);
 }
 
 TEST_P(EventTable, SizesInBytes) {
   StageSizes(disk_);
-  EXPECT_RUN(
-      Run({"-E"}),
-      std::string(kBytesHeading) +
-          "gib15                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y   1610612736                    NA  \n"
-          "big                           RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  11827937280                    NA  \n"
-          "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         1000                    NA  \n"
-          "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n"
-          "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  18446744073709547520                    NA  \n",
-      "", 0);
+  EXPECT_RUN(Run({"-E"}),
+             kBytesHeading + StagedRow("gib15", "1610612736") + StagedRow("big", "11827937280") +
+                 StagedRow("mtdonly", "1000") + DefaultRow("xmlonly", true) +
+                 StagedRow("negative", "18446744073709547520"),
+             "", 0);
 }
 
 TEST_P(EventTable, UnusableMetadataStillGivesARowAndTheMessages) {
@@ -125,24 +117,18 @@ TEST_P(EventTable, UnusableMetadataStillGivesARowAndTheMessages) {
   StageMetadata(disk_, "comment", "<!-- cut -->" + WholeFiles(3), 5);
   const std::string store = disk_.Dump();
 
-  EXPECT_RUN(
-      Run({"-E"}),
-      std::string(kBytesHeading) +
-          "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y           10                    NA  \n"
-          "noname                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566144                    NA  \n"
-          "notint                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566144                    NA  \n"
-          "empty                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            0                    NA  \n"
-          "deep                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            7                    NA  \n"
-          "locked                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         2048                    NA  \n"
-          "wrapped                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         1000                    NA  \n"
-          "huge                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y      2000000                    NA  \n"
-          "comment                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            5                    NA  \n",
-      "Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml"
-      ":'name' attribute missing"
-      "Start offset invalid"
-      "Failed to load XML file: /mnt/hd/connectionmgr/empty.xml"
-      "Failed to load XML file: /mnt/hd/connectionmgr/deep.xml",
-      0);
+  EXPECT_RUN(Run({"-E"}),
+             kBytesHeading + StagedRow("malformed", "10") + StagedRow("noname", "98566144") +
+                 StagedRow("notint", "98566144") + StagedRow("empty", "0") +
+                 StagedRow("deep", "7") + StagedRow("locked", "2048") +
+                 StagedRow("wrapped", "1000") + StagedRow("huge", "2000000") +
+                 StagedRow("comment", "5"),
+             "Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml"
+             ":'name' attribute missing"
+             "Start offset invalid"
+             "Failed to load XML file: /mnt/hd/connectionmgr/empty.xml"
+             "Failed to load XML file: /mnt/hd/connectionmgr/deep.xml",
+             0);
   EXPECT_EQ(store, disk_.Dump());
   EXPECT_EQ(std::string(2048, 'm'), disk_.ReadFile("connectionmgr/locked.mtd"));
 }
@@ -159,8 +145,8 @@ TEST_P(EventTable, AComplaintAboutMetadataComesAfterTheColumnsBeforeTheSize) {
   EXPECT_RUN(
       RunInSandbox(disk_, {"sh", "-c", "db -E 2>&1"}, options),
       std::string(kBytesHeading) +
-          "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml         10                    NA  \n"
-          "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n",
+          "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml         10                    NA  \n" +
+          DefaultRow("plain", true),
       "", 0);
 }
 
@@ -168,11 +154,7 @@ TEST_P(EventTable, DataFileThatIsAFolderIsStagedWithTheFolderSize) {
   disk_.Exec(Event("mtddir"));
   disk_.WriteFile("connectionmgr/mtddir.xml", "<nothing/>");
   ASSERT_EQ(0, mkdir((disk_.Path() + "/connectionmgr/mtddir.mtd").c_str(), 0755));
-  EXPECT_RUN(
-      Run({"-e"}),
-      std::string(kGibHeading) +
-          "mtddir                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  0.000                    NA  \n",
-      "", 0);
+  EXPECT_RUN(Run({"-e"}), kGibHeading + StagedRow("mtddir", "0.000"), "", 0);
 }
 
 // Row of an unstaged event exported at `exportText` with `hours` in the hours column.
@@ -299,12 +281,9 @@ TEST_P(EventTable, UnreadableMetadataForAnUnprivilegedUser) {
   SandboxOptions options;
   options.unprivileged = true;
   // The description cannot be read; the data file is only measured, never read.
-  EXPECT_RUN(
-      Run({"-E"}, options),
-      std::string(kBytesHeading) +
-          "xmlhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y           30                    NA  \n"
-          "mtdhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566184                    NA  \n",
-      "Failed to load XML file: /mnt/hd/connectionmgr/xmlhidden.xml", 0);
+  EXPECT_RUN(Run({"-E"}, options),
+             kBytesHeading + StagedRow("xmlhidden", "30") + StagedRow("mtdhidden", "98566184"),
+             "Failed to load XML file: /mnt/hd/connectionmgr/xmlhidden.xml", 0);
 }
 
 }  // namespace
