@@ -5,10 +5,13 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "events/expected_event_table.h"
+#include "testing/cli_words.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -32,6 +35,42 @@ inline std::string Event(const std::string& reid, const std::string& changes = "
     sql += "update events set " + changes + " where reid = " + Quote(reid) + ";\n";
   }
   return sql;
+}
+
+// A run of db on a store that `sql` fills, the same on both access paths,
+// compared whole; the store comes out of it unchanged.
+struct ListingCase {
+  const char* name;
+  std::string sql;
+  std::string args;  // separated by blanks
+  std::string out;
+  std::string err = "";
+};
+
+inline void PrintTo(const ListingCase& c, std::ostream* out) { *out << c.name; }
+
+class ListingCases : public ::testing::TestWithParam<std::tuple<ListingCase, AccessPath>> {
+ protected:
+  void ExpectListing() const {
+    const ListingCase& c = std::get<0>(GetParam());
+    RecorderDisk disk;
+    disk.Exec(c.sql);
+    const std::string store = disk.Dump();
+    EXPECT_RUN(RunDb(disk, std::get<1>(GetParam()), Words(c.args)), c.out, c.err, 0);
+    EXPECT_EQ(store, disk.Dump());
+  }
+};
+
+// Every case on both paths, each instance named after its case and path:
+//   INSTANTIATE_TEST_SUITE_P(Cases, Suite, OnBothPaths(kCases), ListingName);
+template <size_t count>
+auto OnBothPaths(const ListingCase (&cases)[count]) {
+  return ::testing::Combine(::testing::ValuesIn(cases), BothAccessPaths());
+}
+
+inline std::string ListingName(
+    const ::testing::TestParamInfo<std::tuple<ListingCase, AccessPath>>& info) {
+  return std::string(std::get<0>(info.param).name) + AccessPathName(std::get<1>(info.param));
 }
 
 #endif  // EVENTS_EVENT_LISTING_FIXTURE_H_
