@@ -37,14 +37,16 @@ inline std::string Event(const std::string& reid, const std::string& changes = "
   return sql;
 }
 
-// A run of db on a store that `sql` fills, the same on both access paths,
-// compared whole; the store comes out of it unchanged.
+// A run of db on a store that `sql` fills, beside the metadata files that
+// `stage` writes, the same on both access paths, compared whole; the store
+// comes out of it unchanged.
 struct ListingCase {
   const char* name;
   std::string sql;
   std::string args;  // separated by blanks
   std::string out;
   std::string err = "";
+  void (*stage)(const RecorderDisk& disk) = nullptr;
 };
 
 inline void PrintTo(const ListingCase& c, std::ostream* out) { *out << c.name; }
@@ -55,6 +57,7 @@ class ListingCases : public ::testing::TestWithParam<std::tuple<ListingCase, Acc
     const ListingCase& c = std::get<0>(GetParam());
     RecorderDisk disk;
     disk.Exec(c.sql);
+    if (c.stage != nullptr) c.stage(disk);
     const std::string store = disk.Dump();
     EXPECT_RUN(RunDb(disk, std::get<1>(GetParam()), Words(c.args)), c.out, c.err, 0);
     EXPECT_EQ(store, disk.Dump());

@@ -15,36 +15,6 @@ namespace {
 class EventTable : public EventListing {};
 INSTANTIATE_TEST_SUITE_P(Paths, EventTable, BothAccessPaths(), PathName);
 
-TEST_P(EventTable, EveryColumnOfARow) {
-  disk_.Exec(
-      Event("plain") +
-      // Stop before start, codes c and k, BG set.
-      Event("backwards",
-            "state = 1, splitstate = 3, stoptime = 1704164600, crcode1 = 1, crcode2 = 3, "
-            "background = 1") +
-      // Values outside every table, wrapped ticks, wide counts.
-      Event("odd",
-            "state = 9, splitstate = 7, crcode1 = 7, crcode2 = 2, starttick = -1, "
-            "stoptick = 4294967301, exporttime = 1704168245, totalfiles = 123456, part = 1000, "
-            "totalparts = 7") +
-      // Only the first entry's answer is shown.
-      Event("answers", "state = 2, splitstate = 2, answers = '[[\"Q1\",\"A1\"],[\"Q2\",\"A2\"]]'") +
-      Event(std::string(40, 'L'),
-            "state = 3, splitstate = 4, groupId = '" + std::string(30, 'G') + "'") +
-      // A negative export time means never exported.
-      Event("exportneg", "splitstate = 0, exporttime = -5"));
-  EXPECT_RUN(
-      Run({"-e"}),
-      std::string(kGibHeading) +
-          "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
-          "backwards                     Transfered  AlreadySpl     -1  01/02/24 03:04:05  03:03:20           0        1000        1200  c k   Y      1                                  0    0    N  0.000                    NA  \n"
-          "odd                              Invalid     Invalid    100  01/02/24 03:04:05  03:05:45    04:04:05  4294967295           5  ? a   N  123456                                1000    7    N  0.000                    NA  \n"
-          "answers                       Recording   SplitPend     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA                    A1  \n"
-          "LLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLL  InPost      ExportOnly    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  GGGGGGGGGGGGGGGGGGGGGGGGGGGGGG    0    0    N  0.000                    NA  \n"
-          "exportneg                     RecordCmpl  NotChecked    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n",
-      "", 0);
-}
-
 std::string WholeFiles(int count) {
   std::string segments;
   for (int i = 0; i < count; ++i) {
@@ -56,9 +26,9 @@ std::string WholeFiles(int count) {
 
 // Staged events of 1.5 GiB, of more than 10 GiB, of the data file alone, one
 // whose data file is missing, and one whose segments sum below zero.
+const std::string kSizeEvents =
+    Event("gib15") + Event("big") + Event("mtdonly") + Event("xmlonly") + Event("negative");
 void StageSizes(const RecorderDisk& disk) {
-  disk.Exec(Event("gib15") + Event("big") + Event("mtdonly") + Event("xmlonly") +
-            Event("negative"));
   // 16 whole stream files and 32 MiB: 1610612736 bytes.
   StageMetadata(disk, "gib15",
                 WholeFiles(16) + "<segment name=\"x\" src=\"1\" stop-offset=\"33554432\"/>", 0);
@@ -70,23 +40,54 @@ void StageSizes(const RecorderDisk& disk) {
                 "<segment name=\"x\" src=\"1\" start-offset=\"5000\" stop-offset=\"1000\"/>", 0);
 }
 
-TEST_P(EventTable, SizesInGibibytes) {
-  StageSizes(disk_);
-  EXPECT_RUN(Run({"-e"}),
-             kGibHeading + StagedRow("gib15", "1.500") + StagedRow("big", "11.016") +
-                 StagedRow("mtdonly", "0.000") + DefaultRow("xmlonly") +
-                 StagedRow("negative", "17179869184.000"),
-             "", 0);
-}
+const ListingCase kTables[] = {
+    {"EveryColumnOfARow",
+     Event("plain") +
+         // Stop before start, codes c and k, BG set.
+         Event("backwards",
+               "state = 1, splitstate = 3, stoptime = 1704164600, crcode1 = 1, crcode2 = 3, "
+               "background = 1") +
+         // Values outside every table, wrapped ticks, wide counts.
+         Event("odd",
+               "state = 9, splitstate = 7, crcode1 = 7, crcode2 = 2, starttick = -1, "
+               "stoptick = 4294967301, exporttime = 1704168245, totalfiles = 123456, part = 1000, "
+               "totalparts = 7") +
+         // Only the first entry's answer is shown.
+         Event("answers",
+               "state = 2, splitstate = 2, answers = '[[\"Q1\",\"A1\"],[\"Q2\",\"A2\"]]'") +
+         Event(std::string(40, 'L'),
+               "state = 3, splitstate = 4, groupId = '" + std::string(30, 'G') + "'") +
+         // A negative export time means never exported.
+         Event("exportneg", "splitstate = 0, exporttime = -5"),
+     "-e",
+     std::string(kGibHeading) +
+         "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
+         "backwards                     Transfered  AlreadySpl     -1  01/02/24 03:04:05  03:03:20           0        1000        1200  c k   Y      1                                  0    0    N  0.000                    NA  \n"
+         "odd                              Invalid     Invalid    100  01/02/24 03:04:05  03:05:45    04:04:05  4294967295           5  ? a   N  123456                                1000    7    N  0.000                    NA  \n"
+         "answers                       Recording   SplitPend     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA                    A1  \n"
+         "LLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLL  InPost      ExportOnly    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  GGGGGGGGGGGGGGGGGGGGGGGGGGGGGG    0    0    N  0.000                    NA  \n"
+         "exportneg                     RecordCmpl  NotChecked    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"},
+    {"SizesInGibibytes", kSizeEvents, "-e",
+     kGibHeading + StagedRow("gib15", "1.500") + StagedRow("big", "11.016") +
+         StagedRow("mtdonly", "0.000") + DefaultRow("xmlonly") +
+         StagedRow("negative", "17179869184.000"),
+     "", StageSizes},
+    {"SizesInBytes", kSizeEvents, "-E",
+     kBytesHeading + StagedRow("gib15", "1610612736") + StagedRow("big", "11827937280") +
+         StagedRow("mtdonly", "1000") + DefaultRow("xmlonly", true) +
+         StagedRow("negative", "18446744073709547520"),
+     "", StageSizes},
+    {"DataFileThatIsAFolderIsStagedWithTheFolderSize", Event("mtddir"), "-e",
+     kGibHeading + StagedRow("mtddir", "0.000"), "",
+     [](const RecorderDisk& disk) {
+       disk.WriteFile("connectionmgr/mtddir.xml", "<nothing/>");
+       ASSERT_EQ(0, mkdir((disk.Path() + "/connectionmgr/mtddir.mtd").c_str(), 0755));
+     }},
+};
 
-TEST_P(EventTable, SizesInBytes) {
-  StageSizes(disk_);
-  EXPECT_RUN(Run({"-E"}),
-             kBytesHeading + StagedRow("gib15", "1610612736") + StagedRow("big", "11827937280") +
-                 StagedRow("mtdonly", "1000") + DefaultRow("xmlonly", true) +
-                 StagedRow("negative", "18446744073709547520"),
-             "", 0);
-}
+class Table : public ListingCases {};
+TEST_P(Table, IsPrintedWhole) { ExpectListing(); }
+INSTANTIATE_TEST_SUITE_P(Cases, Table, OnBothPaths(kTables), ListingName);
 
 TEST_P(EventTable, UnusableMetadataStillGivesARowAndTheMessages) {
   for (const char* reid :
@@ -148,13 +149,6 @@ TEST_P(EventTable, AComplaintAboutMetadataComesAfterTheColumnsBeforeTheSize) {
           "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml         10                    NA  \n" +
           DefaultRow("plain", true),
       "", 0);
-}
-
-TEST_P(EventTable, DataFileThatIsAFolderIsStagedWithTheFolderSize) {
-  disk_.Exec(Event("mtddir"));
-  disk_.WriteFile("connectionmgr/mtddir.xml", "<nothing/>");
-  ASSERT_EQ(0, mkdir((disk_.Path() + "/connectionmgr/mtddir.mtd").c_str(), 0755));
-  EXPECT_RUN(Run({"-e"}), kGibHeading + StagedRow("mtddir", "0.000"), "", 0);
 }
 
 // Row of an unstaged event exported at `exportText` with `hours` in the hours column.
