@@ -45,48 +45,6 @@ std::string ManyRows() {
   return rows;
 }
 
-const ListingCase kListings[] = {
-    {"EmptyTablePrintsOnlyTheHeadings", "", "-e -E -p -P -u",
-     std::string(kGibHeading) + kBytesHeading + kGibHeading + kBytesHeading + kGibHeading},
-    {"EventsListsEveryRowInStoreOrder", Event("b") + Event("a") + Event("c"), "--events",
-     kGibHeading + DefaultRow("b") + DefaultRow("a") + DefaultRow("c")},
-    {"BytesListEveryRowInStoreOrder", Event("b") + Event("a") + Event("c"), "-E",
-     kBytesHeading + InBytes(DefaultRow("b") + DefaultRow("a") + DefaultRow("c"))},
-    {"EventsTwiceListsTwice", Event("a") + Event("b"), "-e -e",
-     kGibHeading + DefaultRow("a") + DefaultRow("b") + kGibHeading + DefaultRow("a") +
-         DefaultRow("b")},
-    {"NullCriticalFieldIsWarnedOfAfterTheRows", Event("a") + NullIn("totalparts"), "-e",
-     kGibHeading + DefaultRow("a") + DefaultRow("totalparts") + kNullWarning + kNullColumns +
-         "totalparts|1|1||0|\n"
-         "\n"},
-    {"EveryCriticalColumnIsChecked",
-     NullIn("streamstate") + NullIn("totalfiles") + NullIn("groupId") + NullIn("part") +
-         NullIn("totalparts") + Event("fine", "state = NULL"),
-     "-E",
-     kBytesHeading + DefaultRow("streamstate", true) +
-         "totalfiles                    RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      0                                  0    0    N            0                    NA  \n" +
-         DefaultRow("groupId", true) + DefaultRow("part", true) + DefaultRow("totalparts", true) +
-         DefaultRow("fine", true) + kNullWarning + kNullColumns +
-         "streamstate|1|1||0|0\n"
-         "totalfiles|1|||0|0\n"
-         "groupId|1|1||0|0\n"
-         "part|1|1|||0\n"
-         "totalparts|1|1||0|\n"
-         "\n"},
-    {"NoWarningWithoutNullFields", Event("a", "answers = NULL, description = NULL"), "-e",
-     kGibHeading + DefaultRow("a")},
-    {"UnknownIdentifierIsNotFound", Event("a"), "-r nope --reid=also-not -R A",
-     NotFound("nope") + NotFound("also-not") + NotFound("A")},
-    {"SplitListsSplitEventsAndParts", kSplitCandidates, "--split",
-     kGibHeading + std::string(kSplitRows)},
-    {"UpperCaseSplitShowsBytes", kSplitCandidates, "-P", kBytesHeading + InBytes(kSplitRows)},
-    {"ManyRowsAreAllListed", kManyEvents, "-u", ManyRows()},
-};
-
-class Listing : public ListingCases {};
-TEST_P(Listing, IsPrintedWhole) { ExpectListing(); }
-INSTANTIATE_TEST_SUITE_P(Cases, Listing, OnBothPaths(kListings), ListingName);
-
 TEST_P(EventSelections, HelpThenEventsPrintsTheUsageThenTheListing) {
   disk_.Exec(Event("a"));
   EXPECT_RUN(Run({"-h", "-e"}), ExpectedUsage("db", !Direct()) + kGibHeading + DefaultRow("a"), "",
@@ -137,30 +95,6 @@ const char kP2[] =
 const char kP3[] =
     "p3                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              3    3    N  0.000                    NA  \n";
 
-TEST_P(EventSelections, GroupIdListsTheWholeGroup) {
-  disk_.Exec(Group());
-  // Directly, every row is followed by an empty line; over IPC it is not.
-  EXPECT_RUN(Run({"-r", "G1"}),
-             kGibHeading + (kP1 + Gap()) + kP2 + Gap() + kP3 + Gap() + DefaultRow("G1") + Gap(), "",
-             0);
-}
-
-TEST_P(EventSelections, ReidListsOneEventInBytes) {
-  disk_.Exec(Group());
-  EXPECT_RUN(Run({"-R", "p2"}), kBytesHeading + InBytes(kP2) + Gap(), "", 0);
-}
-
-TEST_P(EventSelections, QuoteInTheIdentifierBreaksTheStatement) {
-  disk_.Exec(Event("it's"));
-  const std::string store = disk_.Dump();
-  // The daemon cannot run the text either; its answer is simply empty.
-  EXPECT_RUN(
-      Run({"-r", "it's"}), NotFound("it's"),
-      Direct() ? "unable to prepare: select * from events where reid='it's' or groupId='it's'" : "",
-      0);
-  EXPECT_EQ(store, disk_.Dump());
-}
-
 TEST_P(EventSelections, IdentifierIsNotAnInjectionPoint) {
   disk_.Exec(Group());
   const std::string store = disk_.Dump();
@@ -189,17 +123,16 @@ TEST_P(EventSelections, UntransferredListsEveryOtherStateInGibibytes) {
 }
 
 // A store whose events are a view that fails while the row of "bad" is read.
-void StoreFailingOnRow(const RecorderDisk& disk) {
-  disk.Exec(Event("a") + Event("bad") + Event("c") +
-            "alter table events rename to stored;"
-            "create view events as select *, case when reid = 'bad' "
-            "then abs(-9223372036854775807 - 1) else 0 end as boom from stored;");
-}
+const std::string kFailingOnRow =
+    Event("a") + Event("bad") + Event("c") +
+    "alter table events rename to stored;"
+    "create view events as select *, case when reid = 'bad' "
+    "then abs(-9223372036854775807 - 1) else 0 end as boom from stored;";
 
 const char kLeak[] = "stmt Error: could not free statement, leaking memory\n";
 
 TEST_P(EventSelections, FailingStepStopsTheListing) {
-  StoreFailingOnRow(disk_);
+  disk_.Exec(kFailingOnRow);
   if (Direct()) {
     // The rows before the failure stand; finalising reports the step's error.
     EXPECT_RUN(Run({"-p", "-e"}), std::string(kGibHeading) + kGibHeading + DefaultRow("a"), kLeak,
@@ -210,17 +143,57 @@ TEST_P(EventSelections, FailingStepStopsTheListing) {
   }
 }
 
-TEST_P(EventSelections, FailingStepBeforeAnyRowIsNotFound) {
-  StoreFailingOnRow(disk_);
-  EXPECT_RUN(Run({"-r", "bad"}), NotFound("bad"), Direct() ? kLeak : "", 0);
-}
+const ListingCase kListings[] = {
+    {"EmptyTablePrintsOnlyTheHeadings", "", "-e -E -p -P -u",
+     std::string(kGibHeading) + kBytesHeading + kGibHeading + kBytesHeading + kGibHeading},
+    {"EventsListsEveryRowInStoreOrder", Event("b") + Event("a") + Event("c"), "--events",
+     kGibHeading + DefaultRow("b") + DefaultRow("a") + DefaultRow("c")},
+    {"BytesListEveryRowInStoreOrder", Event("b") + Event("a") + Event("c"), "-E",
+     kBytesHeading + InBytes(DefaultRow("b") + DefaultRow("a") + DefaultRow("c"))},
+    {"EventsTwiceListsTwice", Event("a") + Event("b"), "-e -e",
+     kGibHeading + DefaultRow("a") + DefaultRow("b") + kGibHeading + DefaultRow("a") +
+         DefaultRow("b")},
+    {"NullCriticalFieldIsWarnedOfAfterTheRows", Event("a") + NullIn("totalparts"), "-e",
+     kGibHeading + DefaultRow("a") + DefaultRow("totalparts") + kNullWarning + kNullColumns +
+         "totalparts|1|1||0|\n"
+         "\n"},
+    {"EveryCriticalColumnIsChecked",
+     NullIn("streamstate") + NullIn("totalfiles") + NullIn("groupId") + NullIn("part") +
+         NullIn("totalparts") + Event("fine", "state = NULL"),
+     "-E",
+     kBytesHeading + DefaultRow("streamstate", true) +
+         "totalfiles                    RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      0                                  0    0    N            0                    NA  \n" +
+         DefaultRow("groupId", true) + DefaultRow("part", true) + DefaultRow("totalparts", true) +
+         DefaultRow("fine", true) + kNullWarning + kNullColumns +
+         "streamstate|1|1||0|0\n"
+         "totalfiles|1|||0|0\n"
+         "groupId|1|1||0|0\n"
+         "part|1|1|||0\n"
+         "totalparts|1|1||0|\n"
+         "\n"},
+    {"NoWarningWithoutNullFields", Event("a", "answers = NULL, description = NULL"), "-e",
+     kGibHeading + DefaultRow("a")},
+    {"UnknownIdentifierIsNotFound", Event("a"), "-r nope --reid=also-not -R A",
+     NotFound("nope") + NotFound("also-not") + NotFound("A")},
+    {"SplitListsSplitEventsAndParts", kSplitCandidates, "--split",
+     kGibHeading + std::string(kSplitRows)},
+    {"UpperCaseSplitShowsBytes", kSplitCandidates, "-P", kBytesHeading + InBytes(kSplitRows)},
+    {"ManyRowsAreAllListed", kManyEvents, "-u", ManyRows()},
+    {"GroupIdListsTheWholeGroup", Group(), "-r G1",
+     kGibHeading + std::string(kP1) + kGap + kP2 + kGap + kP3 + kGap + DefaultRow("G1") + kGap},
+    {"ReidListsOneEventInBytes", Group(), "-R p2", kBytesHeading + InBytes(kP2) + kGap},
+    {"OptionsRunInTheOrderGiven", Group(), "-r p1 -r missing -R p3",
+     kGibHeading + std::string(kP1) + kGap + NotFound("missing") + kBytesHeading + InBytes(kP3) +
+         kGap},
+    // The daemon cannot run the text either; its answer is simply empty.
+    {"QuoteInTheIdentifierBreaksTheStatement", Event("it's"), "-r it's", NotFound("it's"),
+     "unable to prepare: select * from events where reid='it's' or groupId='it's'", nullptr, ""},
+    {"FailingStepBeforeAnyRowIsNotFound", kFailingOnRow, "-r bad", NotFound("bad"), kLeak, nullptr,
+     ""},
+};
 
-TEST_P(EventSelections, OptionsRunInTheOrderGiven) {
-  disk_.Exec(Group());
-  EXPECT_RUN(
-      Run({"-r", "p1", "-r", "missing", "-R", "p3"}),
-      kGibHeading + (kP1 + Gap()) + NotFound("missing") + kBytesHeading + InBytes(kP3) + Gap(), "",
-      0);
-}
+class Listing : public ListingCases {};
+TEST_P(Listing, IsPrintedWhole) { ExpectListing(); }
+INSTANTIATE_TEST_SUITE_P(Cases, Listing, OnBothPaths(kListings), ListingName);
 
 }  // namespace
