@@ -3,12 +3,16 @@
 // every row that no successful deletion removed.
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
+#include <vector>
 
 #include "events/expected_event_table.h"
-#include "faults/fault_helpers.h"
 #include "files/files_e2e_fixture.h"
+#include "maintenance/expected_deletion.h"
+#include "maintenance/expected_table_counts.h"
 #include "testing/expected_start_up.h"
+#include "testing/faults_case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 #include "testing/shell.h"
@@ -16,16 +20,63 @@
 namespace {
 
 using files_e2e::GeneratedFiles;
-using files_e2e::GeneratedRows;
 using files_e2e::Listing;
 
-// Counts of the three tables as -t shows them when no count request is
-// answered.
-const std::string kUnansweredCounts = std::string(kTablesHeading) +
-                                      "events             0\n"
-                                      "streamfiles        0\n"
-                                      "status             0\n"
-                                      "\n";
+// -t when no count request is answered.
+const std::string& kUnansweredCounts = kZeroCounts;
+
+SandboxOptions Daemon(const std::string& arguments) {
+  SandboxOptions options;
+  options.streamMgrArgs = arguments;
+  return options;
+}
+
+struct Failure {
+  const char* name;
+  std::string sql;
+  std::vector<std::string> args;
+  const char* daemonArgs;
+  RunResult expected;
+  std::string left;  // the rows left, as SQL; none when the store keeps them all
+};
+void PrintTo(const Failure& c, std::ostream* out) { *out << c.name; }
+Failure Case(const char* name, const std::string& sql, const std::vector<std::string>& args,
+             const char* daemonArgs, const RunResult& expected, const std::string& left = "") {
+  return {name, sql, args, daemonArgs, expected, left};
+}
+
+const Failure kFailures[] = {
+    // Request 1 is the count, request 2 the first page of 1000 rows.
+    Case("DaemonDyingAfterTheFirstPageEndsTheListingThere", GeneratedFiles(2500), {"-f", "*", "-t"},
+         "--die-after 2",
+         {Listing(files_e2e::GeneratedRows(1, 1000), 2500) + kUnansweredCounts, "", 0}),
+    // Request 1 lists the events, request 2 deletes r1; then the daemon is
+    // gone.
+    Case("DaemonDyingDuringADeletionKeepsTheEventsItDidNotDelete",
+         EventRow("r1").Insert() + EventRow("r2").Insert() + EventRow("r3").Insert(),
+         {"--deleteall", "-e"}, "--die-after 2",
+         {DeletedAll(1).daemon + kGibHeading, FailedToDelete("r2") + FailedToDelete("r3"), 0},
+         EventRow("r2").Insert() + EventRow("r3").Insert()),
+    Case("GarbledAnswersReadAsFailedRequests", EventRow("r1").Insert() + GeneratedFiles(3),
+         {"-e", "-f", "*", "-d", "r1", "-t"}, "--garbage",
+         {kGibHeading + Listing({}, 0) + kUnansweredCounts, NotFound("r1").daemon, 0}),
+    Case("DaemonWithoutEndpointEndsTheToolBeforeAnyOption", EventRow("r1").Insert(),
+         {"--deleteall"}, "--no-ipc", {"", "Error initializing the ipc connection\n", 1}),
+};
+
+class DaemonFailure : public ::testing::TestWithParam<Failure> {};
+
+TEST_P(DaemonFailure, ShowsWhatWasAnswered) {
+  const Failure& c = GetParam();
+  RecorderDisk disk;
+  disk.Exec(c.sql);
+  RecorderDisk expected;
+  expected.Exec(c.left.empty() ? c.sql : c.left);
+  EXPECT_RUN(RunDb(disk, AccessPath::kDaemon, c.args, Daemon(c.daemonArgs)), c.expected);
+  EXPECT_EQ(expected.Dump(), disk.Dump());
+}
+
+INSTANTIATE_TEST_SUITE_P(Faults, DaemonFailure, ::testing::ValuesIn(kFailures), CaseName<Failure>);
 
 // The sandbox's shell reports the simulator it started as killed; that line
 // is the sandbox's, not db's.
@@ -42,72 +93,20 @@ std::string WithoutSandboxNotices(const std::string& err) {
   return kept;
 }
 
-SandboxOptions Daemon(const std::string& arguments) {
-  SandboxOptions options;
-  options.streamMgrArgs = arguments;
-  return options;
-}
-
-TEST(DaemonFailure, DaemonDyingAfterTheFirstPageEndsTheListingThere) {
-  RecorderDisk disk;
-  disk.Exec(GeneratedFiles(2500));
-  const std::string before = disk.Dump();
-  // Request 1 is the count, request 2 the first page of 1000 rows.
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-f", "*", "-t"}, Daemon("--die-after 2"));
-  EXPECT_RUN(r, Listing(GeneratedRows(1, 1000), 2500) + kUnansweredCounts, "", 0);
-  EXPECT_EQ(before, disk.Dump());
-}
-
-TEST(DaemonFailure, DaemonKilledWhileARequestIsOutstanding) {
+TEST(DaemonKilled, WhileARequestIsOutstanding) {
   RecorderDisk disk;
   disk.Exec(GeneratedFiles(2500));
   const std::string before = disk.Dump();
   // The count request is logged when it arrives and answered 20 s later; the
   // daemon is killed in between.
-  const RunResult r =
+  RunResult r =
       RunShell(disk, AccessPath::kDaemon,
                "db -f '*' -t & "
                "until grep -q '^count' /mnt/hd/requests.log 2>/dev/null; do sleep 0.05; done; "
                "kill -KILL $(pidof StreamMgr); wait $!",
                Daemon("--delay-ms 20000 --log /mnt/hd/requests.log"));
-  EXPECT_EQ(Listing({}, 0) + kUnansweredCounts, r.out);
-  EXPECT_EQ("", WithoutSandboxNotices(r.err));
-  EXPECT_EQ(0, r.status);
-  EXPECT_EQ(before, disk.Dump());
-}
-
-TEST(DaemonFailure, DaemonDyingDuringADeletionKeepsTheEventsItDidNotDelete) {
-  RecorderDisk disk;
-  disk.Exec(EventRow("r1").Insert() + EventRow("r2").Insert() + EventRow("r3").Insert());
-  RecorderDisk expected;
-  expected.Exec(EventRow("r2").Insert() + EventRow("r3").Insert());
-  // Request 1 lists the events, request 2 deletes r1; then the daemon is gone.
-  const RunResult r =
-      RunDb(disk, AccessPath::kDaemon, {"--deleteall", "-e"}, Daemon("--die-after 2"));
-  EXPECT_RUN(r, "  Successfully deleted 1 events\n" + std::string(kGibHeading),
-             "  Failed to delete event:  reid= r2  groupId= \n"
-             "  Failed to delete event:  reid= r3  groupId= \n",
-             0);
-  EXPECT_EQ(expected.Dump(), disk.Dump());
-}
-
-TEST(DaemonFailure, GarbledAnswersReadAsFailedRequests) {
-  RecorderDisk disk;
-  disk.Exec(EventRow("r1").Insert() + GeneratedFiles(3));
-  const std::string before = disk.Dump();
-  const RunResult r =
-      RunDb(disk, AccessPath::kDaemon, {"-e", "-f", "*", "-d", "r1", "-t"}, Daemon("--garbage"));
-  EXPECT_RUN(r, kGibHeading + Listing({}, 0) + kUnansweredCounts,
-             "  Event or groupId not found: r1\n", 0);
-  EXPECT_EQ(before, disk.Dump());
-}
-
-TEST(DaemonFailure, DaemonWithoutEndpointEndsTheToolBeforeAnyOption) {
-  RecorderDisk disk;
-  disk.Exec(EventRow("r1").Insert());
-  const std::string before = disk.Dump();
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"--deleteall"}, Daemon("--no-ipc"));
-  EXPECT_RUN(r, "", "Error initializing the ipc connection\n", 1);
+  r.err = WithoutSandboxNotices(r.err);
+  EXPECT_RUN(r, Listing({}, 0) + kUnansweredCounts, "", 0);
   EXPECT_EQ(before, disk.Dump());
 }
 

@@ -10,22 +10,18 @@
 
 namespace faults {
 
-StoreLock::StoreLock(const RecorderDisk& disk, Kind kind) {
-  if (sqlite3_open(disk.StorePath().c_str(), &database_) != SQLITE_OK) {
-    ADD_FAILURE() << "cannot open " << disk.StorePath();
-    return;
-  }
-  // A write that is not committed keeps its change in this process; the
-  // file is only locked against other writers.
-  const char* sql = kind == Kind::kWriting
-                        ? "begin immediate; update events set state = state + 100"
-                        : "begin exclusive";
-  held_ = sqlite3_exec(database_, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
-  if (!held_) ADD_FAILURE() << "cannot lock the store: " << sqlite3_errmsg(database_);
+PendingWrite::PendingWrite(const RecorderDisk& disk) {
+  EXPECT_EQ(SQLITE_OK, sqlite3_open(disk.StorePath().c_str(), &database_)) << disk.StorePath();
+  // The change stays in this process; the file is only locked against
+  // other writers.
+  EXPECT_EQ(SQLITE_OK,
+            sqlite3_exec(database_, "begin immediate; update events set state = state + 100",
+                         nullptr, nullptr, nullptr))
+      << sqlite3_errmsg(database_);
 }
 
-StoreLock::~StoreLock() {
-  if (held_) sqlite3_exec(database_, "rollback", nullptr, nullptr, nullptr);
+PendingWrite::~PendingWrite() {
+  sqlite3_exec(database_, "rollback", nullptr, nullptr, nullptr);
   sqlite3_close(database_);
 }
 

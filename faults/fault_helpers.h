@@ -14,35 +14,19 @@
 
 namespace faults {
 
-// Another process's transaction on the store, held from construction to
-// destruction and then rolled back, so that it changes nothing.
-class StoreLock {
+// Another process writing to the store, its change not yet committed, from
+// construction to destruction and then rolled back: readers go on, other
+// writers are refused. (testing/store_lock.h holds it the way a commit does.)
+class PendingWrite {
  public:
-  enum class Kind {
-    kWriting,    // a write in progress: readers go on, other writers are refused
-    kExclusive,  // committing: readers are refused as well
-  };
-  StoreLock(const RecorderDisk& disk, Kind kind);
-  ~StoreLock();
-  StoreLock(const StoreLock&) = delete;
-  StoreLock& operator=(const StoreLock&) = delete;
-
-  bool Held() const { return held_; }
+  explicit PendingWrite(const RecorderDisk& disk);
+  ~PendingWrite();
+  PendingWrite(const PendingWrite&) = delete;
+  PendingWrite& operator=(const PendingWrite&) = delete;
 
  private:
   sqlite3* database_ = nullptr;
-  bool held_ = false;
 };
-
-// What db prints directly when the store refuses `-d ID --deleteall`: each
-// failed step is also what finalising its statement reports.
-inline std::string DeletionsRefused(const std::string& id) {
-  return "  Error deleting event or groupId:  id = " + id +
-         "\n"
-         "could not free statement, leaking memory\n"
-         "  Error deleting all events\n"
-         "could not free statement, leaking memory\n";
-}
 
 // Runs the built db with PATH set to exactly `search` inside the sandbox.
 RunResult RunDbWithPath(const RecorderDisk& disk, AccessPath path, const std::string& search,

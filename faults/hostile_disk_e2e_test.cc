@@ -14,6 +14,8 @@
 #include <cstdlib>
 #include <string>
 #include <tuple>
+#include <utility>
+#include <vector>
 
 #include "events/expected_event_table.h"
 #include "sim/file_pes/ts_builder.h"
@@ -21,6 +23,7 @@
 #include "testing/host_canary.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/scratch_dir.h"
 #include "testing/shell.h"
 
 namespace {
@@ -33,31 +36,41 @@ std::string StagedRow(const std::string& reid) {
   return row;
 }
 
-// A socket file at `path` (nothing listens on it once made).
-void MakeSocket(const std::string& path) {
-  const int s = socket(AF_UNIX, SOCK_STREAM, 0);
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  path.copy(address.sun_path, sizeof address.sun_path - 1);
-  if (bind(s, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-    ADD_FAILURE() << "cannot make a socket at " << path;
-  }
-  close(s);
+const char kAnalysisPassed[] =
+    "File count = 1\n"
+    " Checking 1.ts:  extracting.../mnt/hd/1.ts  checking...PASS\n"
+    "\n";
+const char kNotExtracted[] = "File count = 1\n Checking 1.ts:  extracting...";
+std::string CannotExtract(const std::string& reason) {
+  return "StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: " + reason + "\n";
 }
 
-// What is put in the way of a file: `target` names a link's target, or a
-// canary for the absolute links (filled in by the test).
-enum class Odd { kFifo, kSocket, kFolder, kDangling, kLooping, kLinkToFolder };
+// What is put in the way of a file, and what reading through it says.
+enum class Odd { kFifo, kSocket, kFolder, kDangling, kLooping, kLinkToFolder, kDevice };
+const std::pair<Odd, const char*> kOdds[] = {{Odd::kFifo, "not a regular file"},
+                                             {Odd::kSocket, "not a regular file"},
+                                             {Odd::kFolder, "not a regular file"},
+                                             {Odd::kDangling, "No such file or directory"},
+                                             {Odd::kLooping, "Too many levels of symbolic links"},
+                                             {Odd::kLinkToFolder, "not a regular file"}};
 
+// Replaces whatever is at `path`.
 void MakeOdd(Odd odd, const std::string& path) {
-  unlink(path.c_str());
+  std::system(("rm -rf '" + path + "'").c_str());
   switch (odd) {
     case Odd::kFifo:
       mkfifo(path.c_str(), 0666);
       break;
-    case Odd::kSocket:
-      MakeSocket(path);
+    case Odd::kSocket: {
+      // Nothing listens on it once made.
+      const int s = socket(AF_UNIX, SOCK_STREAM, 0);
+      sockaddr_un address{};
+      address.sun_family = AF_UNIX;
+      path.copy(address.sun_path, sizeof address.sun_path - 1);
+      EXPECT_EQ(0, bind(s, reinterpret_cast<const sockaddr*>(&address), sizeof address)) << path;
+      close(s);
       break;
+    }
     case Odd::kFolder:
       mkdir(path.c_str(), 0777);
       break;
@@ -70,16 +83,19 @@ void MakeOdd(Odd odd, const std::string& path) {
     case Odd::kLinkToFolder:
       symlink("/usr", path.c_str());
       break;
+    case Odd::kDevice:
+      // The null device: the sandbox opens no device on the disk.
+      EXPECT_EQ(0, mknod(path.c_str(), S_IFCHR | 0666, makedev(1, 3)));
+      break;
   }
 }
 
-// Everything on the disk below the store: names, kinds and file contents.
-std::string DiskFiles(const RecorderDisk& disk) {
-  return RunShell("cd '" + disk.Path() +
-                  "' && find . -path ./streammgr -prune -o -printf '%p %y %l\\n' | "
-                  "sort && find . -type f ! -path './streammgr/*' -exec md5sum {} + | sort")
-      .out;
-}
+// The store's rows, unless it is no database (which no dump may open), and
+// everything else on the disk: names, kinds and file contents.
+struct DiskState {
+  std::string store;
+  std::string files;
+};
 
 using Param = std::tuple<AccessPath, bool>;
 
@@ -94,21 +110,32 @@ class HostileDisk : public ::testing::TestWithParam<Param> {
     // owns nothing of the disk; it writes where anyone may.
     std::system(("chmod -R a+rwX '" + disk_.Path() + "'").c_str());
   }
-  SandboxOptions Options() const {
+  bool Direct() const { return std::get<0>(GetParam()) == AccessPath::kDirect; }
+  std::string At(const std::string& relative) const { return disk_.Path() + "/" + relative; }
+  DiskState Now(bool storeIsADatabase = true) const {
+    return {storeIsADatabase ? disk_.Dump() : "",
+            RunShell("cd '" + disk_.Path() +
+                     "' && find . -path ./streammgr -prune -o -printf '%p %y %l\\n' | "
+                     "sort && find . -type f ! -path './streammgr/*' -exec md5sum {} + | sort")
+                .out};
+  }
+  // Runs db, which must end within the bound as `expected` says and leave
+  // the disk as `after` and both canaries as they were.
+  void ExpectRun(const std::vector<std::string>& args, const RunResult& expected,
+                 const DiskState& after) {
     SandboxOptions options;
     options.unprivileged = std::get<1>(GetParam());
     options.timeoutSeconds = kBoundSeconds + 10;
-    return options;
-  }
-  std::string At(const std::string& relative) const { return disk_.Path() + "/" + relative; }
-  // Runs db and checks that it ended within the bound.
-  RunResult Db(const std::vector<std::string>& args) {
     const auto start = std::chrono::steady_clock::now();
-    RunResult r = RunDb(disk_, std::get<0>(GetParam()), args, Options());
+    EXPECT_RUN(RunDb(disk_, std::get<0>(GetParam()), args, options), expected);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(kBoundSeconds));
-    return r;
+    if (!after.store.empty()) {
+      EXPECT_EQ(after.store, disk_.Dump());
+    }
+    EXPECT_EQ(after.files, Now(false).files);
+    EXPECT_EQ(std::string("victim\n") + kCanaryText, tmpCanary_.State());
+    EXPECT_EQ(std::string("victim\n") + kCanaryText, visibleCanary_.State());
   }
-  bool Direct() const { return std::get<0>(GetParam()) == AccessPath::kDirect; }
   // Start-up's complaints about a store that does not open: the direct path
   // also fails to read the stream file sizes from it.
   std::string OpeningFailure() const {
@@ -126,17 +153,6 @@ class HostileDisk : public ::testing::TestWithParam<Param> {
                  : "  Event or groupId not found: r1\n"),
         SQLITE_CANTOPEN};
   }
-  // Checks that neither canary nor the disk changed beyond `files`.
-  void ExpectUnchanged(const std::string& store, const std::string& files) {
-    EXPECT_EQ(store, disk_.Dump());
-    ExpectFilesUnchanged(files);
-  }
-  // The same, for a store that is no database (and that no dump may open).
-  void ExpectFilesUnchanged(const std::string& files) {
-    EXPECT_EQ(std::string("victim\n") + kCanaryText, tmpCanary_.State());
-    EXPECT_EQ(std::string("victim\n") + kCanaryText, visibleCanary_.State());
-    EXPECT_EQ(files, DiskFiles(disk_));
-  }
 
   RecorderDisk disk_;
   // One canary below the host's /tmp, which the sandbox hides, one in a host
@@ -145,92 +161,57 @@ class HostileDisk : public ::testing::TestWithParam<Param> {
   Canary visibleCanary_{"/var/tmp"};
 };
 
-const char kAnalysisPassed[] =
-    "File count = 1\n"
-    " Checking 1.ts:  extracting.../mnt/hd/1.ts  checking...PASS\n"
-    "\n";
-
 // Links at /mnt/hd/1.ts, where the extraction writes: the link is replaced,
 // never written through, and db's clean-up removes the copy.
 TEST_P(HostileDisk, ExtractionReplacesALinkInsteadOfWritingThroughIt) {
-  const std::string store = disk_.Dump();
-  const std::string files = DiskFiles(disk_);
-  const std::string targets[] = {tmpCanary_.File(),
-                                 visibleCanary_.File(),
-                                 "streammgr/stream.db",
-                                 "streams/1.ts",
-                                 "/usr",
-                                 "connectionmgr",
-                                 "no-such-file",
-                                 "1.ts"};
-  for (const std::string& target : targets) {
+  const DiskState before = Now();
+  for (const std::string& target :
+       {tmpCanary_.File(), visibleCanary_.File(), std::string("streammgr/stream.db"),
+        std::string("streams/1.ts"), std::string("/usr"), std::string("connectionmgr"),
+        std::string("no-such-file"), std::string("1.ts")}) {
     SCOPED_TRACE(target);
     ASSERT_EQ(0, symlink(target.c_str(), At("1.ts").c_str()));
-    const RunResult r = Db({"-a", "d"});
-    EXPECT_RUN(r, kAnalysisPassed,
-               "StreamMgrCli: /mnt/hd/1.ts is a link; replacing it, not what it points to\n", 0);
-    ExpectUnchanged(store, files);
+    ExpectRun({"-a", "d"},
+              {kAnalysisPassed,
+               "StreamMgrCli: /mnt/hd/1.ts is a link; replacing it, not what it points to\n", 0},
+              before);
   }
 }
 
 // A hard link to the store or to the stream file itself at /mnt/hd/1.ts:
 // the extraction takes the name, not the file behind it.
 TEST_P(HostileDisk, ExtractionDoesNotWriteIntoAHardLinkedFile) {
-  const std::string store = disk_.Dump();
-  const std::string files = DiskFiles(disk_);
+  const DiskState before = Now();
   for (const char* target : {"streammgr/stream.db", "streams/1.ts"}) {
     SCOPED_TRACE(target);
     ASSERT_EQ(0, link(At(target).c_str(), At("1.ts").c_str()));
-    const RunResult r = Db({"-a", "d"});
-    EXPECT_RUN(r, kAnalysisPassed, "", 0);
-    ExpectUnchanged(store, files);
+    ExpectRun({"-a", "d"}, {kAnalysisPassed, "", 0}, before);
   }
 }
 
 // Odd things where the stream file to extract should be: StreamMgrCli
 // cannot read it, names no copy, and db prints nothing after the heading.
 TEST_P(HostileDisk, OddStreamFileIsNotExtracted) {
-  const Odd odds[] = {Odd::kFifo,     Odd::kSocket,  Odd::kFolder,
-                      Odd::kDangling, Odd::kLooping, Odd::kLinkToFolder};
-  const char* reasons[] = {"not a regular file",
-                           "not a regular file",
-                           "not a regular file",
-                           "No such file or directory",
-                           "Too many levels of symbolic links",
-                           "not a regular file"};
-  for (size_t i = 0; i < sizeof odds / sizeof odds[0]; ++i) {
-    SCOPED_TRACE(i);
-    std::system(("rm -rf '" + At("streams/1.ts") + "'").c_str());
-    MakeOdd(odds[i], At("streams/1.ts"));
-    const std::string store = disk_.Dump();
-    const std::string files = DiskFiles(disk_);
-    const RunResult r = Db({"-a", "d"});
-    EXPECT_RUN(r, "File count = 1\n Checking 1.ts:  extracting...",
-               std::string("StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: ") +
-                   reasons[i] + "\n",
-               0);
-    ExpectUnchanged(store, files);
+  for (const auto& odd : kOdds) {
+    SCOPED_TRACE(odd.second);
+    MakeOdd(odd.first, At("streams/1.ts"));
+    ExpectRun({"-a", "d"}, {kNotExtracted, CannotExtract(odd.second), 0}, Now());
   }
 }
 
 // Odd things where the event's description file should be: the row shows
-// the staged event with the message for a file that cannot be loaded.
+// the staged event with the message for a file that cannot be loaded. A
+// link that leads nowhere does not exist as far as stat knows: the event is
+// not staged and the file is never opened.
 TEST_P(HostileDisk, OddDescriptionFileCannotBeLoaded) {
-  const Odd odds[] = {Odd::kFifo,     Odd::kSocket,  Odd::kFolder,
-                      Odd::kDangling, Odd::kLooping, Odd::kLinkToFolder};
-  for (Odd odd : odds) {
-    SCOPED_TRACE(static_cast<int>(odd));
-    std::system(("rm -rf '" + At("connectionmgr/r1.xml") + "'").c_str());
-    MakeOdd(odd, At("connectionmgr/r1.xml"));
-    const bool dangles = odd == Odd::kDangling || odd == Odd::kLooping;
-    const std::string store = disk_.Dump();
-    const std::string files = DiskFiles(disk_);
-    const RunResult r = Db({"-e"});
-    // A link that leads nowhere does not exist as far as stat knows: the
-    // event is not staged and the file is never opened.
-    EXPECT_RUN(r, kGibHeading + (dangles ? DefaultRow("r1") : StagedRow("r1")),
-               dangles ? "" : "Failed to load XML file: /mnt/hd/connectionmgr/r1.xml", 0);
-    ExpectUnchanged(store, files);
+  for (const auto& odd : kOdds) {
+    SCOPED_TRACE(odd.second);
+    MakeOdd(odd.first, At("connectionmgr/r1.xml"));
+    const bool dangles = odd.first == Odd::kDangling || odd.first == Odd::kLooping;
+    ExpectRun({"-e"},
+              {kGibHeading + (dangles ? DefaultRow("r1") : StagedRow("r1")),
+               dangles ? "" : "Failed to load XML file: /mnt/hd/connectionmgr/r1.xml", 0},
+              Now());
   }
 }
 
@@ -239,112 +220,70 @@ TEST_P(HostileDisk, OddDescriptionFileCannotBeLoaded) {
 // store cannot, nothing is created through the link, and the outside store
 // keeps its rows.
 TEST_P(HostileDisk, OddStoreCannotBeOpened) {
-  const std::string outside = tmpCanary_.File() + ".db";
+  const ScratchDir hidden("outside-store", 0755);
+  const std::string outside = hidden.Path() + "/stream.db";
   ASSERT_EQ(0, std::system(("cp '" + disk_.StorePath() + "' '" + outside + "'").c_str()));
   const std::string kept = disk_.Dump();
   for (const std::string odd : {"fifo", "dangling", "outside"}) {
     SCOPED_TRACE(odd);
-    unlink(disk_.StorePath().c_str());
     if (odd == "fifo") {
-      mkfifo(disk_.StorePath().c_str(), 0666);
+      MakeOdd(Odd::kFifo, disk_.StorePath());
     } else {
+      unlink(disk_.StorePath().c_str());
       symlink(odd == "dangling" ? "no-such-store" : outside.c_str(), disk_.StorePath().c_str());
     }
-    const std::string files = DiskFiles(disk_);
-    const RunResult r = Db({"-t", "-d", "r1"});
-    EXPECT_RUN(r, TablesOfAStoreThatCannotBeOpened());
-    EXPECT_EQ(files, DiskFiles(disk_));
+    ExpectRun({"-t", "-d", "r1"}, TablesOfAStoreThatCannotBeOpened(), Now(false));
   }
   unlink(disk_.StorePath().c_str());
   ASSERT_EQ(0, std::system(("cp '" + outside + "' '" + disk_.StorePath() + "'").c_str()));
   EXPECT_EQ(kept, disk_.Dump());
 }
 
-INSTANTIATE_TEST_SUITE_P(Hostile, HostileDisk,
-                         ::testing::Combine(BothAccessPaths(), ::testing::Bool()),
-                         [](const ::testing::TestParamInfo<Param>& info) {
-                           return std::string(AccessPathName(std::get<0>(info.param))) +
-                                  (std::get<1>(info.param) ? "Unprivileged" : "Root");
-                         });
-
-}  // namespace
-
 // Files that user nobody may not read (root reads them all): the description
 // file reads as one that cannot be loaded, the data file is only measured,
 // the stream file is not extracted, and the store does not open.
 TEST_P(HostileDisk, UnreadableFilesReadAsFilesThatCannotBeRead) {
-  const bool unprivileged = std::get<1>(GetParam());
-  struct Case {
-    const char* file;
-    std::vector<std::string> args;
-    std::string out;
-    std::string err;
-    int status;
-    std::string outAsRoot;
+  const auto expect = [this](const char* file, const std::vector<std::string>& args,
+                             const RunResult& asNobody, const std::string& outAsRoot) {
+    SCOPED_TRACE(file);
+    ASSERT_EQ(0, chmod(At(file).c_str(), 0));
+    ExpectRun(args, std::get<1>(GetParam()) ? asNobody : RunResult{outAsRoot, "", 0}, Now());
+    ASSERT_EQ(0, chmod(At(file).c_str(), 0666));
   };
-  const Case cases[] = {
-      {"connectionmgr/r1.xml",
-       {"-e"},
-       kGibHeading + StagedRow("r1"),
-       "Failed to load XML file: /mnt/hd/connectionmgr/r1.xml",
-       0,
-       kGibHeading + StagedRow("r1")},
-      {"connectionmgr/r1.mtd",
-       {"-e"},
-       kGibHeading + StagedRow("r1"),
-       "",
-       0,
-       kGibHeading + StagedRow("r1")},
-      {"streams/1.ts",
-       {"-a", "d"},
-       "File count = 1\n Checking 1.ts:  extracting...",
-       "StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: Permission denied\n",
-       0,
-       kAnalysisPassed},
-      {"streammgr/stream.db",
-       {"-t"},
-       std::string(kTablesHeading) + "\n",
-       OpeningFailure() +
-           "unable to prepare: select tbl_name from sqlite_master where type='table'",
-       14,
-       std::string(kTablesHeading) + "events             1\n"
-                                     "streamfiles        1\n"
-                                     "status             0\n"
-                                     "\n"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.file);
-    ASSERT_EQ(0, chmod(At(c.file).c_str(), 0));
-    const std::string store = disk_.Dump();
-    const std::string files = DiskFiles(disk_);
-    const RunResult r = Db(c.args);
-    EXPECT_RUN(r, unprivileged ? c.out : c.outAsRoot, unprivileged ? c.err : "",
-               unprivileged ? c.status : 0);
-    ExpectUnchanged(store, files);
-    ASSERT_EQ(0, chmod(At(c.file).c_str(), 0666));
-  }
+  expect(
+      "connectionmgr/r1.xml", {"-e"},
+      {kGibHeading + StagedRow("r1"), "Failed to load XML file: /mnt/hd/connectionmgr/r1.xml", 0},
+      kGibHeading + StagedRow("r1"));
+  expect("connectionmgr/r1.mtd", {"-e"}, {kGibHeading + StagedRow("r1"), "", 0},
+         kGibHeading + StagedRow("r1"));
+  expect("streams/1.ts", {"-a", "d"}, {kNotExtracted, CannotExtract("Permission denied"), 0},
+         kAnalysisPassed);
+  expect("streammgr/stream.db", {"-t"},
+         {std::string(kTablesHeading) + "\n",
+          OpeningFailure() +
+              "unable to prepare: select tbl_name from sqlite_master where type='table'",
+          14},
+         std::string(kTablesHeading) +
+             "events             1\n"
+             "streamfiles        1\n"
+             "status             0\n"
+             "\n");
 }
 
 // Links at the event's data file, which is only measured: one that leads to
 // a file (or a folder) counts it, one that leads nowhere (the host's /tmp is
 // hidden) leaves the event unstaged.
 TEST_P(HostileDisk, LinkedDataFileIsOnlyMeasured) {
-  struct Case {
-    std::string target;
-    bool staged;
-  };
-  const Case cases[] = {{visibleCanary_.File(), true},   {tmpCanary_.File(), false},
-                        {visibleCanary_.Folder(), true}, {"r1.xml", true},
-                        {"no-such-file", false},         {"r1.mtd", false}};
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.target);
+  for (const auto& link :
+       {std::make_pair(visibleCanary_.File(), true), std::make_pair(tmpCanary_.File(), false),
+        std::make_pair(visibleCanary_.Folder(), true), std::make_pair(std::string("r1.xml"), true),
+        std::make_pair(std::string("no-such-file"), false),
+        std::make_pair(std::string("r1.mtd"), false)}) {
+    SCOPED_TRACE(link.first);
     unlink(At("connectionmgr/r1.mtd").c_str());
-    ASSERT_EQ(0, symlink(c.target.c_str(), At("connectionmgr/r1.mtd").c_str()));
-    const std::string store = disk_.Dump();
-    const std::string files = DiskFiles(disk_);
-    const RunResult r = Db({"-e"});
-    EXPECT_RUN(r, kGibHeading + (c.staged ? StagedRow("r1") : DefaultRow("r1")), "", 0);
-    ExpectUnchanged(store, files);
+    ASSERT_EQ(0, symlink(link.first.c_str(), At("connectionmgr/r1.mtd").c_str()));
+    ExpectRun({"-e"}, {kGibHeading + (link.second ? StagedRow("r1") : DefaultRow("r1")), "", 0},
+              Now());
   }
 }
 
@@ -354,23 +293,15 @@ TEST_P(HostileDisk, LinkedFoldersLeadOffTheDisk) {
   for (const Canary* canary : {&visibleCanary_, &tmpCanary_}) {
     SCOPED_TRACE(canary->Folder());
     for (const char* folder : {"connectionmgr", "streams"}) {
-      ASSERT_EQ(0, std::system(("mv '" + At(folder) + "' '" + At(folder) + ".kept'").c_str()));
+      ASSERT_EQ(0, rename(At(folder).c_str(), (At(folder) + ".kept").c_str()));
       ASSERT_EQ(0, symlink(canary->Folder().c_str(), At(folder).c_str()));
     }
-    const std::string store = disk_.Dump();
-    const std::string files = DiskFiles(disk_);
-    RunResult r = Db({"-e"});
-    EXPECT_RUN(r, kGibHeading + DefaultRow("r1"), "", 0);
-    ExpectUnchanged(store, files);
-    r = Db({"-a", "d"});
-    EXPECT_RUN(
-        r, "File count = 1\n Checking 1.ts:  extracting...",
-        "StreamMgrCli: cannot extract stream file 1: /mnt/hd/streams/1.ts: No such file or directory\n",
-        0);
-    ExpectUnchanged(store, files);
+    const DiskState before = Now();
+    ExpectRun({"-e"}, {kGibHeading + DefaultRow("r1"), "", 0}, before);
+    ExpectRun({"-a", "d"}, {kNotExtracted, CannotExtract("No such file or directory"), 0}, before);
     for (const char* folder : {"connectionmgr", "streams"}) {
       ASSERT_EQ(0, unlink(At(folder).c_str()));
-      ASSERT_EQ(0, std::system(("mv '" + At(folder) + ".kept' '" + At(folder) + "'").c_str()));
+      ASSERT_EQ(0, rename((At(folder) + ".kept").c_str(), At(folder).c_str()));
     }
   }
 }
@@ -382,35 +313,30 @@ TEST_P(HostileDisk, OddStoreEndsTheSqlCommandToo) {
   const std::string kept = disk_.Dump();
   const std::string saved = At("stream.db.kept");
   ASSERT_EQ(0, rename(disk_.StorePath().c_str(), saved.c_str()));
-  for (const char* odd : {"socket", "device", "fifo", "dangling", "looping", "folder"}) {
-    SCOPED_TRACE(odd);
-    std::system(("rm -rf '" + disk_.StorePath() + "'").c_str());
-    const std::string kind = odd;
-    if (kind == "socket") {
-      MakeSocket(disk_.StorePath());
-    } else if (kind == "device") {
-      // The null device: the sandbox opens no device on the disk.
-      ASSERT_EQ(0, mknod(disk_.StorePath().c_str(), S_IFCHR | 0666, makedev(1, 3)));
-    } else {
-      MakeOdd(kind == "fifo"       ? Odd::kFifo
-              : kind == "dangling" ? Odd::kDangling
-              : kind == "looping"  ? Odd::kLooping
-                                   : Odd::kFolder,
-              disk_.StorePath());
-    }
-    const std::string files = DiskFiles(disk_);
-    RunResult r = Db({"-t", "-d", "r1"});
-    EXPECT_RUN(r, TablesOfAStoreThatCannotBeOpened());
-    ExpectFilesUnchanged(files);
-    r = Db({"-s"});
-    EXPECT_RUN(
-        r, "",
-        OpeningFailure() +
-            "Error: unable to open database \"/mnt/hd/streammgr/stream.db\": unable to open database file\n",
-        SQLITE_CANTOPEN);
-    ExpectFilesUnchanged(files);
+  for (const Odd odd :
+       {Odd::kSocket, Odd::kDevice, Odd::kFifo, Odd::kDangling, Odd::kLooping, Odd::kFolder}) {
+    SCOPED_TRACE(static_cast<int>(odd));
+    MakeOdd(odd, disk_.StorePath());
+    const DiskState before = Now(false);
+    ExpectRun({"-t", "-d", "r1"}, TablesOfAStoreThatCannotBeOpened(), before);
+    ExpectRun(
+        {"-s"},
+        {"",
+         OpeningFailure() +
+             "Error: unable to open database \"/mnt/hd/streammgr/stream.db\": unable to open database file\n",
+         SQLITE_CANTOPEN},
+        before);
   }
   std::system(("rm -rf '" + disk_.StorePath() + "'").c_str());
   ASSERT_EQ(0, rename(saved.c_str(), disk_.StorePath().c_str()));
   EXPECT_EQ(kept, disk_.Dump());
 }
+
+INSTANTIATE_TEST_SUITE_P(Hostile, HostileDisk,
+                         ::testing::Combine(BothAccessPaths(), ::testing::Bool()),
+                         [](const ::testing::TestParamInfo<Param>& info) {
+                           return std::string(AccessPathName(std::get<0>(info.param))) +
+                                  (std::get<1>(info.param) ? "Unprivileged" : "Root");
+                         });
+
+}  // namespace

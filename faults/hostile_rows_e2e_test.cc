@@ -6,7 +6,6 @@
 #include <string>
 
 #include "events/expected_event_table.h"
-#include "faults/fault_helpers.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -16,13 +15,12 @@ class HostileRows : public ::testing::TestWithParam<AccessPath> {
  protected:
   RunResult ListEvents(const std::string& sql) {
     disk_.Exec(sql);
-    before_ = disk_.Dump();
+    const std::string before = disk_.Dump();
     const RunResult r = RunDb(disk_, GetParam(), {"-e", "-p", "-u"});
-    EXPECT_EQ(before_, disk_.Dump());
+    EXPECT_EQ(before, disk_.Dump());
     return r;
   }
   RecorderDisk disk_;
-  std::string before_;
 };
 
 TEST_P(HostileRows, ValuesOfTheWrongTypeReadAsTheirRecordsReadThem) {
@@ -31,16 +29,16 @@ TEST_P(HostileRows, ValuesOfTheWrongTypeReadAsTheirRecordsReadThem) {
   const RunResult r = ListEvents(EventRow("r1").Insert() +
                                  "update events set state = 'busy', part = 2.9, "
                                  "totalparts = x'00', starttick = -1.5 where reid = 'r1';");
-  EXPECT_EQ(0, r.status);
-  EXPECT_EQ("", r.err);
+  // Part of the output on purpose: that the row is listed, whatever its
+  // records made of the values.
   EXPECT_NE(std::string::npos, r.out.find("r1 "));
+  EXPECT_RUN(r, r.out, "", 0);
 }
 
 TEST_P(HostileRows, AHugeReidIsPrintedWhole) {
   const std::string reid(200000, 'r');
-  const RunResult r = ListEvents(EventRow(reid).Insert());
-  EXPECT_RUN(r, kGibHeading + DefaultRow(reid) + kGibHeading + kGibHeading + DefaultRow(reid), "",
-             0);
+  EXPECT_RUN(ListEvents(EventRow(reid).Insert()),
+             kGibHeading + DefaultRow(reid) + kGibHeading + kGibHeading + DefaultRow(reid), "", 0);
 }
 
 // The answers column is JSON that the row loader parses. Nested this deep it

@@ -6,12 +6,16 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
+#include <ostream>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
+#include "maintenance/expected_deletion.h"
 #include "testing/disk_manifest.h"
 #include "testing/expected_start_up.h"
+#include "testing/faults_case_tables.h"
 #include "testing/power_cut.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
@@ -78,11 +82,9 @@ using Param = std::tuple<bool, AccessPath>;
 
 class PulledDisk : public ::testing::TestWithParam<Param> {
  protected:
-  void SetUp() override { MakeSampleDisk(disk_); }
-
-  static void MakeSampleDisk(const RecorderDisk& disk) {
+  void SetUp() override {
     ASSERT_EQ(0, RunShell(std::string(DB_SOURCE_DIR) + "/tools/make-sample-disk " +
-                          ShellQuote(disk.Path()) + " > /dev/null")
+                          ShellQuote(disk_.Path()) + " > /dev/null")
                      .status);
   }
   bool Unprivileged() const { return std::get<0>(GetParam()); }
@@ -217,8 +219,7 @@ TEST_P(PulledDisk, ScratchFolderIsRemovedAtExit) {
   SandboxOptions options = Options();
   options.sandboxArgs = {"--snapshot"};
   options.environment = {"TMPDIR=" + tmp.Path()};
-  const RunResult r = Db({"-d", kSplitPart}, options);
-  EXPECT_EQ(0, r.status) << r.err;
+  EXPECT_RUN(Db({"-d", kSplitPart}, options), OnWritableCopy({"-d", kSplitPart}));
   EXPECT_EQ("", RunShell("ls -A " + ShellQuote(tmp.Path())).out);
   EXPECT_EQ(before, DiskManifest(disk_.Path()));
 }
@@ -261,122 +262,110 @@ INSTANTIATE_TEST_SUITE_P(Examined, PulledImage,
                          ::testing::Combine(::testing::Values(false), BothAccessPaths()),
                          PulledName);
 
-// What --snapshot=DIR refuses, before anything is mounted or made.
-class SnapshotFolder : public ::testing::Test {
+// A disk and a place on the host for the changes of a snapshot.
+class SnapshotPlace {
  protected:
-  RunResult Run(const std::string& snapshot, const std::vector<std::string>& prefix = {}) {
-    SandboxOptions options;
-    options.sandboxArgs = {snapshot};
-    options.prefix = prefix;
-    return RunInSandbox(disk_, {"db", "-t"}, options);
-  }
-  // Runs the sandbox's command line after `mount` (shell words, $1 standing
-  // for the place).
-  std::vector<std::string> After(const std::string& mount) const {
-    return InMountNamespace(mount + " || exit", {place_.Path()});
-  }
-  static RunResult Refused(const std::string& message) {
-    return RunResult{"", "recorder-sandbox: " + message + "\n", 125};
+  // `text` with {disk} and {place} filled in.
+  std::string Fill(std::string text) const {
+    for (const auto& name : {std::make_pair(std::string("{disk}"), disk_.Path()),
+                             std::make_pair(std::string("{place}"), place_.Path())}) {
+      for (size_t at = text.find(name.first); at != std::string::npos;
+           at = text.find(name.first, at)) {
+        text.replace(at, name.first.size(), name.second);
+      }
+    }
+    return text;
   }
   RecorderDisk disk_;
   ScratchDir place_{"snapshot"};
 };
 
-TEST_F(SnapshotFolder, InsideTheDiskIsRefused) {
-  const std::string before = DiskManifest(disk_.Path());
-  const std::string inside = disk_.Path() + "/changes";
-  EXPECT_RUN(Run("--snapshot=" + inside),
-             Refused("--snapshot=" + inside + " lies inside the disk " + disk_.Path() +
-                     "; keep the changes outside it"));
-  EXPECT_RUN(Run("--snapshot=" + disk_.Path()),
-             Refused("--snapshot=" + disk_.Path() + " lies inside the disk " + disk_.Path() +
-                     "; keep the changes outside it"));
-  EXPECT_EQ(before, DiskManifest(disk_.Path()));
-}
+// What --snapshot refuses, before anything is mounted or made.
+struct Refusal {
+  const char* name;
+  const char* setup;     // shell commands run first
+  const char* snapshot;  // the sandbox's option
+  const char* message;
+  const char* mount = "";  // mounted in the sandbox's mount namespace, $1 the place
+  const char* tmpdir = nullptr;
+};
 
-TEST_F(SnapshotFolder, ScratchInsideTheDiskIsRefused) {
-  disk_.WriteFile("tmp/.keep", "");
+const Refusal kRefusals[] = {
+    {"InsideTheDiskIsRefused", "", "--snapshot={disk}/changes",
+     "--snapshot={disk}/changes lies inside the disk {disk}; keep the changes outside it"},
+    {"TheDiskItselfIsRefused", "", "--snapshot={disk}",
+     "--snapshot={disk} lies inside the disk {disk}; keep the changes outside it"},
+    {"ScratchInsideTheDiskIsRefused", "mkdir {disk}/tmp", "--snapshot",
+     "TMPDIR={disk}/tmp lies inside the disk {disk}; the changes go outside it", "", "{disk}/tmp"},
+    {"FolderThatIsNotEmptyIsRefused", "mkdir {place}/changes && touch {place}/changes/.old",
+     "--snapshot={place}/changes",
+     "--snapshot={place}/changes is not empty; give a new or empty folder, so that it holds this run's changes and nothing else"},
+    {"FileIsRefused", "touch {place}/file", "--snapshot={place}/file",
+     "--snapshot={place}/file is not a folder"},
+    {"MissingParentIsRefused", "", "--snapshot={place}/no/changes",
+     "--snapshot={place}/no/changes: there is no folder {place}/no"},
+    // Overlayfs's work folder must lie beside DIR on the same mount.
+    {"MountPointIsRefused", "mkdir {place}/changes", "--snapshot={place}/changes",
+     "--snapshot={place}/changes is a mount point; give a new folder inside it",
+     "mount -t tmpfs scratch \"$1/changes\""},
+    {"EmptyNameIsRefused", "", "--snapshot=", "--snapshot= names no folder to keep the changes in"},
+    {"NameOverlayfsCannotTakeIsRefused", "", "--snapshot={place}/a,b",
+     "--snapshot={place}/a,b: overlayfs cannot take a folder whose name holds a comma, colon or backslash"},
+};
+
+class SnapshotRefusal : public SnapshotPlace, public ::testing::TestWithParam<Refusal> {};
+
+TEST_P(SnapshotRefusal, LeavesTheDiskAsItWas) {
+  const Refusal& c = GetParam();
+  ASSERT_EQ(0, RunShell(Fill(c.setup) + "\ntrue").status);
   const std::string before = DiskManifest(disk_.Path());
   SandboxOptions options;
-  options.sandboxArgs = {"--snapshot"};
-  options.environment = {"TMPDIR=" + disk_.Path() + "/tmp"};
-  EXPECT_RUN(RunInSandbox(disk_, {"db", "-t"}, options),
-             Refused("TMPDIR=" + disk_.Path() + "/tmp lies inside the disk " + disk_.Path() +
-                     "; the changes go outside it"));
+  options.sandboxArgs = {Fill(c.snapshot)};
+  if (*c.mount != '\0') {
+    options.prefix = InMountNamespace(std::string(c.mount) + " || exit", {place_.Path()});
+  }
+  if (c.tmpdir != nullptr) options.environment = {"TMPDIR=" + Fill(c.tmpdir)};
+  EXPECT_RUN(RunInSandbox(disk_, {"db", "-t"}, options), "",
+             "recorder-sandbox: " + Fill(c.message) + "\n", 125);
   EXPECT_EQ(before, DiskManifest(disk_.Path()));
 }
 
-TEST_F(SnapshotFolder, FolderThatIsNotEmptyIsRefused) {
-  const std::string kept = place_.Path() + "/changes";
-  ASSERT_EQ(
-      0, RunShell("mkdir " + ShellQuote(kept) + " && touch " + ShellQuote(kept + "/.old")).status);
-  EXPECT_RUN(Run("--snapshot=" + kept),
-             Refused("--snapshot=" + kept +
-                     " is not empty; give a new or empty folder, so that it holds this run's "
-                     "changes and nothing else"));
-}
+void PrintTo(const Refusal& c, std::ostream* out) { *out << c.name; }
+INSTANTIATE_TEST_SUITE_P(Refused, SnapshotRefusal, ::testing::ValuesIn(kRefusals),
+                         CaseName<Refusal>);
 
-TEST_F(SnapshotFolder, FileIsRefused) {
-  const std::string file = place_.Path() + "/file";
-  ASSERT_EQ(0, RunShell("touch " + ShellQuote(file)).status);
-  EXPECT_RUN(Run("--snapshot=" + file), Refused("--snapshot=" + file + " is not a folder"));
-}
-
-TEST_F(SnapshotFolder, MissingParentIsRefused) {
-  const std::string kept = place_.Path() + "/no/changes";
-  EXPECT_RUN(Run("--snapshot=" + kept),
-             Refused("--snapshot=" + kept + ": there is no folder " + place_.Path() + "/no"));
-}
-
-// Overlayfs's work folder must lie beside DIR on the same mount.
-TEST_F(SnapshotFolder, MountPointIsRefused) {
-  const std::string kept = place_.Path() + "/changes";
-  ASSERT_EQ(0, RunShell("mkdir " + ShellQuote(kept)).status);
-  EXPECT_RUN(Run("--snapshot=" + kept, After("mount -t tmpfs scratch \"$1/changes\"")),
-             Refused("--snapshot=" + kept + " is a mount point; give a new folder inside it"));
-}
+class SnapshotFolder : public SnapshotPlace, public ::testing::Test {};
 
 // A place where overlayfs cannot keep an upper layer (an overlayfs itself)
 // stops the sandbox before anything runs; the disk is not used instead.
 TEST_F(SnapshotFolder, ViewThatOverlayfsRefusesStopsTheSandbox) {
-  ASSERT_EQ(0,
-            RunShell("cd " + ShellQuote(place_.Path()) + " && mkdir lower upper work view").status);
+  ASSERT_EQ(0, RunShell(Fill("cd {place} && mkdir lower upper work view")).status);
   const std::string before = DiskManifest(disk_.Path());
-  const RunResult r = Run("--snapshot=" + place_.Path() + "/view/changes",
-                          After("mount -t overlay lower -o "
-                                "lowerdir=\"$1/lower\",upperdir=\"$1/upper\",workdir=\"$1/work\" "
-                                "\"$1/view\""));
+  SandboxOptions options;
+  options.sandboxArgs = {Fill("--snapshot={place}/view/changes")};
+  options.prefix = InMountNamespace(
+      "mount -t overlay lower -o "
+      "lowerdir=\"$1/lower\",upperdir=\"$1/upper\",workdir=\"$1/work\" \"$1/view\" || exit",
+      {place_.Path()});
+  const RunResult r = RunInSandbox(disk_, {"db", "-t"}, options);
   // Part of standard error on purpose: between the two, mount(8)'s own words.
-  const std::string head = "recorder-sandbox: overlayfs cannot make a copy-on-write view of " +
-                           disk_.Path() + " with the changes in " + place_.Path() + "/view (";
+  const std::string head = Fill(
+      "recorder-sandbox: overlayfs cannot make a copy-on-write view of {disk} with the changes in {place}/view (");
   const std::string tail = "); the disk is left as it was\n";
   EXPECT_EQ(0u, r.err.find(head)) << r.err;
   EXPECT_EQ(r.err.size() - tail.size(), r.err.rfind(tail)) << r.err;
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ(125, r.status);
+  EXPECT_RUN(r, "", r.err, 125);
   EXPECT_EQ(before, DiskManifest(disk_.Path()));
-}
-
-TEST_F(SnapshotFolder, EmptyNameIsRefused) {
-  EXPECT_RUN(Run("--snapshot="), Refused("--snapshot= names no folder to keep the changes in"));
-}
-
-TEST_F(SnapshotFolder, NameOverlayfsCannotTakeIsRefused) {
-  const std::string kept = place_.Path() + "/a,b";
-  EXPECT_RUN(Run("--snapshot=" + kept),
-             Refused("--snapshot=" + kept +
-                     ": overlayfs cannot take a folder whose name holds a comma, colon or "
-                     "backslash"));
 }
 
 // An empty folder that is already there takes the changes.
 TEST_F(SnapshotFolder, EmptyFolderTakesTheChanges) {
   disk_.Exec(EventRow("kept-event").Insert());
-  ASSERT_EQ(0, RunShell("mkdir " + ShellQuote(place_.Path() + "/changes")).status);
+  ASSERT_EQ(0, RunShell(Fill("mkdir {place}/changes")).status);
   SandboxOptions options;
-  options.sandboxArgs = {"--snapshot=" + place_.Path() + "/changes"};
-  EXPECT_RUN(RunInSandbox(disk_, {"db", "-d", "kept-event"}, options),
-             "  Successfully deleted 1 event:  id = kept-event\n", "", 0);
+  options.sandboxArgs = {Fill("--snapshot={place}/changes")};
+  EXPECT_RUN(RunInSandbox(disk_, {"db", "-d", "kept-event"}, options), Deleted(1, "kept-event"), "",
+             0);
   EXPECT_EQ(0, EventCount(place_.Path() + "/changes/streammgr/stream.db"));
   EXPECT_EQ(1, EventCount(disk_.StorePath()));
 }
@@ -399,10 +388,7 @@ TEST(UnprivilegedSnapshot, DiskOfAnotherUserIsReadWithANote) {
                  "\n",
              "recorder-sandbox: note: as nobody the view cannot change what other "
              "users own on the disk (" +
-                 disk.Path() +
-                 "); run as root for that\n"
-                 "  Error deleting event or groupId:  id = other-users-event\n"
-                 "could not free statement, leaking memory\n",
+                 disk.Path() + "); run as root for that\n" + DeleteByIdFailed("other-users-event"),
              0);
   EXPECT_EQ(before, DiskManifest(disk.Path()));
 }

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "events/expected_event_table.h"
-#include "faults/fault_helpers.h"
+#include "maintenance/expected_deletion.h"
 #include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
@@ -14,19 +14,11 @@
 
 namespace {
 
-using faults::DeletionsRefused;
-
 class ReadOnlyStore : public ::testing::TestWithParam<AccessPath> {
  protected:
   void SetUp() override {
     disk_.Exec(EventRow("r1").Insert() + EventRow("r2").Insert());
     before_ = disk_.Dump();
-  }
-  // Neither the store nor its folder (where SQLite keeps its journal) can be
-  // written by a user who does not own them.
-  void WriteProtect() {
-    chmod(disk_.StorePath().c_str(), 0444);
-    chmod((disk_.Path() + "/streammgr").c_str(), 0555);
   }
   RecorderDisk disk_;
   std::string before_;
@@ -44,28 +36,24 @@ TEST_F(ReadOnlyStore, ReadOnlyMountListsAndRefusesDeletionsDirectly) {
                  "streamfiles        0\n"
                  "status             0\n"
                  "\n",
-             DeletionsRefused("r1"), 0);
+             DeleteByIdFailed("r1") + kDeleteAllFailed, 0);
   EXPECT_EQ(before_, disk_.Dump());
 }
 
 TEST_P(ReadOnlyStore, StoreTheUserMayNotWriteIsListedButNotDeletedFrom) {
-  WriteProtect();
+  // Neither the store nor its folder (where SQLite keeps its journal) can be
+  // written by a user who does not own them.
+  chmod(disk_.StorePath().c_str(), 0444);
+  chmod((disk_.Path() + "/streammgr").c_str(), 0555);
   SandboxOptions options;
   options.unprivileged = true;
   const RunResult r = RunDb(disk_, GetParam(), {"-r", "r2", "-d", "r2", "--deleteall"}, options);
-  if (GetParam() == AccessPath::kDirect) {
-    EXPECT_RUN(r, kGibHeading + DefaultRow("r2") + "\n", DeletionsRefused("r2"), 0);
-  } else {
-    // The daemon cannot delete either, and says so for every event.
-    EXPECT_RUN(r,
-               kGibHeading + DefaultRow("r2") +
-                   "  Successfully deleted 0 events:  id = r2\n"
-                   "  Successfully deleted 0 events\n",
-               "  Failed to delete event:  reid= r2  groupId= \n"
-               "  Failed to delete event:  reid= r1  groupId= \n"
-               "  Failed to delete event:  reid= r2  groupId= \n",
-               0);
-  }
+  // The daemon cannot delete either, and says so for every event.
+  const PathText deletions = {"\n", Deleted(0, "r2") + DeletedAll(0).daemon};
+  const PathText refusals = {DeleteByIdFailed("r2") + kDeleteAllFailed,
+                             FailedToDelete("r2") + FailedToDelete("r1") + FailedToDelete("r2")};
+  EXPECT_RUN(r, kGibHeading + DefaultRow("r2") + deletions.On(GetParam()), refusals.On(GetParam()),
+             0);
   EXPECT_EQ(before_, disk_.Dump());
 }
 

@@ -57,8 +57,7 @@ TEST_P(ReplacedStore, ListingAfterTheStoreWasReplaced) {
 }
 
 TEST_P(ReplacedStore, DeletionAfterTheStoreWasReplaced) {
-  const RunResult r = Run({"-s", "-d", "r1", "--deleteall"});
-  EXPECT_RUN(r, "",
+  EXPECT_RUN(Run({"-s", "-d", "r1", "--deleteall"}), "",
              Direct()
                  ? ": error getting count of events to delete using "
                    "'select count(*) from events where reid='r1' or groupId='r1''\n"

@@ -10,10 +10,10 @@
 #include <string>
 #include <tuple>
 
+#include "testing/disk_manifest.h"
 #include "testing/host_canary.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
-#include "testing/shell.h"
 
 namespace {
 
@@ -50,15 +50,6 @@ class SandboxConfinement : public ::testing::TestWithParam<Param> {
     return RunInSandbox(disk_, {"sh", "-c", script}, options);
   }
   RunResult Run(const std::string& script) { return Run(script, Options()); }
-  // The disk with everything on it, the store's rows included.
-  std::string DiskState() const {
-    return disk_.Dump() +
-           RunShell("cd '" + disk_.Path() +
-                    "' && find . ! -path ./streammgr/stream.db -printf '%p %y %l\\n' | sort && "
-                    "find . -type f ! -path ./streammgr/stream.db -exec md5sum {} + | sort")
-               .out;
-  }
-
   RecorderDisk disk_;
   // In a host folder that the sandbox shows read-only wherever the checkout
   // lies (a build below the host's /tmp is hidden but for its programs), and
@@ -86,20 +77,19 @@ TEST_P(SandboxConfinement, WritesToTheHostFailWithTheWritersMessage) {
   const std::string varTmp = "/var/tmp/sandbox-canary-" + std::to_string(getpid());
   ASSERT_EQ(0, symlink(visible_.File().c_str(), (disk_.Path() + "/to-file").c_str()));
   ASSERT_EQ(0, symlink(visible_.Folder().c_str(), (disk_.Path() + "/to-folder").c_str()));
-  const std::string before = DiskState();
+  const std::string before = DiskManifest(disk_.Path());
   const std::string targets[] = {
       visible_.File(),   visible_.Folder() + "/new", etc, varTmp, "/usr/sandbox-canary",
       "/mnt/hd/to-file", "/mnt/hd/to-folder/new"};
   for (const std::string& target : targets) {
     SCOPED_TRACE(target);
-    const RunResult r = Run("cp /mnt/hd/payload '" + target + "'");
-    EXPECT_RUN(r, "", "cp: cannot create regular file '" + target + "': Read-only file system\n",
-               1);
+    EXPECT_RUN(Run("cp /mnt/hd/payload '" + target + "'"), "",
+               "cp: cannot create regular file '" + target + "': Read-only file system\n", 1);
     EXPECT_EQ(kUntouched, visible_.State());
     EXPECT_FALSE(Exists(etc));
     EXPECT_FALSE(Exists(varTmp));
     EXPECT_FALSE(Exists("/usr/sandbox-canary"));
-    EXPECT_EQ(before, DiskState());
+    EXPECT_EQ(before, DiskManifest(disk_.Path()));
   }
   // Should a write have got through, the next run starts clean.
   for (const std::string& path : {etc, varTmp, std::string("/usr/sandbox-canary")}) {
@@ -111,10 +101,10 @@ TEST_P(SandboxConfinement, WritesToTheHostFailWithTheWritersMessage) {
 // disk's reach the host.
 TEST_P(SandboxConfinement, TheDiskRunAndPrivateTmpAreWritable) {
   const std::string name = "sandbox-scratch-" + std::to_string(getpid());
-  const RunResult r = Run("echo disk > /mnt/hd/" + name + " && echo run > /run/linx/" + name +
-                          " && echo tmp > /tmp/" + name + " && cat /mnt/hd/" + name +
-                          " /run/linx/" + name + " /tmp/" + name);
-  EXPECT_RUN(r, "disk\nrun\ntmp\n", "", 0);
+  EXPECT_RUN(Run("echo disk > /mnt/hd/" + name + " && echo run > /run/linx/" + name +
+                 " && echo tmp > /tmp/" + name + " && cat /mnt/hd/" + name + " /run/linx/" + name +
+                 " /tmp/" + name),
+             "disk\nrun\ntmp\n", "", 0);
   EXPECT_EQ("disk\n", disk_.ReadFile(name));
   EXPECT_FALSE(Exists("/tmp/" + name));
   EXPECT_FALSE(Exists("/run/linx/" + name));
@@ -136,10 +126,10 @@ TEST_P(SandboxConfinement, TheHostsTmpIsHidden) {
 TEST_P(SandboxConfinement, ReadOnlyOptionShowsAFolderReadOnly) {
   SandboxOptions options = Options();
   options.sandboxArgs = {"--ro", hidden_.Folder()};
-  const RunResult r =
-      Run("cat '" + hidden_.File() + "' && cp /mnt/hd/payload '" + hidden_.File() + "'", options);
-  EXPECT_RUN(r, kCanaryText,
-             "cp: cannot create regular file '" + hidden_.File() + "': Read-only file system\n", 1);
+  EXPECT_RUN(
+      Run("cat '" + hidden_.File() + "' && cp /mnt/hd/payload '" + hidden_.File() + "'", options),
+      kCanaryText,
+      "cp: cannot create regular file '" + hidden_.File() + "': Read-only file system\n", 1);
   EXPECT_EQ(kUntouched, hidden_.State());
 }
 
@@ -167,8 +157,7 @@ class SandboxCommandLine : public ::testing::TestWithParam<bool> {
 };
 
 TEST_P(SandboxCommandLine, HelpSaysWhatTheSandboxProtects) {
-  const RunResult r = Run({"--help"});
-  EXPECT_RUN(r,
+  EXPECT_RUN(Run({"--help"}),
              std::string(kSynopsis) +
                  "\n"
                  "Runs COMMAND on a recorder of its own: DISK_DIR is mounted at /mnt/hd, the\n"
@@ -218,8 +207,8 @@ TEST_P(SandboxCommandLine, HelpSaysWhatTheSandboxProtects) {
 }
 
 TEST_P(SandboxCommandLine, UnknownOptionGivesTheUsage) {
-  const RunResult r = Run({"--bogus"});
-  EXPECT_RUN(r, "", std::string("recorder-sandbox: unknown option --bogus\n") + kSynopsis, 125);
+  EXPECT_RUN(Run({"--bogus"}), "",
+             std::string("recorder-sandbox: unknown option --bogus\n") + kSynopsis, 125);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sandbox, SandboxCommandLine, ::testing::Bool(),

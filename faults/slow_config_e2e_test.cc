@@ -5,7 +5,6 @@
 #include <string>
 
 #include "events/expected_event_table.h"
-#include "faults/fault_helpers.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -19,27 +18,27 @@ std::string RowWithHours(const std::string& reid, const std::string& hours) {
   return row.replace(at, unavailable.size(), std::string(20 - hours.size(), ' ') + hours + "  \n");
 }
 
+SandboxOptions ConfigMp(const std::string& arguments) {
+  SandboxOptions options;
+  options.configMp = true;
+  options.configMpArgs = arguments;
+  return options;
+}
+
 class SlowConfig : public ::testing::TestWithParam<AccessPath> {
  protected:
   void SetUp() override { disk_.Exec(EventRow("r1").Insert() + EventRow("r2").Insert()); }
-  SandboxOptions ConfigMp(const std::string& arguments) const {
-    SandboxOptions options;
-    options.configMp = true;
-    options.configMpArgs = arguments;
-    return options;
-  }
   RecorderDisk disk_;
 };
 
 TEST_P(SlowConfig, SlowAnswersStillShowTheSetting) {
-  const RunResult r = RunDb(disk_, GetParam(), {"-e"}, ConfigMp("--delay-ms 300"));
-  EXPECT_RUN(r, kGibHeading + RowWithHours("r1", "Disabled") + RowWithHours("r2", "Disabled"), "",
-             0);
+  EXPECT_RUN(RunDb(disk_, GetParam(), {"-e"}, ConfigMp("--delay-ms 300")),
+             kGibHeading + RowWithHours("r1", "Disabled") + RowWithHours("r2", "Disabled"), "", 0);
 }
 
 TEST_P(SlowConfig, GarbledAnswersShowNotAvailable) {
-  const RunResult r = RunDb(disk_, GetParam(), {"-e"}, ConfigMp("--garbage"));
-  EXPECT_RUN(r, kGibHeading + DefaultRow("r1") + DefaultRow("r2"), "", 0);
+  EXPECT_RUN(RunDb(disk_, GetParam(), {"-e"}, ConfigMp("--garbage")),
+             kGibHeading + DefaultRow("r1") + DefaultRow("r2"), "", 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, SlowConfig, BothAccessPaths(), PathName);
@@ -49,11 +48,8 @@ INSTANTIATE_TEST_SUITE_P(Faults, SlowConfig, BothAccessPaths(), PathName);
 TEST(SlowConfigTimeOut, AnswerLaterThanTheClientWaitsShowsNotAvailable) {
   RecorderDisk disk;
   disk.Exec(EventRow("r1").Insert());
-  SandboxOptions options;
-  options.configMp = true;
-  options.configMpArgs = "--delay-ms 31000";
-  const RunResult r = RunDb(disk, AccessPath::kDirect, {"-e"}, options);
-  EXPECT_RUN(r, kGibHeading + DefaultRow("r1"), "", 0);
+  EXPECT_RUN(RunDb(disk, AccessPath::kDirect, {"-e"}, ConfigMp("--delay-ms 31000")),
+             kGibHeading + DefaultRow("r1"), "", 0);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "testing/expected_start_up.h"
+#include "testing/faults_case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -38,36 +39,38 @@ void GiveSchemaRowsOneId(const RecorderDisk& disk) {
   disk.WriteFile("streammgr/stream.db", store);
 }
 
-SandboxOptions Bounded() {
-  SandboxOptions options;
-  options.timeoutSeconds = kSecondsToEnd;
-  return options;
-}
-
-class DamagedStoreTables : public testing::TestWithParam<AccessPath> {};
+class DamagedStoreTables : public testing::TestWithParam<AccessPath> {
+ protected:
+  // Runs -t, which must end well within the bound, print `counts` (and
+  // directly `directErr`) and leave the damaged store as it was.
+  void ExpectCounts(const RecorderDisk& disk, const std::string& counts,
+                    const std::string& directErr) {
+    const std::string damaged = disk.ReadFile("streammgr/stream.db");
+    SandboxOptions options;
+    options.timeoutSeconds = kSecondsToEnd;
+    EXPECT_RUN(RunDb(disk, GetParam(), {"-t"}, options), std::string(kTablesHeading) + counts,
+               PathText(directErr, "").On(GetParam()), 0);
+    EXPECT_EQ(damaged, disk.ReadFile("streammgr/stream.db"));
+  }
+};
 
 TEST_P(DamagedStoreTables, StoreFromTheFieldWhoseListWouldRepeatARow) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
   const std::string damaged = ReadTestData("table-list-loops.db");
   ASSERT_EQ(4096u, damaged.size());
   disk.WriteFile("streammgr/stream.db", damaged);
-  const RunResult r = RunDb(disk, GetParam(), {"-t"}, Bounded());
   // Every count but the last fails on a corrupt page: 0, and directly the
   // failed statement's line. Over IPC the daemon answers as SQLite lets it.
-  EXPECT_RUN(r,
-             std::string(kTablesHeading) +
-                 "t1                 0\n"
-                 "t2                 0\n"
-                 "t3                 0\n"
-                 "t4                 8\n"
-                 "\n",
-             GetParam() == AccessPath::kDirect ? std::string(kNoFileSizesLine) +
-                                                     "could not free statement, leaking memory\n"
-                                                     "could not free statement, leaking memory\n"
-                                                     "could not free statement, leaking memory\n"
-                                               : std::string(),
-             0);
-  EXPECT_EQ(damaged, disk.ReadFile("streammgr/stream.db"));
+  ExpectCounts(disk,
+               "t1                 0\n"
+               "t2                 0\n"
+               "t3                 0\n"
+               "t4                 8\n"
+               "\n",
+               std::string(kNoFileSizesLine) +
+                   "could not free statement, leaking memory\n"
+                   "could not free statement, leaking memory\n"
+                   "could not free statement, leaking memory\n");
 }
 
 TEST_P(DamagedStoreTables, TablesWithoutPagesSharingOneRowId) {
@@ -77,24 +80,17 @@ TEST_P(DamagedStoreTables, TablesWithoutPagesSharingOneRowId) {
       "create table status(name, value);"
       "pragma writable_schema = on; update sqlite_master set rootpage = 0;");
   GiveSchemaRowsOneId(disk);
-  const std::string damaged = disk.ReadFile("streammgr/stream.db");
-  const RunResult r = RunDb(disk, GetParam(), {"-t"}, Bounded());
   // No table has a page to count: each count fails, the list still ends.
-  EXPECT_RUN(r,
-             std::string(kTablesHeading) +
-                 "events             0\n"
-                 "streamfiles        0\n"
-                 "status             0\n"
-                 "\n",
-             GetParam() == AccessPath::kDirect
-                 ? std::string("main:Error initializing file sizes from the database:\n"
-                               "could not free statement, leaking memory\n"
-                               "could not free statement, leaking memory\n"
-                               "could not free statement, leaking memory\n"
-                               "could not free statement, leaking memory\n")
-                 : std::string(),
-             0);
-  EXPECT_EQ(damaged, disk.ReadFile("streammgr/stream.db"));
+  ExpectCounts(disk,
+               "events             0\n"
+               "streamfiles        0\n"
+               "status             0\n"
+               "\n",
+               "main:Error initializing file sizes from the database:\n"
+               "could not free statement, leaking memory\n"
+               "could not free statement, leaking memory\n"
+               "could not free statement, leaking memory\n"
+               "could not free statement, leaking memory\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(Paths, DamagedStoreTables, BothAccessPaths(), PathName);

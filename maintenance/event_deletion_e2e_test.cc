@@ -1,15 +1,19 @@
 // Event deletion (-d, --deleteall) run end to end in the sandbox, on the
 // database file and through the StreamMgr simulator. After every run the
 // whole store is compared with a store built to hold exactly the rows that
-// should be left.
+// should be left, and the daemon's log with the requests it should have got.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <set>
+#include <memory>
+#include <ostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "maintenance/expected_deletion.h"
 #include "testing/expected_start_up.h"
+#include "testing/faults_case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 #include "testing/store_lock.h"
@@ -18,120 +22,65 @@ namespace {
 
 EventRow Event(const std::string& reid, const std::string& groupId = "", int part = 0,
                int totalParts = 0) {
-  EventRow row;
-  row.reid = reid;
+  EventRow row(reid);
   row.groupId = groupId;
   row.part = part;
   row.totalParts = totalParts;
   return row;
 }
 
-// Two unsplit events around a recording split in three parts.
-std::vector<EventRow> StandardEvents() {
-  return {Event("42"), Event("G1-a", "G1", 1, 3), Event("G1-b", "G1", 2, 3),
-          Event("G1-c", "G1", 3, 3), Event("7")};
-}
-
-// Rows of the other tables, which no deletion may touch.
-std::string OtherRows() {
+// Two unsplit events around a recording split in three parts and, untouched
+// by any deletion, rows of the other tables.
+std::string StandardStore() {
   FileRow first;
-  first.number = 1;
   first.next = 2;
   FileRow second;
   second.number = 2;
   second.previous = 1;
   return first.Insert() + second.Insert() +
-         "insert into status values ('version', '4.2.1'), ('diskState', 'mounted');\n";
+         "insert into status values ('version', '4.2.1'), ('diskState', 'mounted');\n" +
+         Event("42").Insert() + Event("G1-a", "G1", 1, 3).Insert() +
+         Event("G1-b", "G1", 2, 3).Insert() + Event("G1-c", "G1", 3, 3).Insert() +
+         Event("7").Insert();
 }
 
-void Fill(const RecorderDisk& disk, const std::vector<EventRow>& events,
-          const std::set<std::string>& left_out = {}) {
-  std::string sql = "begin;\n" + OtherRows();
-  for (const EventRow& event : events) {
-    if (left_out.count(event.reid) == 0) sql += event.Insert();
+// Lists of reids are written with a space between two.
+std::vector<std::string> Split(const std::string& reids) {
+  std::istringstream words(reids);
+  std::vector<std::string> split;
+  for (std::string reid; words >> reid;) split.push_back(reid);
+  return split;
+}
+const char kStandard[] = "42 G1-a G1-b G1-c 7";
+const char kGroup[] = "G1-a G1-b G1-c";
+
+// The daemon refusing these events, in this order.
+std::string Refused(const std::string& reids) {
+  std::string lines;
+  for (const std::string& reid : Split(reids)) {
+    lines += FailedToDelete(reid, reid.rfind("G1-", 0) == 0 ? "G1" : "");
   }
-  disk.Exec(sql + "commit;\n");
+  return lines;
 }
 
-// The dump of a store that holds everything but the named events.
-std::string DumpWithout(const std::vector<EventRow>& events, const std::set<std::string>& gone) {
-  RecorderDisk expected;
-  Fill(expected, events, gone);
-  return expected.Dump();
-}
-
-class DeletionTest : public ::testing::Test {
- protected:
-  void Prepare(AccessPath path, std::vector<EventRow> events = StandardEvents()) {
-    path_ = path;
-    events_ = std::move(events);
-    Fill(disk_, events_);
-    before_ = disk_.Dump();
-    ASSERT_EQ(DumpWithout(events_, {}), before_);
-  }
-
-  bool Daemon() const { return path_ == AccessPath::kDaemon; }
-  const char* ByPath(const char* direct, const char* daemon) const {
-    return Daemon() ? daemon : direct;
-  }
-
-  // Runs db on this test's path; the simulator logs every request it gets.
-  RunResult Run(const std::vector<std::string>& args, SandboxOptions options = SandboxOptions()) {
-    options.streamMgrArgs = "--log /mnt/hd/requests.log " + options.streamMgrArgs;
-    return RunDb(disk_, path_, args, options);
-  }
-
-  void ExpectStoreWithout(const std::set<std::string>& gone) const {
-    EXPECT_EQ(DumpWithout(events_, gone), disk_.Dump());
-  }
-  void ExpectStoreUnchanged() const { EXPECT_EQ(before_, disk_.Dump()); }
-
-  // The lines that report the daemon refusing these events, in this order.
-  std::string Refused(const std::vector<std::string>& reids) const {
-    std::string lines;
-    for (const std::string& reid : reids) {
-      for (const EventRow& event : events_) {
-        if (event.reid == reid) {
-          lines +=
-              "  Failed to delete event:  reid= " + reid + "  groupId= " + event.groupId + "\n";
-        }
-      }
-    }
-    return lines;
-  }
-
-  // Over IPC the requests the daemon got; directly, that no daemon was asked.
-  void ExpectRequests(const std::string& log) const {
-    if (Daemon()) {
-      EXPECT_EQ(log, disk_.ReadFile("requests.log"));
-    } else {
-      EXPECT_FALSE(disk_.Exists("requests.log"));
-    }
-  }
-
-  AccessPath path_ = AccessPath::kDirect;
-  RecorderDisk disk_;
-  std::vector<EventRow> events_;
-  std::string before_;
-};
-
-std::string EventsRequest(const std::string& id) {
-  return "events\tselect * from events where reid='" + id + "' or groupId='" + id + "'\n";
-}
-
-const char kAllEventsRequest[] = "events\tselect * from events\n";
-
-std::string DeleteRequests(const std::vector<std::string>& reids) {
+// The requests of -d ID (or of --deleteall) that the daemon answered with
+// `listed`, which it was then asked to delete.
+std::string Deletes(const std::string& listed) {
   std::string log;
-  for (const std::string& reid : reids) log += "delete\t" + reid + "\n";
+  for (const std::string& reid : Split(listed)) log += "delete\t" + reid + "\n";
   return log;
 }
-
-// Directly, a delete of group G1 whose step fails; finalising the failed
-// statement reports it as leaked.
-const char kGroupDeleteFailed[] =
-    "  Error deleting event or groupId:  id = G1\n"
-    "could not free statement, leaking memory\n";
+std::string Asked(const std::string& id, const std::string& listed) {
+  return "events\tselect * from events where reid='" + id + "' or groupId='" + id + "'\n" +
+         Deletes(listed);
+}
+std::string AskedAll(const std::string& listed) {
+  return "events\tselect * from events\n" + Deletes(listed);
+}
+const char kCountRequests[] =
+    "count\tselect count(*) from events\n"
+    "count\tselect count(*) from streamfiles\n"
+    "count\tselect count(*) from status\n";
 
 // The -t report of the test stores, with the events count as printed.
 std::string TableCounts(const std::string& events) {
@@ -142,455 +91,200 @@ std::string TableCounts(const std::string& events) {
          "\n";
 }
 
-// ---------------------------------------------------------------------------
-// Both paths.
-
-class EventDeletion : public DeletionTest, public ::testing::WithParamInterface<AccessPath> {
- protected:
-  void SetUp() override { Prepare(GetParam()); }
+// What keeps the store from being changed while db runs.
+enum class Hold {
+  kNothing,
+  kReadOnly,  // the store file, for user nobody
+  kLock,      // another writer's transaction
 };
 
-TEST_P(EventDeletion, OneEventById) {
-  const RunResult r = Run({"-d", "42"});
-  EXPECT_RUN(r, "  Successfully deleted 1 event:  id = 42\n", "", 0);
-  ExpectStoreWithout({"42"});
-  ExpectRequests(EventsRequest("42") + DeleteRequests({"42"}));
+struct Deletion {
+  const char* name;
+  std::vector<std::string> args;
+  PathText out;
+  PathText err;
+  PathText gone;      // the reids deleted; none: the store is left as it was
+  std::string asked;  // the daemon's log
+  std::string sql;    // run on the standard store first: more events, or damage
+  std::string daemonArgs;
+  Hold hold;
+  bool thenDelete42;  // then, with nothing in the way, db -d 42 deletes it
+};
+void PrintTo(const Deletion& deletion, std::ostream* out) { *out << deletion.name; }
+
+Deletion Case(const char* name, const std::vector<std::string>& args, const PathText& out,
+              const PathText& err, const PathText& gone, const std::string& asked,
+              const std::string& sql = "", const std::string& daemonArgs = "",
+              Hold hold = Hold::kNothing, bool thenDelete42 = false) {
+  return {name, args, out, err, gone, asked, sql, daemonArgs, hold, thenDelete42};
 }
 
-TEST_P(EventDeletion, WholeGroupById) {
-  const RunResult r = Run({"--delete", "G1"});
-  EXPECT_RUN(r, "  Successfully deleted 3 events:  id = G1\n", "", 0);
-  ExpectStoreWithout({"G1-a", "G1-b", "G1-c"});
-  ExpectRequests(EventsRequest("G1") + DeleteRequests({"G1-a", "G1-b", "G1-c"}));
-}
+const std::string kLongId(100000, 'L');
+const std::string kNonAsciiId = "\xc3\xa9v\xc3\xa9nement-\xe2\x82\xac";  // "événement-€"
+const std::string kInvalidUtf8Id = "bad\xff\xfe";
+const std::string kLockedCount = kNoFileSizesLine + NotPrepared(CountById("42"), 5) +
+                                 NotPrepared("select count(*) from events", 5);
 
-TEST_P(EventDeletion, OnePartOfAGroupByItsReid) {
-  const RunResult r = Run({"-d", "G1-b"});
-  EXPECT_EQ("  Successfully deleted 1 event:  id = G1-b\n", r.out);
-  EXPECT_EQ("", r.err);
-  ExpectStoreWithout({"G1-b"});
-  ExpectRequests(EventsRequest("G1-b") + DeleteRequests({"G1-b"}));
-}
+const Deletion kOnBothPaths[] = {
+    Case("OneEventById", {"-d", "42"}, Deleted(1, "42"), "", "42", Asked("42", "42")),
+    Case("WholeGroupById", {"--delete", "G1"}, Deleted(3, "G1"), "", kGroup, Asked("G1", kGroup)),
+    Case("OnePartOfAGroupByItsReid", {"-d", "G1-b"}, Deleted(1, "G1-b"), "", "G1-b",
+         Asked("G1-b", "G1-b")),
+    Case("NoMatchKeepsEverything", {"-d", "99"}, "", NotFound("99"), "", Asked("99", "")),
+    Case("AllEvents", {"--deleteall"}, DeletedAll(5), "", kStandard, AskedAll(kStandard)),
+    Case("HandlersGoOnWithTheNextOption", {"-d", "42", "-d", "42", "-d", "G1", "-t"},
+         Deleted(1, "42") + Deleted(3, "G1") + TableCounts("   1"), NotFound("42"),
+         "42 G1-a G1-b G1-c",
+         Asked("42", "42") + Asked("42", "") + Asked("G1", kGroup) + kCountRequests),
+    Case("IdMatchingAReidAndAGroupDeletesBoth", {"-d", "G1"}, Deleted(4, "G1"), "",
+         "G1-a G1-b G1-c G1", Asked("G1", "G1-a G1-b G1-c G1"), Event("G1").Insert()),
+    // Directly the malformed SQL fails to prepare; the daemon cannot run it
+    // either, so it lists nothing.
+    Case("IdWithASingleQuoteDeletesNothing", {"-d", "4'2"}, "",
+         {NotPrepared(CountById("4'2"), 1), NotFound("4'2").daemon}, "", Asked("4'2", "")),
+    // The id goes into the condition as typed, and an unsplit event has the
+    // empty group id, so an empty id picks every unsplit event and no part.
+    Case("EmptyIdSelectsTheEventsOutsideAnyGroup", {"-d", ""}, Deleted(2, ""), "", "42 7",
+         Asked("", "42 7")),
+    Case("EmptyIdWithOnlySplitEventsFindsNothing", {"-d", ""}, "", NotFound(""), "", Asked("", ""),
+         "delete from events where groupId=''"),
+    Case("VeryLongId", {"-d", kLongId, "-d", kLongId + "X"}, Deleted(1, kLongId),
+         NotFound(kLongId + "X"), kLongId, Asked(kLongId, kLongId) + Asked(kLongId + "X", ""),
+         Event(kLongId).Insert()),
+    Case("NonAsciiId", {"-d", kNonAsciiId}, Deleted(2, kNonAsciiId), "", kNonAsciiId + " part-1",
+         Asked(kNonAsciiId, kNonAsciiId + " part-1"),
+         Event(kNonAsciiId).Insert() + Event("part-1", kNonAsciiId, 1, 2).Insert()),
+    Case("InvalidUtf8IdIsMatchedByteForByte", {"-d", kInvalidUtf8Id}, "", NotFound(kInvalidUtf8Id),
+         "", Asked(kInvalidUtf8Id, "")),
+    Case("IdIsNotAPattern", {"-d", "G1%"}, "", NotFound("G1%"), "", Asked("G1%", "")),
+    Case("AllThenAllAgainFindsNone", {"--deleteall", "--deleteall"}, DeletedAll(5), kNoEventsFound,
+         kStandard, AskedAll(kStandard) + AskedAll("")),
+    // The daemon, as nobody, cannot delete either; each refusal is reported.
+    Case("ReadOnlyStoreKeepsEveryRowAndStaysReadable", {"-d", "G1", "--deleteall", "-t"},
+         PathText("", Deleted(0, "G1") + DeletedAll(0).daemon) + TableCounts("   5"),
+         {DeleteByIdFailed("G1") + kDeleteAllFailed, Refused(kGroup) + Refused(kStandard)}, "",
+         Asked("G1", kGroup) + AskedAll(kStandard) + kCountRequests, "", "", Hold::kReadOnly),
+    // Directly the failed step is what finalising the delete statement
+    // reports; the daemon is asked for each event and refuses each.
+    Case("AbortingTriggerKeepsEveryRow", {"--deleteall", "-d", "42", "-t"},
+         {TableCounts("   5"), DeletedAll(0).daemon + Deleted(0, "42") + TableCounts("   5")},
+         {kDeleteAllFailed + DeleteByIdFailed("42"), Refused(kStandard) + Refused("42")}, "",
+         AskedAll(kStandard) + Asked("42", "42") + kCountRequests,
+         "create trigger keep before delete on events begin select raise(abort, 'kept'); end;"),
+    // Deleting an event would add a status row whose name already exists.
+    Case(
+        "ConstraintFailingInTheDeleteKeepsEveryRow", {"-d", "G1"}, {"", Deleted(0, "G1")},
+        {DeleteByIdFailed("G1"), Refused(kGroup)}, "", Asked("G1", kGroup),
+        "create trigger clash after delete on events begin insert into status values ('version', old.reid); end;"),
+    // Over IPC one request per event: only the refused one stays. Directly
+    // one statement for the whole group: it is undone whole.
+    Case(
+        "TriggerRefusingOneEventOnlyKeepsThatOne", {"-d", "G1"}, {"", Deleted(2, "G1")},
+        {DeleteByIdFailed("G1"), Refused("G1-b")}, {"", "G1-a G1-c"}, Asked("G1", kGroup),
+        "create trigger keep before delete on events when old.reid='G1-b' begin select raise(abort, 'kept'); end;"),
+    Case("StoreLockedByAnotherWriterKeepsEveryRowAndStaysUsable", {"-d", "42", "--deleteall"}, "",
+         {kLockedCount, NotFound("42").daemon + kNoEventsFound}, "", Asked("42", "") + AskedAll(""),
+         "", "", Hold::kLock, true),
+    Case("StoreWithoutAnEventsTable", {"-d", "42", "--deleteall"}, "",
+         {NotPrepared(CountById("42"), 1) + NotPrepared("select count(*) from events", 1),
+          NotFound("42").daemon + kNoEventsFound},
+         "", Asked("42", "") + AskedAll(""), "drop table events"),
+    // A view over the rows: counting and listing work, deleting does not.
+    Case("EventsThatCanBeListedButNotDeleted", {"-d", "G1"}, {"", Deleted(0, "G1")},
+         {NotPrepared("delete from events where reid='G1' or groupId='G1'", 1), Refused(kGroup)},
+         "", Asked("G1", kGroup),
+         "alter table events rename to kept; create view events as select * from kept"),
+    // The view fails at run time, so the count yields no row.
+    Case(
+        "EventsThatFailWhileCounted", {"-d", "42", "--deleteall"}, "",
+        {": error getting count of events to delete using 'select count(*) from events where reid='42' or groupId='42''\n"
+         "could not free statement, leaking memory\n"
+         ": error getting count of events to delete using 'select count(*) from events'\n"
+         "could not free statement, leaking memory\n",
+         NotFound("42").daemon + kNoEventsFound},
+        "", Asked("42", "") + AskedAll(""),
+        "alter table events rename to kept;"
+        "create view events as select * from kept where abs(-9223372036854775807 - 1)"),
+    Case("AllOnAnEmptyTable", {"--deleteall"}, "", kNoEventsFound, "", AskedAll(""),
+         "delete from events"),
+    Case("IdOnAnEmptyTable", {"-d", "42"}, "", NotFound("42"), "", Asked("42", ""),
+         "delete from events"),
+    Case("AllOfOneIsPlural", {"--deleteall"}, DeletedAll(1), "", "42", AskedAll("42"),
+         "delete from events where reid <> '42'"),
+    Case("AllOfThree", {"--deleteall"}, DeletedAll(3), "", "1 2 3", AskedAll("1 2 3"),
+         "delete from events;" + Event("1").Insert() + Event("2").Insert() + Event("3").Insert()),
+};
 
-TEST_P(EventDeletion, NoMatchKeepsEverything) {
-  const RunResult r = Run({"-d", "99"});
-  EXPECT_RUN(
-      r, "",
-      ByPath("  Event or groupId not found:  id = 99\n", "  Event or groupId not found: 99\n"), 0);
-  ExpectStoreUnchanged();
-  ExpectRequests(EventsRequest("99"));
-}
+// Only over IPC: the daemon refuses or fails some of the requests.
+const Deletion kOverIpc[] = {
+    Case("RefusedEventIsReportedAndKept", {"-d", "G1"}, Deleted(2, "G1"), Refused("G1-b"),
+         "G1-a G1-c", Asked("G1", kGroup), "", "--refuse-delete G1-b"),
+    Case("AllRefusedStillPrintsTheSummary", {"-d", "G1"}, Deleted(0, "G1"), Refused(kGroup), "",
+         Asked("G1", kGroup), "", "--refuse-delete G1-a --refuse-delete G1-b --refuse-delete G1-c"),
+    Case("OneLeftOfTwoIsSingular", {"-d", "42"}, Deleted(1, "42"), Refused("42"), "9",
+         Asked("42", "42 9"), Event("9", "42", 1, 1).Insert(), "--refuse-delete 42"),
+    Case("AllWithRefusals", {"--deleteall"}, DeletedAll(3), Refused("G1-a 7"), "42 G1-b G1-c",
+         AskedAll(kStandard), "", "--refuse-delete 7 --refuse-delete G1-a"),
+    Case("AllRefusedOnDeleteAllSaysZero", {"--deleteall"}, DeletedAll(0), Refused(kStandard), "",
+         AskedAll(kStandard), "",
+         "--refuse-delete 42 --refuse-delete G1-a --refuse-delete G1-b --refuse-delete G1-c "
+         "--refuse-delete 7"),
+    Case("DaemonFailingEveryRequestDeletesNothing", {"-d", "G1", "--deleteall", "-d", "42"}, "",
+         NotFound("G1").daemon + kNoEventsFound + NotFound("42").daemon, "",
+         Asked("G1", "") + AskedAll("") + Asked("42", ""), "", "--fail-requests", Hold::kNothing,
+         true),
+};
 
-TEST_P(EventDeletion, AllEvents) {
-  const RunResult r = Run({"--deleteall"});
-  EXPECT_RUN(r,
-             ByPath("  Successfully deleted all 5 events\n", "  Successfully deleted 5 events\n"),
-             "", 0);
-  ExpectStoreWithout({"42", "G1-a", "G1-b", "G1-c", "7"});
-  ExpectRequests(kAllEventsRequest + DeleteRequests({"42", "G1-a", "G1-b", "G1-c", "7"}));
-}
+class EventDeletion : public ::testing::TestWithParam<CaseOnPath<Deletion>> {
+ protected:
+  void SetUp() override { disk_.Exec(StandardStore() + std::get<0>(GetParam()).sql); }
+  // The store as it should be once `gone` is deleted from it.
+  std::string Without(const std::string& gone) const {
+    RecorderDisk expected;
+    std::string sql = StandardStore() + std::get<0>(GetParam()).sql + ";\n";
+    for (const std::string& reid : Split(gone)) {
+      sql += "delete from events where reid = " + Quote(reid) + ";";
+    }
+    expected.Exec(sql);
+    return expected.Dump();
+  }
+  RecorderDisk disk_;
+};
 
-TEST_P(EventDeletion, HandlersGoOnWithTheNextOption) {
-  const RunResult r = Run({"-d", "42", "-d", "42", "-d", "G1", "-t"});
-  EXPECT_RUN(
-      r,
-      "  Successfully deleted 1 event:  id = 42\n"
-      "  Successfully deleted 3 events:  id = G1\n" +
-          TableCounts("   1"),
-      ByPath("  Event or groupId not found:  id = 42\n", "  Event or groupId not found: 42\n"), 0);
-  ExpectStoreWithout({"42", "G1-a", "G1-b", "G1-c"});
-}
-
-TEST_P(EventDeletion, IdMatchingAReidAndAGroupDeletesBoth) {
-  disk_.Exec(Event("G1").Insert());
-  events_.push_back(Event("G1"));
-  const RunResult r = Run({"-d", "G1"});
-  EXPECT_EQ("  Successfully deleted 4 events:  id = G1\n", r.out);
-  EXPECT_EQ("", r.err);
-  ExpectStoreWithout({"G1-a", "G1-b", "G1-c", "G1"});
-  ExpectRequests(EventsRequest("G1") + DeleteRequests({"G1-a", "G1-b", "G1-c", "G1"}));
-}
-
-TEST_P(EventDeletion, IdWithASingleQuoteDeletesNothing) {
-  const RunResult r = Run({"-d", "4'2"});
-  const std::string count = "select count(*) from events where reid='4'2' or groupId='4'2'";
-  // Directly the malformed SQL fails to prepare; the daemon cannot run it
-  // either, so it lists nothing.
-  EXPECT_RUN(r, "",
-             Daemon() ? std::string("  Event or groupId not found: 4'2\n")
-                      : "unable to prepare: " + count + "stmt Error: 1  sql='" + count + "'\n",
-             0);
-  ExpectStoreUnchanged();
-  ExpectRequests(EventsRequest("4'2"));
-}
-
-TEST_P(EventDeletion, EmptyIdSelectsTheEventsOutsideAnyGroup) {
-  // The id goes into the condition as typed, and an unsplit event has the
-  // empty group id, so an empty id picks every unsplit event and no part.
-  const RunResult r = Run({"-d", ""});
-  EXPECT_RUN(r, "  Successfully deleted 2 events:  id = \n", "", 0);
-  ExpectStoreWithout({"42", "7"});
-  ExpectRequests(EventsRequest("") + DeleteRequests({"42", "7"}));
-}
-
-TEST_P(EventDeletion, EmptyIdWithOnlySplitEventsFindsNothing) {
-  disk_.Exec("delete from events where groupId=''");
-  before_ = disk_.Dump();
-  const RunResult r = Run({"-d", ""});
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ(ByPath("  Event or groupId not found:  id = \n", "  Event or groupId not found: \n"),
-            r.err);
-  ExpectStoreUnchanged();
-}
-
-TEST_P(EventDeletion, VeryLongId) {
-  const std::string id(100000, 'L');
-  disk_.Exec(Event(id).Insert());
-  events_.push_back(Event(id));
-  const RunResult r = Run({"-d", id, "-d", id + "X"});
-  EXPECT_RUN(r, "  Successfully deleted 1 event:  id = " + id + "\n",
-             std::string(
-                 ByPath("  Event or groupId not found:  id = ", "  Event or groupId not found: ")) +
-                 id + "X\n",
-             0);
-  ExpectStoreWithout({id});
-  ExpectRequests(EventsRequest(id) + DeleteRequests({id}) + EventsRequest(id + "X"));
-}
-
-TEST_P(EventDeletion, NonAsciiId) {
-  const std::string id = "\xc3\xa9v\xc3\xa9nement-\xe2\x82\xac";  // "événement-€" in UTF-8
-  disk_.Exec(Event(id).Insert() + Event("part-1", id, 1, 2).Insert());
-  events_.push_back(Event(id));
-  events_.push_back(Event("part-1", id, 1, 2));
-  const RunResult r = Run({"-d", id});
-  EXPECT_EQ("  Successfully deleted 2 events:  id = " + id + "\n", r.out);
-  EXPECT_EQ("", r.err);
-  ExpectStoreWithout({id, "part-1"});
-  ExpectRequests(EventsRequest(id) + DeleteRequests({id, "part-1"}));
-}
-
-TEST_P(EventDeletion, InvalidUtf8IdIsMatchedByteForByte) {
-  const std::string id = "bad\xff\xfe";
-  const RunResult r = Run({"-d", id});
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ(std::string(
-                ByPath("  Event or groupId not found:  id = ", "  Event or groupId not found: ")) +
-                id + "\n",
-            r.err);
-  ExpectStoreUnchanged();
-}
-
-TEST_P(EventDeletion, IdIsNotAPattern) {
-  const RunResult r = Run({"-d", "G1%"});
-  EXPECT_EQ(
-      ByPath("  Event or groupId not found:  id = G1%\n", "  Event or groupId not found: G1%\n"),
-      r.err);
-  ExpectStoreUnchanged();
-}
-
-TEST_P(EventDeletion, AllThenAllAgainFindsNone) {
-  const RunResult r = Run({"--deleteall", "--deleteall"});
-  EXPECT_EQ(ByPath("  Successfully deleted all 5 events\n", "  Successfully deleted 5 events\n"),
-            r.out);
-  EXPECT_EQ("  No events found...no action taken.\n", r.err);
-  ExpectStoreWithout({"42", "G1-a", "G1-b", "G1-c", "7"});
-}
-
-TEST_P(EventDeletion, ReadOnlyStoreKeepsEveryRowAndStaysReadable) {
-  // Created beforehand, so that the daemon, as nobody, can still log.
-  disk_.WriteFile("requests.log", "");
-  chmod((disk_.Path() + "/requests.log").c_str(), 0666);
-  chmod(disk_.StorePath().c_str(), 0444);
+TEST_P(EventDeletion, LeavesTheRowsItShould) {
+  const Deletion& c = std::get<0>(GetParam());
+  const AccessPath path = std::get<1>(GetParam());
+  const std::string before = disk_.Dump();
   SandboxOptions options;
-  options.unprivileged = true;
-  const RunResult r = Run({"-d", "G1", "--deleteall", "-t"}, options);
-  const std::string tables = TableCounts("   5");
-  if (Daemon()) {
-    // The daemon cannot delete either; each refusal is reported.
-    EXPECT_RUN(r,
-               std::string("  Successfully deleted 0 events:  id = G1\n") +
-                   "  Successfully deleted 0 events\n" + tables,
-               Refused({"G1-a", "G1-b", "G1-c", "42", "G1-a", "G1-b", "G1-c", "7"}), 0);
-  } else {
-    EXPECT_RUN(r, tables,
-               "  Error deleting event or groupId:  id = G1\n"
-               "could not free statement, leaking memory\n"
-               "  Error deleting all events\n"
-               "could not free statement, leaking memory\n",
-               0);
+  options.streamMgrArgs = "--log /mnt/hd/requests.log " + c.daemonArgs;
+  if (c.hold == Hold::kReadOnly) {
+    // The log is made beforehand, so that the daemon, as nobody, can still
+    // write it.
+    disk_.WriteFile("requests.log", "");
+    chmod((disk_.Path() + "/requests.log").c_str(), 0666);
+    chmod(disk_.StorePath().c_str(), 0444);
+    options.unprivileged = true;
   }
-  ExpectStoreUnchanged();
-}
-
-TEST_P(EventDeletion, AbortingTriggerKeepsEveryRow) {
-  disk_.Exec("create trigger keep before delete on events begin select raise(abort, 'kept'); end;");
-  const RunResult r = Run({"--deleteall", "-d", "42", "-t"});
-  const std::string tables = TableCounts("   5");
-  if (Daemon()) {
-    EXPECT_RUN(
-        r, "  Successfully deleted 0 events\n  Successfully deleted 0 events:  id = 42\n" + tables,
-        Refused({"42", "G1-a", "G1-b", "G1-c", "7", "42"}), 0);
-    ExpectRequests(kAllEventsRequest + DeleteRequests({"42", "G1-a", "G1-b", "G1-c", "7"}) +
-                   EventsRequest("42") + DeleteRequests({"42"}) +
-                   "count\tselect count(*) from events\n"
-                   "count\tselect count(*) from streamfiles\n"
-                   "count\tselect count(*) from status\n");
-  } else {
-    // The failed step is what finalising the delete statement reports.
-    EXPECT_RUN(r, tables,
-               "  Error deleting all events\n"
-               "could not free statement, leaking memory\n"
-               "  Error deleting event or groupId:  id = 42\n"
-               "could not free statement, leaking memory\n",
-               0);
-  }
-  ExpectStoreUnchanged();
-}
-
-TEST_P(EventDeletion, ConstraintFailingInTheDeleteKeepsEveryRow) {
-  // Deleting an event would add a status row whose name already exists.
-  disk_.Exec(
-      "create trigger clash after delete on events begin "
-      "insert into status values ('version', old.reid); end;");
-  const RunResult r = Run({"-d", "G1"});
-  if (Daemon()) {
-    EXPECT_RUN(r, "  Successfully deleted 0 events:  id = G1\n", Refused({"G1-a", "G1-b", "G1-c"}),
-               0);
-  } else {
-    EXPECT_RUN(r, "", kGroupDeleteFailed, 0);
-  }
-  ExpectStoreUnchanged();
-}
-
-TEST_P(EventDeletion, TriggerRefusingOneEventOnlyKeepsThatOne) {
-  disk_.Exec(
-      "create trigger keep before delete on events when old.reid='G1-b' "
-      "begin select raise(abort, 'kept'); end;");
-  const RunResult r = Run({"-d", "G1"});
-  if (Daemon()) {
-    // One request per event: only the refused one stays.
-    EXPECT_EQ("  Successfully deleted 2 events:  id = G1\n", r.out);
-    EXPECT_EQ(Refused({"G1-b"}), r.err);
-    ExpectStoreWithout({"G1-a", "G1-c"});
-  } else {
-    // One statement for the whole group: it is undone whole.
-    EXPECT_EQ("", r.out);
-    EXPECT_EQ(kGroupDeleteFailed, r.err);
-    ExpectStoreUnchanged();
-  }
-}
-
-TEST_P(EventDeletion, StoreLockedByAnotherWriterKeepsEveryRowAndStaysUsable) {
-  RunResult locked;
+  RunResult r;
   {
-    StoreLock writer(disk_.StorePath());
-    locked = Run({"-d", "42", "--deleteall"});
+    std::unique_ptr<StoreLock> lock;
+    if (c.hold == Hold::kLock) lock.reset(new StoreLock(disk_.StorePath()));
+    r = RunDb(disk_, path, c.args, options);
   }
-  if (Daemon()) {
-    EXPECT_RUN(locked, "",
-               "  Event or groupId not found: 42\n  No events found...no action taken.\n", 0);
-  } else {
-    const std::string count = "select count(*) from events where reid='42' or groupId='42'";
-    EXPECT_RUN(
-        locked, "",
-        std::string(kNoFileSizesLine) + "unable to prepare: " + count + "stmt Error: 5  sql='" +
-            count +
-            "'\n"
-            "unable to prepare: select count(*) from eventsstmt Error: 5  sql='select count(*) from events'\n",
-        0);
+  EXPECT_RUN(r, c.out.On(path), c.err.On(path), 0);
+  const std::string& gone = c.gone.On(path);
+  EXPECT_EQ(gone.empty() ? before : Without(gone), disk_.Dump());
+  // Directly no daemon is asked.
+  EXPECT_EQ(path == AccessPath::kDaemon ? c.asked : "",
+            disk_.Exists("requests.log") ? disk_.ReadFile("requests.log") : "");
+  if (c.thenDelete42) {
+    EXPECT_RUN(RunDb(disk_, path, {"-d", "42"}), Deleted(1, "42"), "", 0);
+    EXPECT_EQ(Without("42"), disk_.Dump());
   }
-  ExpectStoreUnchanged();
-
-  // Once the other writer is done the same deletion goes through.
-  const RunResult unlocked = RunDb(disk_, path_, {"-d", "42"});
-  EXPECT_EQ("  Successfully deleted 1 event:  id = 42\n", unlocked.out);
-  EXPECT_EQ("", unlocked.err);
-  ExpectStoreWithout({"42"});
 }
 
-TEST_P(EventDeletion, StoreWithoutAnEventsTable) {
-  disk_.Exec("drop table events");
-  before_ = disk_.Dump();
-  const RunResult r = Run({"-d", "42", "--deleteall"});
-  const std::string count = "select count(*) from events where reid='42' or groupId='42'";
-  const std::string err =
-      Daemon()
-          ? std::string(
-                "  Event or groupId not found: 42\n"
-                "  No events found...no action taken.\n")
-          : "unable to prepare: " + count + "stmt Error: 1  sql='" + count +
-                "'\n"
-                "unable to prepare: select count(*) from eventsstmt Error: 1  sql='select count(*) from events'\n";
-  EXPECT_RUN(r, "", err, 0);
-  ExpectStoreUnchanged();
-  ExpectRequests(EventsRequest("42") + kAllEventsRequest);
-}
-
-TEST_P(EventDeletion, EventsThatCanBeListedButNotDeleted) {
-  // A view over the rows: counting and listing work, deleting does not.
-  disk_.Exec("alter table events rename to kept; create view events as select * from kept");
-  before_ = disk_.Dump();
-  const RunResult r = Run({"-d", "G1"});
-  if (Daemon()) {
-    EXPECT_EQ("  Successfully deleted 0 events:  id = G1\n", r.out);
-    EXPECT_EQ(Refused({"G1-a", "G1-b", "G1-c"}), r.err);
-  } else {
-    const std::string remove = "delete from events where reid='G1' or groupId='G1'";
-    EXPECT_RUN(r, "", "unable to prepare: " + remove + "stmt Error: 1  sql='" + remove + "'\n", 0);
-  }
-  ExpectStoreUnchanged();
-}
-
-TEST_P(EventDeletion, EventsThatFailWhileCounted) {
-  // The view fails at run time, so the count yields no row.
-  disk_.Exec(
-      "alter table events rename to kept;"
-      "create view events as select * from kept where abs(-9223372036854775807 - 1)");
-  before_ = disk_.Dump();
-  const RunResult r = Run({"-d", "42", "--deleteall"});
-  EXPECT_RUN(
-      r, "",
-      ByPath(": error getting count of events to delete using 'select count(*) from events "
-             "where reid='42' or groupId='42''\n"
-             "could not free statement, leaking memory\n"
-             ": error getting count of events to delete using 'select count(*) from events'\n"
-             "could not free statement, leaking memory\n",
-             "  Event or groupId not found: 42\n"
-             "  No events found...no action taken.\n"),
-      0);
-  ExpectStoreUnchanged();
-}
-
-class EventDeletionOfNothing : public DeletionTest,
-                               public ::testing::WithParamInterface<AccessPath> {
- protected:
-  void SetUp() override { Prepare(GetParam(), {}); }
-};
-
-TEST_P(EventDeletionOfNothing, AllOnAnEmptyTable) {
-  const RunResult r = Run({"--deleteall"});
-  EXPECT_RUN(r, "", "  No events found...no action taken.\n", 0);
-  ExpectStoreUnchanged();
-  ExpectRequests(kAllEventsRequest);
-}
-
-TEST_P(EventDeletionOfNothing, IdOnAnEmptyTable) {
-  const RunResult r = Run({"-d", "42"});
-  EXPECT_EQ("", r.out);
-  EXPECT_EQ(
-      ByPath("  Event or groupId not found:  id = 42\n", "  Event or groupId not found: 42\n"),
-      r.err);
-  ExpectStoreUnchanged();
-  ExpectRequests(EventsRequest("42"));
-}
-
-class EventDeletionOfOne : public DeletionTest, public ::testing::WithParamInterface<AccessPath> {
- protected:
-  void SetUp() override { Prepare(GetParam(), {Event("42")}); }
-};
-
-TEST_P(EventDeletionOfOne, AllIsAlwaysPlural) {
-  const RunResult r = Run({"--deleteall"});
-  EXPECT_EQ(ByPath("  Successfully deleted all 1 events\n", "  Successfully deleted 1 events\n"),
-            r.out);
-  EXPECT_EQ("", r.err);
-  ExpectStoreWithout({"42"});
-  ExpectRequests(kAllEventsRequest + DeleteRequests({"42"}));
-}
-
-class EventDeletionOfThree : public DeletionTest, public ::testing::WithParamInterface<AccessPath> {
- protected:
-  void SetUp() override { Prepare(GetParam(), {Event("1"), Event("2"), Event("3")}); }
-};
-
-TEST_P(EventDeletionOfThree, AllEvents) {
-  const RunResult r = Run({"--deleteall"});
-  EXPECT_EQ(ByPath("  Successfully deleted all 3 events\n", "  Successfully deleted 3 events\n"),
-            r.out);
-  EXPECT_EQ("", r.err);
-  ExpectStoreWithout({"1", "2", "3"});
-  ExpectRequests(kAllEventsRequest + DeleteRequests({"1", "2", "3"}));
-}
-
-const auto kBothPaths = BothAccessPaths();
-INSTANTIATE_TEST_SUITE_P(BothPaths, EventDeletion, kBothPaths, PathName);
-INSTANTIATE_TEST_SUITE_P(BothPaths, EventDeletionOfNothing, kBothPaths, PathName);
-INSTANTIATE_TEST_SUITE_P(BothPaths, EventDeletionOfOne, kBothPaths, PathName);
-INSTANTIATE_TEST_SUITE_P(BothPaths, EventDeletionOfThree, kBothPaths, PathName);
-
-// ---------------------------------------------------------------------------
-// Only over IPC: the daemon refuses or fails requests.
-
-class EventDeletionOverIpc : public DeletionTest {
- protected:
-  void SetUp() override { Prepare(AccessPath::kDaemon); }
-};
-
-TEST_F(EventDeletionOverIpc, RefusedEventIsReportedAndKept) {
-  SandboxOptions options;
-  options.streamMgrArgs = "--refuse-delete G1-b";
-  const RunResult r = Run({"-d", "G1"}, options);
-  EXPECT_RUN(r, "  Successfully deleted 2 events:  id = G1\n", Refused({"G1-b"}), 0);
-  ExpectStoreWithout({"G1-a", "G1-c"});
-  ExpectRequests(EventsRequest("G1") + DeleteRequests({"G1-a", "G1-b", "G1-c"}));
-}
-
-TEST_F(EventDeletionOverIpc, AllRefusedStillPrintsTheSummary) {
-  SandboxOptions options;
-  options.streamMgrArgs = "--refuse-delete G1-a --refuse-delete G1-b --refuse-delete G1-c";
-  const RunResult r = Run({"-d", "G1"}, options);
-  EXPECT_EQ("  Successfully deleted 0 events:  id = G1\n", r.out);
-  EXPECT_EQ(Refused({"G1-a", "G1-b", "G1-c"}), r.err);
-  ExpectStoreUnchanged();
-  ExpectRequests(EventsRequest("G1") + DeleteRequests({"G1-a", "G1-b", "G1-c"}));
-}
-
-TEST_F(EventDeletionOverIpc, OneLeftOfTwoIsSingular) {
-  SandboxOptions options;
-  options.streamMgrArgs = "--refuse-delete 42";
-  disk_.Exec(Event("9", "42", 1, 1).Insert());
-  events_.push_back(Event("9", "42", 1, 1));
-  const RunResult r = Run({"-d", "42"}, options);
-  EXPECT_EQ("  Successfully deleted 1 event:  id = 42\n", r.out);
-  EXPECT_EQ(Refused({"42"}), r.err);
-  ExpectStoreWithout({"9"});
-}
-
-TEST_F(EventDeletionOverIpc, AllWithRefusals) {
-  SandboxOptions options;
-  options.streamMgrArgs = "--refuse-delete 7 --refuse-delete G1-a";
-  const RunResult r = Run({"--deleteall"}, options);
-  EXPECT_EQ("  Successfully deleted 3 events\n", r.out);
-  EXPECT_EQ(Refused({"G1-a", "7"}), r.err);
-  ExpectStoreWithout({"42", "G1-b", "G1-c"});
-  ExpectRequests(kAllEventsRequest + DeleteRequests({"42", "G1-a", "G1-b", "G1-c", "7"}));
-}
-
-TEST_F(EventDeletionOverIpc, AllRefusedOnDeleteAllSaysZero) {
-  SandboxOptions options;
-  options.streamMgrArgs =
-      "--refuse-delete 42 --refuse-delete G1-a --refuse-delete G1-b --refuse-delete G1-c "
-      "--refuse-delete 7";
-  const RunResult r = Run({"--deleteall"}, options);
-  EXPECT_EQ("  Successfully deleted 0 events\n", r.out);
-  EXPECT_EQ(Refused({"42", "G1-a", "G1-b", "G1-c", "7"}), r.err);
-  ExpectStoreUnchanged();
-}
-
-TEST_F(EventDeletionOverIpc, DaemonFailingEveryRequestDeletesNothing) {
-  SandboxOptions options;
-  options.streamMgrArgs = "--fail-requests";
-  const RunResult r = Run({"-d", "G1", "--deleteall", "-d", "42"}, options);
-  EXPECT_RUN(r, "",
-             "  Event or groupId not found: G1\n"
-             "  No events found...no action taken.\n"
-             "  Event or groupId not found: 42\n",
-             0);
-  ExpectStoreUnchanged();
-  // The store is still whole for a daemon that works.
-  const RunResult after = RunDb(disk_, AccessPath::kDaemon, {"-d", "42"});
-  EXPECT_EQ("  Successfully deleted 1 event:  id = 42\n", after.out);
-  ExpectStoreWithout({"42"});
-}
+INSTANTIATE_TEST_SUITE_P(BothPaths, EventDeletion, OnBothPaths(kOnBothPaths),
+                         CaseOnPathName<Deletion>);
+INSTANTIATE_TEST_SUITE_P(OverIpc, EventDeletion, OverIpcOnly(kOverIpc), CaseOnPathName<Deletion>);
 
 }  // namespace

@@ -4,201 +4,124 @@
 #include <sqlite3.h>
 
 #include <string>
+#include <tuple>
 
+#include "maintenance/expected_table_counts.h"
 #include "testing/expected_start_up.h"
+#include "testing/faults_case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
 namespace {
 
-const char* const kHeading = kTablesHeading;
+using Store = RecorderDisk::Store;
 
-const char kCountRequests[] =
+const std::string kCountRequests =
     "count\tselect count(*) from events\n"
     "count\tselect count(*) from streamfiles\n"
     "count\tselect count(*) from status\n";
 
-// The daemon with a request log, plus `args`.
-SandboxOptions Daemon(const std::string& args = "") {
-  SandboxOptions options;
-  options.streamMgrArgs = "--log /mnt/hd/requests.log " + args;
-  return options;
-}
-
+// The daemon's requests, or "" when it logged none.
 std::string Log(const RecorderDisk& disk) {
   return disk.Exists("requests.log") ? disk.ReadFile("requests.log") : "";
 }
 
-void FillStore(const RecorderDisk& disk) {
-  disk.Exec(EventRow{"a"}.Insert() + EventRow{"b"}.Insert() + FileRow().Insert() +
-            "insert into status values ('version', '1');");
+// Directly no daemon is asked.
+const TableReport kOnBothPaths[] = {
+    Report("SameTableOnEitherPath", Store::kSchema, FilledStore(), {"-t"}, {kFilledCounts, "", 0},
+           kCountRequests),
+    Report("TwiceOnOneCommandLine", Store::kSchema, FilledStore(), {"-t", "-t"},
+           {kFilledCounts + kFilledCounts, "", 0}, kCountRequests + kCountRequests),
+};
+
+const TableReport kWithTheDaemon[] = {
+    Report("OneCountRequestPerTableInTheFilesOrder", Store::kEmptyDatabase,
+           "create table zeta(a); insert into zeta values (1), (2), (3);"
+           "create table alpha(a);"
+           "create table twelve_chars(a); insert into twelve_chars values (1);"
+           "create table thirteen_char(a); insert into thirteen_char values (1), (2);",
+           {"-t"},
+           {std::string(kTablesHeading) + "zeta               3\n"
+                                          "alpha              0\n"
+                                          "twelve_chars       1\n"
+                                          "thirteen_char       2\n"
+                                          "\n",
+            "", 0},
+           "count\tselect count(*) from zeta\n"
+           "count\tselect count(*) from alpha\n"
+           "count\tselect count(*) from twelve_chars\n"
+           "count\tselect count(*) from thirteen_char\n"),
+    Report("CountWiderThanItsFieldPushesRight", Store::kSchema, kWideStatus, {"-t"},
+           {kWideCounts, "", 0}, kCountRequests),
+    // With the daemon running start-up reads no file sizes, so nothing fails
+    // there.
+    Report("StoreWithNoTablesSendsNoRequest", Store::kEmptyDatabase, "", {"-t"},
+           {std::string(kTablesHeading) + "\n", "", 0}),
+    // The names come from the file, the counts from the daemon, which failed
+    // them.
+    Report("FailingCountsShowZeroWithoutAMessage", Store::kSchema, FilledStore(), {"-t"},
+           {kZeroCounts, "", 0}, kCountRequests, "--fail-requests"),
+    Report("CountTheDaemonCannotPrepareShowsZeroWithoutAMessage", Store::kSchema,
+           FilledStore() + "create table \"two words\"(a); insert into \"two words\" values (1);",
+           {"-t"},
+           {std::string(kTablesHeading) + "events             2\n"
+                                          "streamfiles        1\n"
+                                          "status             1\n"
+                                          "two words          0\n"
+                                          "\n",
+            "", 0},
+           kCountRequests + "count\tselect count(*) from two words\n"),
+    Report("MissingStoreHasNoRowsThoughTheDaemonRuns", Store::kNone, "", {"-t"},
+           {std::string(kTablesHeading) + "\n",
+            "error opening sqlite3\n"
+            "unable to prepare: select tbl_name from sqlite_master where type='table'",
+            SQLITE_CANTOPEN}),
+    Report("GarbledAnswersShowZero", Store::kSchema, FilledStore(), {"-t"}, {kZeroCounts, "", 0},
+           kCountRequests, "--garbage"),
+    // The second request killed it; the third found no daemon to ask.
+    Report("DaemonDyingMidReportLeavesTheRestAtZero", Store::kSchema, FilledStore(), {"-t"},
+           {std::string(kTablesHeading) + "events             2\n"
+                                          "streamfiles        0\n"
+                                          "status             0\n"
+                                          "\n",
+            "", 0},
+           "count\tselect count(*) from events\n"
+           "count\tselect count(*) from streamfiles\n",
+           "--die-after 1"),
+    Report("SlowDaemonStillCounts", Store::kSchema, FilledStore(), {"-t"}, {kFilledCounts, "", 0},
+           kCountRequests, "--delay-ms 100"),
+};
+
+class TableCounts : public ::testing::TestWithParam<CaseOnPath<TableReport>> {};
+
+TEST_P(TableCounts, AreAskedOfTheDaemon) {
+  const TableReport& c = std::get<0>(GetParam());
+  const AccessPath path = std::get<1>(GetParam());
+  RecorderDisk disk(c.store);
+  if (!c.sql.empty()) disk.Exec(c.sql);
+  const std::string before = StoreState(disk);
+  SandboxOptions options;
+  options.streamMgrArgs = "--log /mnt/hd/requests.log " + c.daemonArgs;
+  EXPECT_RUN(RunDb(disk, path, c.args, options), c.expected);
+  EXPECT_EQ(path == AccessPath::kDaemon ? c.log : "", Log(disk));
+  EXPECT_EQ(before, StoreState(disk));
 }
 
-const char kFilledReport[] =
-    "events             2\n"
-    "streamfiles        1\n"
-    "status             1\n"
-    "\n";
-
-const char kZeroReport[] =
-    "events             0\n"
-    "streamfiles        0\n"
-    "status             0\n"
-    "\n";
-
-class TableCountsBothPaths : public testing::TestWithParam<AccessPath> {};
-
-TEST_P(TableCountsBothPaths, SameTableOnEitherPath) {
-  RecorderDisk disk;
-  FillStore(disk);
-  const std::string before = disk.Dump();
-  const RunResult r = RunDb(disk, GetParam(), {"-t"}, Daemon());
-  EXPECT_RUN(r, std::string(kHeading) + kFilledReport, "", 0);
-  EXPECT_EQ(GetParam() == AccessPath::kDaemon ? kCountRequests : "", Log(disk));
-  EXPECT_EQ(before, disk.Dump());
-}
-
-TEST_P(TableCountsBothPaths, TwiceOnOneCommandLine) {
-  RecorderDisk disk;
-  FillStore(disk);
-  const RunResult r = RunDb(disk, GetParam(), {"-t", "-t"}, Daemon());
-  const std::string report = std::string(kHeading) + kFilledReport;
-  EXPECT_EQ(report + report, r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(GetParam() == AccessPath::kDaemon ? std::string(kCountRequests) + kCountRequests : "",
-            Log(disk));
-}
-
-INSTANTIATE_TEST_SUITE_P(Paths, TableCountsBothPaths, BothAccessPaths(),
-                         testing::PrintToStringParamName());
-
-TEST(TableCountsDaemon, OneCountRequestPerTableInTheFilesOrder) {
-  RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
-  disk.Exec(
-      "create table zeta(a); insert into zeta values (1), (2), (3);"
-      "create table alpha(a);"
-      "create table twelve_chars(a); insert into twelve_chars values (1);"
-      "create table thirteen_char(a); insert into thirteen_char values (1), (2);");
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon());
-  EXPECT_EQ(std::string(kHeading) +
-                "zeta               3\n"
-                "alpha              0\n"
-                "twelve_chars       1\n"
-                "thirteen_char       2\n"
-                "\n",
-            r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(
-      "count\tselect count(*) from zeta\n"
-      "count\tselect count(*) from alpha\n"
-      "count\tselect count(*) from twelve_chars\n"
-      "count\tselect count(*) from thirteen_char\n",
-      Log(disk));
-}
-
-TEST(TableCountsDaemon, CountWiderThanItsFieldPushesRight) {
-  RecorderDisk disk;
-  disk.Exec(
-      "with recursive n(i) as (select 1 union all select i + 1 from n where i < 12345) "
-      "insert into status select 'key' || i, i from n;");
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon());
-  EXPECT_EQ(std::string(kHeading) +
-                "events             0\n"
-                "streamfiles        0\n"
-                "status          12345\n"
-                "\n",
-            r.out);
-}
-
-TEST(TableCountsDaemon, StoreWithNoTablesSendsNoRequest) {
-  // With the daemon running start-up reads no file sizes, so nothing fails there.
-  RecorderDisk disk(RecorderDisk::Store::kEmptyDatabase);
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon());
-  EXPECT_RUN(r, std::string(kHeading) + "\n", "", 0);
-  EXPECT_EQ("", Log(disk));
-}
-
-TEST(TableCountsDaemon, FailingCountsShowZeroWithoutAMessage) {
-  RecorderDisk disk;
-  FillStore(disk);
-  const std::string before = disk.Dump();
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon("--fail-requests"));
-  // The names come from the file, the counts from the daemon, which failed them.
-  EXPECT_RUN(r, std::string(kHeading) + kZeroReport, "", 0);
-  EXPECT_EQ(kCountRequests, Log(disk));
-  EXPECT_EQ(before, disk.Dump());
-}
-
-TEST(TableCountsDaemon, CountTheDaemonCannotPrepareShowsZeroWithoutAMessage) {
-  RecorderDisk disk;
-  FillStore(disk);
-  disk.Exec("create table \"two words\"(a); insert into \"two words\" values (1);");
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon());
-  EXPECT_EQ(std::string(kHeading) +
-                "events             2\n"
-                "streamfiles        1\n"
-                "status             1\n"
-                "two words          0\n"
-                "\n",
-            r.out);
-  EXPECT_EQ("", r.err);
-  EXPECT_EQ(std::string(kCountRequests) + "count\tselect count(*) from two words\n", Log(disk));
-}
-
-TEST(TableCountsDaemon, MissingStoreHasNoRowsThoughTheDaemonRuns) {
-  RecorderDisk disk(RecorderDisk::Store::kNone);
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon());
-  EXPECT_RUN(r, std::string(kHeading) + "\n",
-             "error opening sqlite3\n"
-             "unable to prepare: select tbl_name from sqlite_master where type='table'",
-             SQLITE_CANTOPEN);
-  EXPECT_EQ("", Log(disk));
-  EXPECT_FALSE(disk.Exists("streammgr"));
-}
+INSTANTIATE_TEST_SUITE_P(Paths, TableCounts, OnBothPaths(kOnBothPaths),
+                         CaseOnPathName<TableReport>);
+INSTANTIATE_TEST_SUITE_P(Daemon, TableCounts, OverIpcOnly(kWithTheDaemon),
+                         CaseOnPathName<TableReport>);
 
 TEST(TableCountsDaemon, StoreThatIsNotADatabaseHasNoRows) {
   RecorderDisk disk(RecorderDisk::Store::kNone);
-  const std::string garbage(4096, 'x');
-  disk.WriteFile("streammgr/stream.db", garbage);
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon());
-  EXPECT_RUN(r, std::string(kHeading) + "\n",
+  disk.WriteFile("streammgr/stream.db", std::string(4096, 'x'));
+  const std::string before = StoreState(disk);
+  SandboxOptions options;
+  options.streamMgrArgs = "--log /mnt/hd/requests.log";
+  EXPECT_RUN(RunDb(disk, AccessPath::kDaemon, {"-t"}, options), std::string(kTablesHeading) + "\n",
              "unable to prepare: select tbl_name from sqlite_master where type='table'", 0);
   EXPECT_EQ("", Log(disk));
-  EXPECT_EQ(garbage, disk.ReadFile("streammgr/stream.db"));
-}
-
-TEST(TableCountsDaemon, GarbledAnswersShowZero) {
-  RecorderDisk disk;
-  FillStore(disk);
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon("--garbage"));
-  EXPECT_RUN(r, std::string(kHeading) + kZeroReport, "", 0);
-  EXPECT_EQ(kCountRequests, Log(disk));
-}
-
-TEST(TableCountsDaemon, DaemonDyingMidReportLeavesTheRestAtZero) {
-  RecorderDisk disk;
-  FillStore(disk);
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon("--die-after 1"));
-  EXPECT_RUN(r,
-             std::string(kHeading) +
-                 "events             2\n"
-                 "streamfiles        0\n"
-                 "status             0\n"
-                 "\n",
-             "", 0);
-  // The second request killed it; the third found no daemon to ask.
-  EXPECT_EQ(
-      "count\tselect count(*) from events\n"
-      "count\tselect count(*) from streamfiles\n",
-      Log(disk));
-}
-
-TEST(TableCountsDaemon, SlowDaemonStillCounts) {
-  RecorderDisk disk;
-  FillStore(disk);
-  const RunResult r = RunDb(disk, AccessPath::kDaemon, {"-t"}, Daemon("--delay-ms 100"));
-  EXPECT_EQ(std::string(kHeading) + kFilledReport, r.out);
-  EXPECT_EQ("", r.err);
+  EXPECT_EQ(before, StoreState(disk));
 }
 
 }  // namespace

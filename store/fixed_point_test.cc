@@ -24,13 +24,10 @@ std::string Printf(double value, int decimals) {
 // Where the exact text is written at all, it is printf's.
 ::testing::AssertionResult SameAsPrintf(double value) {
   for (int decimals = 0; decimals <= kMaxFixedDecimals; ++decimals) {
-    const std::string exact = Exact(value, decimals);
-    if (exact.empty()) {
-      return ::testing::AssertionFailure() << value << " not written with " << decimals;
-    }
-    if (exact != Printf(value, decimals)) {
-      return ::testing::AssertionFailure() << value << " with " << decimals << ": " << exact
-                                           << ", printf " << Printf(value, decimals);
+    const std::string exact = Exact(value, decimals), printf = Printf(value, decimals);
+    if (exact.empty() || exact != printf) {
+      return ::testing::AssertionFailure()
+             << value << " with " << decimals << ": \"" << exact << "\", printf " << printf;
     }
   }
   return ::testing::AssertionSuccess();

@@ -1,78 +1,59 @@
 #include "store/regular_file.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <fstream>
-#include <string>
 
+#include "store/store_fixture.h"
 #include "testing/scratch_dir.h"
+#include "testing/sim_named_cases.h"
 
 namespace {
 
-class RegularFileTest : public ::testing::Test {
- protected:
-  void TearDown() override {
-    if (descriptor_ >= 0) close(descriptor_);
-  }
-  // Opens `path`, keeping the descriptor to close.
-  int Open(const std::string& path) {
-    descriptor_ = OpenRegularFile(path.c_str(), notRegular_);
-    return descriptor_;
-  }
+std::string Data(const std::string& path) {
+  std::ofstream(path) << "data";
+  return path;
+}
 
-  ScratchDir scratch_{"db-regular-file"};
-  std::string file_ = scratch_.Path() + "/file";
-  int descriptor_ = -1;
-  bool notRegular_ = true;
+// What opening `path` gives: what it reads, "not regular", or why it failed.
+// `notRegular` starts as `said`, so that the call must set it either way.
+std::string Opened(const std::string& path, bool said) {
+  bool notRegular = said;
+  errno = 0;
+  const int fd = OpenRegularFile(path.c_str(), notRegular);
+  if (fd < 0) return notRegular ? "not regular" : std::strerror(errno);
+  char text[8];
+  const ssize_t length = read(fd, text, sizeof text);
+  close(fd);
+  return (notRegular ? "not regular but reads " : "reads ") +
+         std::string(text, length < 0 ? 0 : length);
+}
+
+const Opening kOpenings[] = {
+    {"RegularFileOpensForReading", Data, "reads data"},
+    {"LinkToARegularFileOpens", LinkTo<Data>, "reads data"},
+    {"MissingFileGivesItsReason", Missing, "No such file or directory"},
+    {"DanglingLinkGivesItsReason", LinkTo<Missing>, "No such file or directory"},
+    // Opened for reading, a FIFO with no writer would keep the open waiting.
+    {"FifoIsNotOpened", Fifo, "not regular"},
+    {"LinkToAFifoIsNotOpened", LinkTo<Fifo>, "not regular"},
+    {"FolderIsNotRegular", Folder, "not regular"},
+    {"DeviceIsNotRegular", Device, "not regular"},
+    {"SocketIsNotRegular", Socket, "not regular"},
 };
 
-TEST_F(RegularFileTest, RegularFileOpensForReading) {
-  std::ofstream(file_) << "data";
-  ASSERT_LE(0, Open(file_));
-  EXPECT_FALSE(notRegular_);
-  char text[8] = {};
-  EXPECT_EQ(4, read(descriptor_, text, sizeof text));
-  EXPECT_EQ(std::string("data"), text);
+class RegularFile : public testing::TestWithParam<Opening> {};
+
+TEST_P(RegularFile, Opens) {
+  ScratchDir scratch("db-regular-file");
+  const std::string path = GetParam().make(scratch.Path() + "/file");
+  ASSERT_NE("", path);
+  EXPECT_EQ(GetParam().opened, Opened(path, true));
+  EXPECT_EQ(GetParam().opened, Opened(path, false));
 }
 
-TEST_F(RegularFileTest, LinkToARegularFileOpens) {
-  std::ofstream(file_) << "data";
-  const std::string link = scratch_.Path() + "/link";
-  ASSERT_EQ(0, symlink(file_.c_str(), link.c_str()));
-  EXPECT_LE(0, Open(link));
-  EXPECT_FALSE(notRegular_);
-}
-
-TEST_F(RegularFileTest, MissingFileGivesItsReason) {
-  EXPECT_EQ(-1, Open(file_));
-  EXPECT_FALSE(notRegular_);
-  EXPECT_EQ(ENOENT, errno);
-}
-
-TEST_F(RegularFileTest, DanglingLinkGivesItsReason) {
-  ASSERT_EQ(0, symlink("nowhere", file_.c_str()));
-  EXPECT_EQ(-1, Open(file_));
-  EXPECT_FALSE(notRegular_);
-  EXPECT_EQ(ENOENT, errno);
-}
-
-// Opened for reading, a FIFO with no writer would keep the open waiting.
-TEST_F(RegularFileTest, FifoIsNotOpened) {
-  ASSERT_EQ(0, mkfifo(file_.c_str(), 0666));
-  EXPECT_EQ(-1, Open(file_));
-  EXPECT_TRUE(notRegular_);
-}
-
-TEST_F(RegularFileTest, FolderAndDeviceAreNotRegular) {
-  ASSERT_EQ(0, mkdir(file_.c_str(), 0755));
-  EXPECT_EQ(-1, Open(file_));
-  EXPECT_TRUE(notRegular_);
-  notRegular_ = false;
-  EXPECT_EQ(-1, Open("/dev/null"));
-  EXPECT_TRUE(notRegular_);
-}
+INSTANTIATE_NAMED_CASES(RegularFileTest, RegularFile, kOpenings);
 
 }  // namespace

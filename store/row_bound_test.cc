@@ -3,35 +3,19 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <iostream>
 #include <limits>
 #include <string>
 
-#include "testing/scratch_dir.h"
-#include "testing/stream_capture.h"
+#include "store/store_fixture.h"
 
 namespace {
 
-class RowBoundTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    ASSERT_EQ(SQLITE_OK, sqlite3_open(path_.c_str(), &database_));
-    Exec("create table t(a); insert into t values (1), (2), (3);");
-  }
-  void TearDown() override { sqlite3_close(database_); }
-  void Exec(const std::string& sql) {
-    ASSERT_EQ(SQLITE_OK, sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr)) << sql;
-  }
-  uint64_t Bytes(const std::string& path) const {
-    struct stat status {};
-    return stat(path.c_str(), &status) == 0 ? static_cast<uint64_t>(status.st_size) : 0;
-  }
+using RowBoundTest = TableTest;
 
-  ScratchDir folder_{"row-bound"};
-  std::string path_ = folder_.Path() + "/store.db";
-  sqlite3* database_ = nullptr;
-  StreamCapture err_{std::cerr};
-};
+uint64_t Bytes(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 ? static_cast<uint64_t>(status.st_size) : 0;
+}
 
 TEST_F(RowBoundTest, MostRowsIsAQuarterOfTheStoresBytes) {
   EXPECT_EQ(Bytes(path_) / 4, MostRowsStoredIn(database_));
@@ -54,11 +38,8 @@ TEST_F(RowBoundTest, TableStepsToItsEndAsUnbounded) {
   {
     SQLStatement statement(database_, "select a from t");
     RowBound bound(database_);
-    EXPECT_EQ(kStepRow, bound.Step(statement));
-    EXPECT_EQ(1, sqlite3_column_int(statement.handle, 0));
-    EXPECT_EQ(kStepRow, bound.Step(statement));
-    EXPECT_EQ(kStepRow, bound.Step(statement));
-    EXPECT_EQ(kStepDone, bound.Step(statement));
+    EXPECT_EQ((std::vector<int>{1, 2, 3, kStepDone}),
+              Stepped(statement, [&] { return bound.Step(statement); }));
     EXPECT_EQ(kStepDone, statement.resultCode);
   }
   EXPECT_EQ("", err_.Text());

@@ -18,11 +18,10 @@ Names TextsOf(const char* (*toText)(Enum), const std::vector<uint32_t>& values) 
 }
 
 TEST(EventStateNames, KnownValuesAreTenCharactersWithTheirBlanks) {
-  const Names states = {"RecordCmpl", "Transfered", "Recording ", "InPost    "};
-  const Names splits = {"NotChecked", "NotNeeded ", "SplitPend ", "AlreadySpl", "ExportOnly"};
-  EXPECT_EQ(states, TextsOf(EventStateToStr, {0, 1, 2, 3}));
-  EXPECT_EQ(splits, TextsOf(EventSplitStateToStr, {0, 1, 2, 3, 4}));
-  for (const std::string& text : states) EXPECT_EQ(10u, text.size());
+  EXPECT_EQ((Names{"RecordCmpl", "Transfered", "Recording ", "InPost    "}),
+            TextsOf(EventStateToStr, {0, 1, 2, 3}));
+  EXPECT_EQ((Names{"NotChecked", "NotNeeded ", "SplitPend ", "AlreadySpl", "ExportOnly"}),
+            TextsOf(EventSplitStateToStr, {0, 1, 2, 3, 4}));
 }
 
 TEST(EventStateNames, OtherValuesAreInvalid) {
@@ -31,9 +30,8 @@ TEST(EventStateNames, OtherValuesAreInvalid) {
 }
 
 TEST(FileStateNames, KnownValues) {
-  const Names states = {"Free    ", "Allocatd", "UsedFree", "UsedKeep"};
-  EXPECT_EQ(states, TextsOf(FileStateToStr, {0, 1, 2, 3}));
-  EXPECT_EQ(8u, states[0].size());
+  EXPECT_EQ((Names{"Free    ", "Allocatd", "UsedFree", "UsedKeep"}),
+            TextsOf(FileStateToStr, {0, 1, 2, 3}));
   EXPECT_EQ((Names{"Init", "Norm", "Bkgd", "Wiped"}), TextsOf(FileTypeToStr, {0, 1, 2, 3}));
 }
 

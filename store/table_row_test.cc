@@ -9,25 +9,20 @@
 
 namespace {
 
-// What field by field insertion into a stream gives, the yardstick of a row.
-template <typename Value>
-std::string Streamed(const Value& value, int width, bool left = false) {
+// What inserting `value` into a stream after `format` gives, the yardstick of a row.
+template <typename Value, typename... Format>
+std::string Streamed(const Value& value, const Format&... format) {
   std::ostringstream out;
-  out << (left ? std::left : std::right) << std::setw(width) << value;
-  return out.str();
-}
-
-std::string StreamedFixed(double value, int decimals, int width) {
-  std::ostringstream out;
-  out << std::fixed << std::setprecision(decimals) << std::setw(width) << value;
+  (out << ... << format) << value;
   return out.str();
 }
 
 TEST(TableRow, TextIsPaddedByBytesAndNeverCut) {
   for (const char* text : {"", "a", "Free", "Recording", "R\xc3\xa9id", "abcdefghijkl"}) {
     for (int width : {0, 1, 4, 8, 10}) {
-      EXPECT_EQ(TableRow().Right(text, width).Line(), Streamed(text, width)) << text << width;
-      EXPECT_EQ(TableRow().Left(text, width).Line(), Streamed(text, width, true)) << text << width;
+      EXPECT_EQ(TableRow().Right(text, width).Line(), Streamed(text, std::setw(width))) << width;
+      EXPECT_EQ(TableRow().Left(text, width).Line(), Streamed(text, std::left, std::setw(width)))
+          << text << width;
     }
   }
 }
@@ -35,12 +30,12 @@ TEST(TableRow, TextIsPaddedByBytesAndNeverCut) {
 TEST(TableRow, NumbersAsTheStreamWritesThem) {
   for (uint64_t value : {0ull, 7ull, 65535ull, 4294967295ull, 18446744073709551615ull}) {
     for (int width : {0, 3, 6, 10, 25}) {
-      EXPECT_EQ(TableRow().Unsigned(value, width).Line(), Streamed(value, width));
+      EXPECT_EQ(TableRow().Unsigned(value, width).Line(), Streamed(value, std::setw(width)));
     }
   }
   for (int64_t value : {int64_t{0}, int64_t{-1}, int64_t{42}, int64_t{-2147483648}, INT64_MIN}) {
     for (int width : {0, 2, 5, 12}) {
-      EXPECT_EQ(TableRow().Signed(value, width).Line(), Streamed(value, width));
+      EXPECT_EQ(TableRow().Signed(value, width).Line(), Streamed(value, std::setw(width)));
     }
   }
 }
@@ -51,7 +46,7 @@ TEST(TableRow, FixedPointAsTheStreamWritesIt) {
     for (int decimals : {0, 2, 3}) {
       for (int width : {0, 5, 11}) {
         EXPECT_EQ(TableRow().Fixed(value, decimals, width).Line(),
-                  StreamedFixed(value, decimals, width))
+                  Streamed(value, std::fixed, std::setprecision(decimals), std::setw(width)))
             << value << " " << decimals << " " << width;
       }
     }

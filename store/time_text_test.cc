@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -61,12 +62,8 @@ TEST_F(TimeTextTest, SameTextsAsStrftimeInSeveralZones) {
 TEST_F(TimeTextTest, TimeWithoutLocalTimeIsEmpty) {
   TimeZone::Set("UTC");
   const time_t far = static_cast<time_t>(INT64_MAX);
-  char text[kTimeTextBytes];
-  EXPECT_EQ(DateTimeText(far, text), 0u);
-  EXPECT_STREQ(text, "");
-  EXPECT_EQ(ClockText(far, text), 0u);
-  EXPECT_STREQ(text, "");
-  EXPECT_EQ(Strftime(far, "%X"), "");
+  EXPECT_EQ(std::make_tuple("", "", ""),
+            std::make_tuple(DateTime(far), Clock(far), Strftime(far, "%X")));
 }
 
 }  // namespace

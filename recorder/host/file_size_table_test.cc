@@ -40,9 +40,7 @@ TEST(FileSizeTable, LaterSizeReplacesEarlierOne) {
 
 TEST(FileSizeTable, DenseNumbersTakeSlotsOnly) {
   FileSizeTable table;
-  for (int number = 1; number <= 200000; ++number) {
-    table.Set(number, static_cast<uint32_t>(number) * 3);
-  }
+  for (int number = 1; number <= 200000; ++number) table.Set(number, number * 3u);
   EXPECT_GE(table.SlotCount(), 200001u);
   EXPECT_LT(table.SlotCount(), 202000u);
   EXPECT_EQ(table.MapCount(), 0u);
@@ -78,7 +76,7 @@ TEST(FileSizeTable, NumbersInAnyOrderAreAllFound) {
   std::vector<int> numbers;
   std::vector<int64_t> sizes;
   for (int number = 30000; number >= -10; --number) {
-    table.Set(number, static_cast<uint32_t>(number + 100));
+    table.Set(number, number + 100u);
     numbers.push_back(number);
     sizes.push_back(number + 100);
   }

@@ -2,94 +2,76 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <tuple>
+#include <type_traits>
+#include <vector>
+
+#include "testing/sim_named_cases.h"
 
 namespace HostIpc {
 namespace {
 
-using StreamMgrApi::EventRecordItem;
-using StreamMgrApi::StreamfileRecordItem;
+using namespace StreamMgrApi;
 using namespace std::string_literals;
+
+// Every member of a record, in the order of the encoding.
+auto Fields(EventRecordItem& e) {
+  Officer& o = e.officer;
+  Preferences& p = o.preferences;
+  return std::tie(e.reid, e.state, e.splitState, e.streamState, e.locked, e.confirmed, e.crCode1,
+                  e.crCode2, e.startTick, e.startTime, e.exportTime, e.stopTick, e.stopTime,
+                  e.description, o.id, o.name, o.badge, o.supervisor, o.password, p.camera,
+                  p.display, p.audio, p.microphone, p.screenSaver, o.language, o.unit, e.category,
+                  e.vehicle.name, e.flagged, e.background, e.totalFiles, e.groupId, e.part,
+                  e.totalParts, e.answers.entries);
+}
+
+auto Fields(StreamfileRecordItem& f) {
+  return std::tie(f.number, f.stream, f.state, f.startTick, f.stopTick, f.startTime, f.stopTime,
+                  f.previous, f.next, f.size, f.type);
+}
+
+template <typename Member>
+auto Value(const Member& member) {
+  if constexpr (std::is_enum_v<Member>) {
+    return member;
+  } else {
+    return member.GetValue();
+  }
+}
+
+auto Value(const std::vector<EventAnswerItem>& answers) {
+  std::vector<std::pair<std::string, std::string>> values;
+  for (const auto& a : answers) values.emplace_back(a.question.GetValue(), a.answer.GetValue());
+  return values;
+}
+
+// Every member of a record as one value.
+template <typename Record>
+auto Members(Record record) {
+  return std::apply([](const auto&... m) { return std::make_tuple(Value(m)...); }, Fields(record));
+}
 
 // An event whose every member differs from its default.
 EventRecordItem FullEvent(const std::string& reid) {
   EventRecordItem e;
-  e.reid = reid;
-  e.state = StreamMgrApi::EVENT_IN_POST;
-  e.splitState = static_cast<StreamMgrApi::SplitEventState>(4294967295u);
-  e.streamState = e.locked = e.confirmed = e.flagged = e.background = true;
-  e.crCode1 = StreamMgrApi::CR_CODE_K;
-  e.crCode2 = StreamMgrApi::CR_CODE_A;
-  e.startTick = 4000000000u;
-  e.startTime = -5;
-  e.exportTime = 2147483647;
-  e.stopTick = 12;
-  e.stopTime = -2147483647 - 1;
-  e.description = "descr\0iption"s;
-  Officer& o = e.officer;
-  o.id = 13;
-  o.name = "name"s;
-  o.badge = "badge"s;
-  o.supervisor = o.preferences.audio = o.preferences.microphone = true;
-  o.password = "pw"s;
-  o.preferences.camera = 14;
-  o.preferences.display = 15;
-  o.preferences.screenSaver = 16;
-  o.language = 65535;
-  o.unit = "unit"s;
-  e.category = "category"s;
-  e.vehicle.name = "vehicle \xc3\xa9"s;
-  e.totalFiles = 17;
-  e.groupId = "group"s;
-  e.part = 18;
-  e.totalParts = 19;
-  e.answers.entries.resize(2);
+  Fields(e) = std::make_tuple(
+      reid, EVENT_IN_POST, static_cast<SplitEventState>(4294967295u), true, true, true, CR_CODE_K,
+      CR_CODE_A, 4000000000u, -5, 2147483647, 12u, -2147483647 - 1, "descr\0iption"s, 13u, "name"s,
+      "badge"s, true, "pw"s, 14u, 15u, true, true, 16u, uint16_t{65535}, "unit"s, "category"s,
+      "vehicle \xc3\xa9"s, true, true, 17u, "group"s, 18u, 19u, std::vector<EventAnswerItem>(2));
   e.answers.entries[0].question = "Q1"s;
   e.answers.entries[0].answer = "A1"s;
   e.answers.entries[1].answer = "A2"s;
   return e;
 }
 
-// Every member of an event, in the order of the encoding, as one value.
-auto Members(const EventRecordItem& e) {
-  const Officer& o = e.officer;
-  const Preferences& p = o.preferences;
-  std::vector<std::pair<std::string, std::string>> answers;
-  for (const StreamMgrApi::EventAnswerItem& a : e.answers.entries) {
-    answers.emplace_back(a.question.GetValue(), a.answer.GetValue());
-  }
-  return std::make_tuple(
-      e.reid.GetValue(), e.state, e.splitState, e.streamState.GetValue(), e.locked.GetValue(),
-      e.confirmed.GetValue(), e.crCode1, e.crCode2, e.startTick.GetValue(), e.startTime.GetValue(),
-      e.exportTime.GetValue(), e.stopTick.GetValue(), e.stopTime.GetValue(),
-      e.description.GetValue(), o.id.GetValue(), o.name.GetValue(), o.badge.GetValue(),
-      o.supervisor.GetValue(), o.password.GetValue(), p.camera.GetValue(), p.display.GetValue(),
-      p.audio.GetValue(), p.microphone.GetValue(), p.screenSaver.GetValue(), o.language.GetValue(),
-      o.unit.GetValue(), e.category.GetValue(), e.vehicle.name.GetValue(), e.flagged.GetValue(),
-      e.background.GetValue(), e.totalFiles.GetValue(), e.groupId.GetValue(), e.part.GetValue(),
-      e.totalParts.GetValue(), answers);
-}
-
 StreamfileRecordItem FullFile(uint32_t number) {
   StreamfileRecordItem f;
-  f.number = number;
-  f.stream = 2;
-  f.state = StreamMgrApi::FILE_USED_KEEP;
-  f.startTick = 3;
-  f.stopTick = 4;
-  f.startTime = 4294967295u;
-  f.stopTime = 6;
-  f.previous = 7;
-  f.next = 8;
-  f.size = 98566144;
-  f.type = static_cast<StreamMgrApi::StreamFileType>(4294967295u);
+  Fields(f) = std::make_tuple(number, 2u, FILE_USED_KEEP, 3u, 4u, 4294967295u, 6u, 7u, 8u,
+                              98566144u, static_cast<StreamFileType>(4294967295u));
   return f;
-}
-
-auto Members(const StreamfileRecordItem& f) {
-  return std::make_tuple(f.number.GetValue(), f.stream.GetValue(), f.state, f.startTick.GetValue(),
-                         f.stopTick.GetValue(), f.startTime.GetValue(), f.stopTime.GetValue(),
-                         f.previous.GetValue(), f.next.GetValue(), f.size.GetValue(), f.type);
 }
 
 // What `decode` makes of `body`, starting from `out`; the decoding must succeed.
@@ -169,7 +151,6 @@ TEST(IpcCodec, RequestOfAnotherVersionOrUnknownKindIsRefused) {
 size_t Mark(const std::vector<EventRecordItem>& events) { return events.size(); }
 size_t Mark(const std::vector<StreamfileRecordItem>& files) { return files.size(); }
 uint32_t Mark(uint32_t value) { return value; }
-bool Mark(bool value) { return value; }
 uint32_t Mark(const VideoRecordingSettings& settings) { return settings.reExportHours; }
 
 template <typename Out>
@@ -182,20 +163,13 @@ bool Decodes(bool (*decode)(const std::string&, Out&), Out sentinel, const std::
 
 // Whether the client accepts `body` as the answer to a request of `kind`.
 bool Accepts(Kind kind, const std::string& body) {
-  switch (kind) {
-    case kEvents:
-      return Decodes(DecodeEventsAnswer, std::vector<EventRecordItem>{FullEvent("sentinel")}, body);
-    case kFiles:
-      return Decodes(DecodeFilesAnswer, std::vector<StreamfileRecordItem>{FullFile(99)}, body);
-    case kCount:
-      return Decodes(DecodeCountAnswer, 77u, body);
-    case kDelete:
-      return Decodes(DecodeDeleteAnswer, false, body);
-    case kLiveSize:
-      return Decodes(DecodeLiveSizeAnswer, 77u, body);
-    default:
-      return Decodes(DecodeSettingsAnswer, VideoRecordingSettings{0, 0, 77}, body);
-  }
+  return kind == kEvents   ? Decodes(DecodeEventsAnswer, std::vector{FullEvent("sentinel")}, body)
+         : kind == kFiles  ? Decodes(DecodeFilesAnswer, std::vector{FullFile(99)}, body)
+         : kind == kCount  ? Decodes(DecodeCountAnswer, 77u, body)
+         : kind == kDelete ? Decodes(DecodeDeleteAnswer, false, body)
+         : kind == kLiveSize
+             ? Decodes(DecodeLiveSizeAnswer, 77u, body)
+             : Decodes(DecodeSettingsAnswer, VideoRecordingSettings{0, 0, 77}, body);
 }
 
 // Answers to a request of `kind`.
@@ -204,8 +178,6 @@ struct AnswerCase {
   Kind kind;
   std::vector<std::string> bodies;
 };
-
-std::string NameOf(const testing::TestParamInfo<AnswerCase>& info) { return info.param.name; }
 
 // A good answer of every kind the client decodes.
 std::vector<AnswerCase> GoodAnswers() {
@@ -275,8 +247,8 @@ TEST_P(BadAnswer, IsRefused) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(AllAnswers, GoodAnswer, testing::ValuesIn(GoodAnswers()), NameOf);
-INSTANTIATE_TEST_SUITE_P(AllAnswers, BadAnswer, testing::ValuesIn(BadAnswers()), NameOf);
+INSTANTIATE_NAMED_CASES(AllAnswers, GoodAnswer, GoodAnswers());
+INSTANTIATE_NAMED_CASES(AllAnswers, BadAnswer, BadAnswers());
 
 }  // namespace
 }  // namespace HostIpc

@@ -9,8 +9,8 @@
 
 #include "recorder/host/ipc_client_fixture.h"
 #include "recorder/host/served_daemon.h"
-#include "recorder/stream_mgr_api.h"
 #include "testing/scratch_dir.h"
+#include "testing/store_folder_listing.h"
 
 namespace HostIpc {
 namespace {
@@ -27,15 +27,6 @@ Reply Echo(const std::string& request) {
   return {Reply::Action::kAnswer, CountAnswer(static_cast<uint32_t>(std::atoi(text.c_str())))};
 }
 
-// The count the daemon answers to `text`; -1 when the request fails, which
-// must leave the count as it was.
-int64_t Asked(LinxIpc& ipc, const std::string& text, int timeoutMs = 5000) {
-  unsigned int count = 5;
-  if (StreamMgrApi::GetCountFromSqlStatement(ipc, text, count, timeoutMs)) return count;
-  EXPECT_EQ(5u, count);
-  return -1;
-}
-
 // The frame of a count request carrying `text`.
 std::string Framed(const std::string& text) {
   const std::string request = TextRequest(kCount, text);
@@ -44,11 +35,8 @@ std::string Framed(const std::string& text) {
 
 // An Echo daemon that waits `delayMs` before each answer, and db's client
 // aimed at it and initialised.
-struct EchoAndClient {
-  explicit EchoAndClient(int delayMs = 0) : daemon(kStreamMgrName, Echo, delayMs) {
-    daemon.Aim(ipc);
-    EXPECT_EQ(0, ipc.Init());
-  }
+struct EchoAndClient : Served<ServedDaemon> {
+  explicit EchoAndClient(int delayMs = 0) : Served(Echo, delayMs) {}
   // A connection of its own to the daemon, on which `bytes` have been sent.
   int Sent(const std::string& bytes) const {
     const int fd = Connect(daemon.Path());
@@ -56,8 +44,6 @@ struct EchoAndClient {
     FakeDaemon::Raw(fd, bytes);
     return fd;
   }
-  ServedDaemon daemon;
-  LinxIpc ipc{"db"};
 };
 
 // Sends `text`, which the daemon does not answer: the request fails at once.
@@ -69,12 +55,7 @@ void ExpectUnansweredAtOnce(LinxIpc& ipc, const std::string& text) {
 
 TEST(IpcEndpoint, AppearsAsASocketWithNothingElseBeside) {
   ServedDaemon daemon(kStreamMgrName, Echo);
-  EXPECT_TRUE(std::filesystem::is_socket(daemon.Path()));
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(daemon.Dir())) {
-    names.push_back(entry.path().filename());
-  }
-  EXPECT_EQ(std::vector<std::string>{"StreamMgr"}, names);
+  EXPECT_EQ("StreamMgr socket", Listing(daemon.Dir()));
 }
 
 TEST(IpcEndpoint, ReplacesAStaleFile) {

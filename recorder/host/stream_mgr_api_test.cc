@@ -9,11 +9,13 @@
 
 #include "recorder/host/ipc_client_fixture.h"
 #include "testing/scratch_dir.h"
+#include "testing/sim_named_cases.h"
 
 namespace HostIpc {
 namespace {
 
 using namespace StreamMgrApi;
+using namespace std::string_literals;
 
 constexpr int kShortTimeoutMs = 300;
 
@@ -26,15 +28,7 @@ std::pair<Kind, std::string> Parsed(const std::string& request) {
   return parsed;
 }
 
-// A fake StreamMgr following `script`, and db's endpoint, initialised, aimed at it.
-struct Client {
-  explicit Client(FD::Script script) : daemon(kStreamMgrName, std::move(script)) {
-    EXPECT_EQ(0, aimed.ipc.Init());
-  }
-  FakeDaemon daemon;
-  AimedIpc aimed{daemon.Dir()};
-  LinxIpc& ipc = aimed.ipc;
-};
+using Client = Served<FakeDaemon>;
 
 StreamfileRecordItem File(uint32_t number) {
   StreamfileRecordItem file;
@@ -54,9 +48,8 @@ void ExpectFailed(LinxIpc& ipc, Kind kind, int timeoutMs) {
                : kind == kFiles ? GetFilesFromSqlStatement(ipc, "f", files, timeoutMs)
                : kind == kCount ? GetCountFromSqlStatement(ipc, "c", count, timeoutMs)
                                 : DeleteEvent("r", ipc));
-  EXPECT_TRUE(events.items.empty());
-  EXPECT_TRUE(files.items.empty());
-  EXPECT_EQ(9u, count);
+  EXPECT_EQ(std::make_tuple(0u, 0u, 9u),
+            std::make_tuple(events.items.size(), files.items.size(), count));
 }
 
 TEST(LinxIpc, InitFailsWithoutAnEndpoint) {
@@ -92,18 +85,17 @@ TEST(StreamMgrApi, RequestsShareOneConnectionAndCarryTheirText) {
     return FD::Then::kNext;
   });
   EventRecordListMessage events;
-  EXPECT_TRUE(GetEventsFromSqlStatement(client.ipc, "select * from events", events, 1000));
-  ASSERT_EQ(1u, events.items.size());
-  EXPECT_EQ("select * from events", events.items[0].reid.GetValue());
   StreamfileRecordListMessage files;
-  EXPECT_TRUE(GetFilesFromSqlStatement(client.ipc, "f", files, 1000));
-  ASSERT_EQ(2u, files.items.size());
-  EXPECT_EQ(2u, files.items[1].number.GetValue());
   unsigned int count = 0;
+  EXPECT_TRUE(GetEventsFromSqlStatement(client.ipc, "select * from events", events, 1000));
+  EXPECT_TRUE(GetFilesFromSqlStatement(client.ipc, "f", files, 1000));
   EXPECT_TRUE(GetCountFromSqlStatement(client.ipc, "c", count, 1000));
-  EXPECT_EQ(42u, count);
   EXPECT_TRUE(DeleteEvent("yes", client.ipc));
   EXPECT_FALSE(DeleteEvent("no", client.ipc));
+  ASSERT_EQ(std::make_tuple(1u, 2u), std::make_tuple(events.items.size(), files.items.size()));
+  EXPECT_EQ(
+      std::make_tuple("select * from events"s, 2u, 42u),
+      std::make_tuple(events.items[0].reid.GetValue(), files.items[1].number.GetValue(), count));
   EXPECT_EQ(1, client.daemon.Connections());
   EXPECT_EQ((std::vector<std::string>{TextRequest(kEvents, "select * from events"),
                                       TextRequest(kFiles, "f"), TextRequest(kCount, "c"),
@@ -136,12 +128,11 @@ struct Misbehaviour {
   FD::Script script;
 };
 
-std::string NameOf(const testing::TestParamInfo<Misbehaviour>& info) { return info.param.name; }
-
 // The frame of two files cut short: half of it, and all but its last byte.
-const std::string kHalf = FrameHeader(kTwoFiles.size()) + kTwoFiles.substr(0, kTwoFiles.size() / 2);
-const std::string kButOne =
-    FrameHeader(kTwoFiles.size()) + kTwoFiles.substr(0, kTwoFiles.size() - 1);
+std::string Cut(size_t length) {
+  return FrameHeader(kTwoFiles.size()) + kTwoFiles.substr(0, length);
+}
+const std::string kHalf = Cut(kTwoFiles.size() / 2), kButOne = Cut(kTwoFiles.size() - 1);
 const std::string kOversized = FrameHeader(size_t{kMaxFrameBytes} + 1) + CountAnswer(3);
 
 const Misbehaviour kMisbehaviours[] = {
@@ -174,18 +165,15 @@ TEST_P(Misbehaving, RequestsFailInTime) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(StreamMgrApi, Misbehaving, testing::ValuesIn(kMisbehaviours), NameOf);
+INSTANTIATE_NAMED_CASES(StreamMgrApi, Misbehaving, kMisbehaviours);
 
 TEST(StreamMgrApi, WritingToADaemonThatHungUpDoesNotRaiseSigpipe) {
   // The daemon closes each connection as soon as it has one; the client's
   // write then meets a closed socket, which must be a failed request only.
   Client client(FD::HangingUp());
-  unsigned int count = 0;
-  GetCountFromSqlStatement(client.ipc, "c", count, 2000);
+  Asked(client.ipc, "c", 2000);
   // The connection is gone now; a large request is written into nothing.
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_FALSE(GetCountFromSqlStatement(client.ipc, std::string(1 << 20, 'x'), count, 2000));
-  }
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(-1, Asked(client.ipc, std::string(1 << 20, 'x'), 2000));
 }
 
 TEST(StreamMgrApi, LateAnswerIsNeverTakenForTheNextRequest) {
@@ -197,11 +185,8 @@ TEST(StreamMgrApi, LateAnswerIsNeverTakenForTheNextRequest) {
     FD::Frame(fd, CountAnswer(calls == 1 ? 1 : 2));
     return FD::Then::kNext;
   });
-  unsigned int count = 0;
-  EXPECT_FALSE(GetCountFromSqlStatement(client.ipc, "c", count, kShortTimeoutMs));
-  EXPECT_EQ(0u, count);
-  EXPECT_TRUE(GetCountFromSqlStatement(client.ipc, "c", count, 5000));
-  EXPECT_EQ(2u, count);
+  EXPECT_EQ(-1, Asked(client.ipc, "c", kShortTimeoutMs));
+  EXPECT_EQ(2, Asked(client.ipc, "c"));
   EXPECT_EQ(2, client.daemon.Connections());
 }
 

@@ -26,21 +26,27 @@ TEST(Wire, EveryValueReadsBackAsWritten) {
   writer.I32(-2147483647 - 1);
   writer.Bool(true);
   writer.Bool(false);
-  writer.String(std::string("a\0b\xff", 4));
+  writer.String("a\0b\xff"s);
   writer.String("");
   WireReader reader(writer.Bytes());
-  uint8_t u8 = 0;
-  uint16_t u16 = 0;
-  uint32_t u32 = 0;
-  int32_t i32 = 0;
-  bool yes = false, no = true;
-  std::string text, empty = "x";
+  std::tuple<uint8_t, uint16_t, uint32_t, int32_t, bool, bool, std::string, std::string> read = {
+      0, 0, 0, 0, false, true, "", "x"};
+  auto& [u8, u16, u32, i32, yes, no, text, empty] = read;
   ASSERT_TRUE(reader.U8(u8) && reader.U16(u16) && reader.U32(u32) && reader.I32(i32) &&
               reader.Bool(yes) && reader.Bool(no) && reader.String(text) && reader.String(empty));
-  EXPECT_EQ(
-      std::make_tuple(255, 65535, 4294967295u, -2147483647 - 1, true, false, "a\0b\xff"s, ""s),
-      std::make_tuple(int{u8}, int{u16}, u32, i32, yes, no, text, empty));
+  EXPECT_EQ(std::make_tuple(uint8_t{255}, uint16_t{65535}, 4294967295u, -2147483647 - 1, true,
+                            false, "a\0b\xff"s, ""s),
+            read);
   EXPECT_TRUE(reader.Finished());
+}
+
+// Reading from `bytes` with `read` fails and leaves the value as it was.
+template <typename Value>
+void ExpectRefused(const std::string& bytes, bool (WireReader::*read)(Value&), Value unchanged) {
+  WireReader reader(bytes);
+  Value value = unchanged;
+  EXPECT_FALSE((reader.*read)(value));
+  EXPECT_EQ(unchanged, value);
 }
 
 TEST(Wire, ReadingPastTheEndFailsAndStaysFailed) {
@@ -50,40 +56,26 @@ TEST(Wire, ReadingPastTheEndFailsAndStaysFailed) {
   EXPECT_EQ(7u, value);
   uint8_t byte = 0;
   EXPECT_FALSE(reader.U8(byte));  // the bytes are still there, but the reader has failed
-  EXPECT_FALSE(reader.Ok());
-  EXPECT_FALSE(reader.Finished());
-  EXPECT_EQ(0u, reader.Remaining());
+  EXPECT_EQ(std::make_tuple(false, false, size_t{0}),
+            std::make_tuple(reader.Ok(), reader.Finished(), reader.Remaining()));
 }
 
 TEST(Wire, StringLongerThanTheBytesLeftFails) {
-  WireWriter writer;
-  writer.U32(5);
-  writer.U8('a');
-  WireReader reader(writer.Bytes());
-  std::string text = "unchanged";
-  EXPECT_FALSE(reader.String(text));
-  EXPECT_EQ("unchanged", text);
+  ExpectRefused("\x05\0\0\0a"s, &WireReader::String, "unchanged"s);
 }
 
 TEST(Wire, StringOfTheLargestLengthFailsWithoutAllocating) {
-  const std::string bytes = std::string(4, '\xff') + "abc";
-  WireReader reader(bytes);
-  std::string text;
-  EXPECT_FALSE(reader.String(text));
+  ExpectRefused("\xff\xff\xff\xffxyz"s, &WireReader::String, ""s);
 }
 
-TEST(Wire, OnlyZeroAndOneAreBooleans) {
-  WireReader reader("\x02", 1);
-  bool value = false;
-  EXPECT_FALSE(reader.Bool(value));
-}
+TEST(Wire, OnlyZeroAndOneAreBooleans) { ExpectRefused("\x02"s, &WireReader::Bool, false); }
 
 TEST(Wire, LeftoverBytesAreNotFinished) {
   WireReader reader("\x01\x02", 2);
   uint8_t byte = 0;
   ASSERT_TRUE(reader.U8(byte));
-  EXPECT_FALSE(reader.Finished());
-  EXPECT_EQ(1u, reader.Remaining());
+  EXPECT_EQ(std::make_pair(false, size_t{1}),
+            std::make_pair(reader.Finished(), reader.Remaining()));
 }
 
 }  // namespace

@@ -11,6 +11,16 @@
 int UsageStatus(const char* program, bool parsed, const std::string& error, bool help,
                 const char* helpText);
 
+// UsageStatus for the command line as `parse` reads it into `options`.
+template <typename Options>
+int ParsedUsageStatus(const char* program, int argc, char** argv,
+                      bool (*parse)(int, char**, Options&, std::string&), const char* helpText,
+                      Options& options) {
+  std::string error;
+  const bool parsed = parse(argc, argv, options, error);
+  return UsageStatus(program, parsed, error, parsed && options.help, helpText);
+}
+
 // Whether `word` asks for the help.
 bool IsHelp(const char* word);
 

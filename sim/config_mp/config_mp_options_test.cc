@@ -6,54 +6,35 @@
 #include <vector>
 
 #include "recorder/host/ipc_codec.h"
-#include "testing/sim_command_line.h"
+#include "testing/sim_options_fixture.h"
 
 namespace {
 
-bool Parse(const std::vector<std::string>& words, ConfigMpOptions& options, std::string& error) {
-  return ParseWords(ParseConfigMpOptions, words, options, error);
+std::string Describe(const ConfigMpOptions& options) {
+  return "re-export after " + std::to_string(options.reExportHours) + " h, delay " +
+         std::to_string(options.delayMs) + " ms" + (options.fail ? ", fail" : "") +
+         (options.garbage ? ", garbage" : "") + (options.help ? ", help" : "");
+}
+
+std::string Parse(const std::vector<std::string>& words) {
+  return Parsed(ParseConfigMpOptions, Describe, words);
 }
 
 TEST(ConfigMpOptions, DefaultsToReExportDisabled) {
-  ConfigMpOptions options;
-  std::string error;
-  ASSERT_TRUE(Parse({}, options, error));
-  EXPECT_EQ(0u, options.reExportHours);
-  EXPECT_FALSE(options.fail || options.garbage || options.help);
-  EXPECT_EQ(0, options.delayMs);
+  EXPECT_EQ("re-export after 0 h, delay 0 ms", Parse({}));
 }
 
 TEST(ConfigMpOptions, EveryOption) {
-  ConfigMpOptions options;
-  std::string error;
-  ASSERT_TRUE(
-      Parse({"--reexport-hours", "4294967295", "--fail", "--delay-ms=5", "--garbage", "--help"},
-            options, error))
-      << error;
-  EXPECT_EQ(4294967295u, options.reExportHours);
-  EXPECT_TRUE(options.fail);
-  EXPECT_EQ(5, options.delayMs);
-  EXPECT_TRUE(options.garbage);
-  EXPECT_TRUE(options.help);
+  EXPECT_EQ(
+      "re-export after 4294967295 h, delay 5 ms, fail, garbage, help",
+      Parse({"--reexport-hours", "4294967295", "--fail", "--delay-ms=5", "--garbage", "--help"}));
 }
 
 TEST(ConfigMpOptions, BadCommandLinesAreRefused) {
-  const std::vector<std::vector<std::string>> bad = {
-      {"--reexport-hours"},
-      {"--reexport-hours", "-1"},
-      {"--reexport-hours", "1e3"},
-      {"--reexport-hours", "4294967296"},
-      {"--reexport-hours", ""},
-      {"--delay-ms", "x"},
-      {"--fail=1"},
-      {"--bogus"},
-      {"24"},
-  };
-  for (const auto& words : bad) {
-    ConfigMpOptions options;
-    std::string error;
-    EXPECT_FALSE(Parse(words, options, error)) << words[0];
-    EXPECT_NE("", error);
+  for (const char* line : {"--reexport-hours", "--reexport-hours -1", "--reexport-hours 1e3",
+                           "--reexport-hours 4294967296", "--reexport-hours ", "--delay-ms x",
+                           "--fail=1", "--bogus", "24"}) {
+    EXPECT_EQ("refused", Parse(Words(line))) << line;
   }
 }
 
@@ -65,43 +46,41 @@ TEST(ConfigMpOptions, HelpDocumentsEveryOption) {
   }
 }
 
-TEST(ConfigMpRequests, SettingsCarryTheReExportHours) {
+// How ConfigMP started with the words of `line` answers `request`, in words.
+std::string Reply(const std::string& line, const std::string& request) {
   ConfigMpOptions options;
-  options.reExportHours = 24;
-  const HostIpc::Reply reply = HandleConfigMpRequest(options, HostIpc::SettingsRequest());
-  ASSERT_EQ(HostIpc::Reply::Action::kAnswer, reply.action);
+  std::string error;
+  EXPECT_TRUE(ParseWords(ParseConfigMpOptions, Words(line), options, error)) << error;
+  const HostIpc::Reply reply = HandleConfigMpRequest(options, request);
   VideoRecordingSettings settings;
-  ASSERT_TRUE(HostIpc::DecodeSettingsAnswer(reply.body, settings));
-  EXPECT_EQ(24u, settings.reExportHours);
+  if (reply.action != HostIpc::Reply::Action::kAnswer) {
+    return reply.action == HostIpc::Reply::Action::kDrop ? "hangs up" : "dies";
+  }
+  if (HostIpc::DecodeSettingsAnswer(reply.body, settings)) {
+    return "re-export after " + std::to_string(settings.reExportHours) + " h";
+  }
+  return reply.body == HostIpc::FailedAnswer(HostIpc::kSettings) ? "settings failed"
+         : reply.body == HostIpc::FailedAnswer(HostIpc::kCount)  ? "count failed"
+                                                                 : "garbage";
+}
+
+TEST(ConfigMpRequests, SettingsCarryTheReExportHours) {
+  EXPECT_EQ("re-export after 24 h", Reply("--reexport-hours 24", HostIpc::SettingsRequest()));
 }
 
 TEST(ConfigMpRequests, FailAnswersAnError) {
-  ConfigMpOptions options;
-  options.fail = true;
-  options.reExportHours = 24;
-  const HostIpc::Reply reply = HandleConfigMpRequest(options, HostIpc::SettingsRequest());
-  VideoRecordingSettings settings;
-  EXPECT_EQ(HostIpc::FailedAnswer(HostIpc::kSettings), reply.body);
-  EXPECT_FALSE(HostIpc::DecodeSettingsAnswer(reply.body, settings));
+  EXPECT_EQ("settings failed", Reply("--fail --reexport-hours 24", HostIpc::SettingsRequest()));
 }
 
 TEST(ConfigMpRequests, GarbageCannotBeDecoded) {
-  ConfigMpOptions options;
-  options.garbage = true;
-  const HostIpc::Reply reply = HandleConfigMpRequest(options, HostIpc::SettingsRequest());
-  VideoRecordingSettings settings;
-  EXPECT_EQ(HostIpc::Reply::Action::kAnswer, reply.action);
-  EXPECT_FALSE(HostIpc::DecodeSettingsAnswer(reply.body, settings));
+  EXPECT_EQ("garbage", Reply("--garbage", HostIpc::SettingsRequest()));
 }
 
 TEST(ConfigMpRequests, OtherRequestsFailAndNonsenseHangsUp) {
-  ConfigMpOptions options;
-  EXPECT_EQ(HostIpc::FailedAnswer(HostIpc::kCount),
-            HandleConfigMpRequest(options, HostIpc::TextRequest(HostIpc::kCount, "select 1")).body);
-  EXPECT_EQ(HostIpc::FailedAnswer(HostIpc::kSettings),
-            HandleConfigMpRequest(options, HostIpc::SettingsRequest() + "x").body);
-  EXPECT_EQ(HostIpc::Reply::Action::kDrop, HandleConfigMpRequest(options, "nonsense").action);
-  EXPECT_EQ(HostIpc::Reply::Action::kDrop, HandleConfigMpRequest(options, "").action);
+  EXPECT_EQ("count failed", Reply("", HostIpc::TextRequest(HostIpc::kCount, "select 1")));
+  EXPECT_EQ("settings failed", Reply("", HostIpc::SettingsRequest() + "x"));
+  EXPECT_EQ("hangs up", Reply("", "nonsense"));
+  EXPECT_EQ("hangs up", Reply("", ""));
 }
 
 }  // namespace

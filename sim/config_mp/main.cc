@@ -6,9 +6,8 @@
 
 int main(int argc, char** argv) {
   ConfigMpOptions options;
-  std::string error;
-  const bool parsed = ParseConfigMpOptions(argc, argv, options, error);
-  const int status = UsageStatus("ConfigMP", parsed, error, parsed && options.help, kConfigMpHelp);
+  const int status =
+      ParsedUsageStatus("ConfigMP", argc, argv, ParseConfigMpOptions, kConfigMpHelp, options);
   if (status >= 0) return status;
   return HostIpc::RunDaemon(
       HostIpc::kEndpointDir, HostIpc::kConfigMpName, true, options.delayMs,

@@ -7,6 +7,7 @@
 #include "sim/file_pes/ts_builder.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/sim_program_fixture.h"
 
 namespace {
 
@@ -33,19 +34,12 @@ TEST(FilePesProgram, PassingFileExitsZero) {
       "", 0);
 }
 
-TEST(FilePesProgram, Help) {
-  RecorderDisk disk;
-  EXPECT_RUN(RunInSandbox(disk, {"filePes", "--help"}), kFilePesHelp, "", 0);
-}
+TEST(FilePesProgram, Help) { EXPECT_RUN(RunLine("filePes --help"), kFilePesHelp, "", 0); }
 
 TEST(FilePesProgram, BadCommandLines) {
-  RecorderDisk disk;
-  for (const std::vector<std::string>& command : {std::vector<std::string>{"filePes"},
-                                                  {"filePes", "-a"},
-                                                  {"filePes", "-x", "/mnt/hd/1.ts"},
-                                                  {"filePes", "-a", "/mnt/hd/1.ts", "more"}}) {
-    EXPECT_RUN(RunInSandbox(disk, command), "",
-               std::string("filePes: expected -a FILE\n") + kFilePesHelp, 2);
+  for (const char* line :
+       {"filePes", "filePes -a", "filePes -x /mnt/hd/1.ts", "filePes -a /mnt/hd/1.ts more"}) {
+    EXPECT_RUN(RunLine(line), Refused("filePes: expected -a FILE", kFilePesHelp)) << line;
   }
 }
 

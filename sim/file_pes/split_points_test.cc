@@ -7,12 +7,14 @@
 
 #include <algorithm>
 #include <optional>
+#include <ostream>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "sim/file_pes/psi_tables.h"
 #include "sim/file_pes/ts_builder.h"
+#include "testing/sim_named_cases.h"
 
 namespace {
 
@@ -90,176 +92,230 @@ std::string H264Tables() {
   return MakePat({{1, 0x1000}}) + MakePmt({1, 0x1000}, 0x100, {{0x1B, 0x100}});
 }
 
-TEST(SplitPoints, WellFormedStreamPassesEverywhere) {
-  // 2 s of 25 frames per second, a key frame and PCR each second; 25
-  // frames of 3 packets.
-  EXPECT_EQ(
-      "packet 0 PCR 900000 on 256 at 0: key frame after 9000, passes\n"
-      "packet 75 PCR 990000 on 256 at 90000: key frame after 9000, passes\n",
-      Scan(MakeStream(StreamShape())));
+// A stream of `frames` frames, a key frame every `keyFrameEvery`, the first
+// PCR at `firstPcr`.
+StreamShape Shape(int frames = 50, int keyFrameEvery = 25, uint64_t firstPcr = 900000) {
+  StreamShape shape;
+  shape.frames = frames;
+  shape.keyFrameEvery = keyFrameEvery;
+  shape.firstPcr = firstPcr;
+  return shape;
 }
 
-TEST(SplitPoints, PcrInsideAFrameIsNotOnAFrameBoundary) {
+StreamShape PcrInsideFrame() {
   StreamShape shape;
   shape.pcrInsideFrame = true;
-  // The next key frame is a second later.
-  EXPECT_EQ(
-      "packet 1 PCR 900000 on 256 at 0: inside a frame, key frame after 99000, playable\n"
-      "packet 76 PCR 990000 on 256 at 90000: inside a frame, no key frame, not playable\n",
-      Scan(MakeStream(shape)));
+  return shape;
 }
 
-TEST(SplitPoints, KeyFramesTooFarApartAreNotPlayableInTime) {
-  StreamShape shape;
-  shape.frames = 125;         // 5 s
-  shape.keyFrameEvery = 100;  // 4 s
-  // At 0 s the key frame is there; at 1 and 2 s the next is at 4 s: 3.1 s
-  // and 2.1 s away; at 3 s it is 1.1 s away; at 4 s it is there.
-  EXPECT_EQ(
-      "packet 0 PCR 900000 on 256 at 0: key frame after 9000, passes\n"
-      "packet 75 PCR 990000 on 256 at 90000: key frame after 279000, not playable\n"
-      "packet 150 PCR 1080000 on 256 at 180000: key frame after 189000, not playable\n"
-      "packet 225 PCR 1170000 on 256 at 270000: key frame after 99000, passes\n"
-      "packet 300 PCR 1260000 on 256 at 360000: key frame after 9000, passes\n",
-      Scan(MakeStream(shape)));
+StreamShape PtsLead(uint64_t lead) {
+  StreamShape shape = Shape(100, 75);  // split points at 0, 1, 2 and 3 s; key frames at 0 and 3 s
+  shape.ptsLead = lead;
+  return shape;
 }
 
-TEST(SplitPoints, ExactlyTwoSecondsIsStillPlayable) {
-  StreamShape shape;
-  shape.frames = 100;        // split points at 0, 1, 2 and 3 s
-  shape.keyFrameEvery = 75;  // key frames at 0 and 3 s
-  shape.ptsLead = 0;
-  EXPECT_EQ(
-      "packet 0 PCR 900000 on 256 at 0: key frame after 0, passes\n"
-      "packet 75 PCR 990000 on 256 at 90000: key frame after 180000, passes\n"
-      "packet 150 PCR 1080000 on 256 at 180000: key frame after 90000, passes\n"
-      "packet 225 PCR 1170000 on 256 at 270000: key frame after 0, passes\n",
-      Scan(MakeStream(shape)));
-  shape.ptsLead = 1;  // one tick more is too late
-  EXPECT_EQ(
-      "packet 0 PCR 900000 on 256 at 0: key frame after 1, passes\n"
-      "packet 75 PCR 990000 on 256 at 90000: key frame after 180001, not playable\n"
-      "packet 150 PCR 1080000 on 256 at 180000: key frame after 90001, passes\n"
-      "packet 225 PCR 1170000 on 256 at 270000: key frame after 1, passes\n",
-      Scan(MakeStream(shape)));
-}
+using Streams = std::vector<std::string>;
 
-TEST(SplitPoints, NoKeyFrameAfterTheSplitPoint) {
-  StreamShape shape;
-  shape.keyFrameEvery = 0;
-  EXPECT_EQ(
-      "packet 0 PCR 900000 on 256 at 0: no key frame, not playable\n"
-      "packet 75 PCR 990000 on 256 at 90000: no key frame, not playable\n",
-      Scan(MakeStream(shape)));
-}
+// Streams, and the split points found in each, one line each.
+struct Case {
+  const char* name;
+  Streams (*streams)();
+  const char* points;
+};
 
-TEST(SplitPoints, StreamWithoutPcrHasNoSplitPoints) {
-  StreamShape shape;
-  shape.pcrEvery = 0;
-  EXPECT_EQ("", Scan(MakeStream(shape)));
-  EXPECT_EQ("", Scan(""));
-}
+void PrintTo(const Case& c, std::ostream* out) { *out << c.name; }
 
-TEST(SplitPoints, AudioFramesAreNotVideoFrames) {
-  // A PCR on the audio PID's PES start is not on a video frame boundary.
-  const std::string stream = MakePacket(PesStart(0x101, 0xC0, 1000, 1000)) +
-                             MakePacket(PesStart(0x100, 0xE0, 2000, std::nullopt, true));
-  EXPECT_EQ("packet 0 PCR 1000 on 257 at 0: inside a frame, key frame after 1000, playable\n",
-            Scan(stream));
-}
-
-TEST(SplitPoints, VideoIsTheFirstPidWithAVideoPes) {
-  // A second video PID's key frames do not count.
-  const std::string stream = MakePacket(PesStart(0x100, 0xE0, 500, 0)) +
-                             MakePacket(PesStart(0x200, 0xE0, 500, std::nullopt, true));
-  EXPECT_EQ("packet 0 PCR 0 on 256 at 0: no key frame, not playable\n", Scan(stream));
-}
-
-TEST(SplitPoints, KeyFrameWithoutPtsCannotBeTimed) {
-  EXPECT_EQ("packet 0 PCR 0 on 256 at 0: no key frame, not playable\n",
-            Scan(MakePacket(PesStart(0x100, 0xE0, std::nullopt, 0, true))));
-}
-
-TEST(SplitPoints, ClockWrapsAt33Bits) {
-  StreamShape shape;
-  shape.firstPcr = kClockMask - 1000;  // the PTS wraps past zero
-  EXPECT_EQ(
-      "packet 0 PCR 8589933591 on 256 at 0: key frame after 9000, passes\n"
-      "packet 75 PCR 88999 on 256 at 90000: key frame after 9000, passes\n",
-      Scan(MakeStream(shape)));
-}
-
-TEST(SplitPoints, PmtNamesTheVideoThatCarriesThePcr) {
-  // Two videos; the first PES in the stream is on 0x101, but the PCR rides
-  // on 0x102, whose frames decide: it has no key frame after its first.
-  const std::string tables =
-      MakePat({{1, 0x1000}}) + MakePmt({1, 0x1000}, 0x102, {{0x1B, 0x101}, {0x1B, 0x102}});
-  EXPECT_EQ(
-      "packet 4 PCR 0 on 258 at 0: key frame after 9000, passes\n"
-      "packet 8 PCR 3600 on 258 at 3600: no key frame, not playable\n",
-      Scan(tables + Frame(0x101, 1000, H264Picture(false)) +
-           Frame(0x102, 9000, H264Picture(true), 0) + Frame(0x101, 4600, H264Picture(false)) +
-           Frame(0x102, 12600, H264Picture(false), 3600)));
-}
-
-TEST(SplitPoints, PcrOnItsOwnPidIsJudgedAgainstTheFirstVideo) {
-  // The first point lies between frames: on a boundary, though its own
-  // packet begins nothing.
-  const std::string tables =
-      MakePat({{1, 0x1000}}) + MakePmt({1, 0x1000}, 0x1FF, {{0x0F, 0x101}, {0x02, 0x100}});
-  EXPECT_EQ(
-      "packet 2 PCR 0 on 511 at 0: key frame after 9000, passes\n"
-      "packet 7 PCR 3600 on 511 at 3600: key frame after 16200, passes\n"
-      "packet 9 PCR 7200 on 511 at 7200: key frame after 12600, passes\n",
-      Scan(tables + PcrOnly(0x1FF, 0) + Frame(0x100, 9000, Mpeg2Picture(1)) +
-           Frame(0x100, 12600, Mpeg2Picture(2)) + PcrOnly(0x1FF, 3600) +
-           Frame(0x100, 16200, Mpeg2Picture(3), std::nullopt, false, 1) + PcrOnly(0x1FF, 7200) +
-           Frame(0x100, 19800, Mpeg2Picture(1))));
-}
-
-TEST(SplitPoints, PcrPacketInsideAFrameIsNotOnABoundary) {
-  PacketSpec start = PesStart(0x100, 0xE0, 9000, std::nullopt);
-  start.data = H264Picture(true);
-  PacketSpec middle;
-  middle.pcrBase = 0;  // PCR on the frame's second packet, with payload
-  PacketSpec pcrOnly;
-  pcrOnly.noPayload = true;
-  pcrOnly.pcrBase = 1800;  // PCR-only packet before the frame's third packet
-  EXPECT_EQ(
-      "packet 3 PCR 0 on 256 at 0: inside a frame, key frame after 12600, playable\n"
-      "packet 4 PCR 1800 on 256 at 1800: inside a frame, key frame after 10800, playable\n",
-      Scan(H264Tables() + MakePacket(start) + MakePacket(middle) + MakePacket(pcrOnly) +
-           MakePacket(PacketSpec()) + Frame(0x100, 12600, H264Picture(true))));
-}
-
-TEST(SplitPoints, EachProgramIsJudgedAgainstItsOwnVideo) {
-  const std::string tables = MakePat({{1, 0x1000}, {2, 0x1001}}) +
-                             MakePmt({1, 0x1000}, 0x100, {{0x1B, 0x100}}) +
-                             MakePmt({2, 0x1001}, 0x200, {{0x24, 0x200}});
-  // Program 2's clock runs an hour ahead of program 1's; its time counts
-  // from its own clock's first PCR.
-  const uint64_t hour = 3600 * kClockHz;
-  EXPECT_EQ(
-      "packet 3 PCR 0 on 256 at 0: key frame after 9000, passes\n"
-      "packet 5 PCR 324000000 on 512 at 0: key frame after 4500, passes\n"
-      "packet 7 PCR 3600 on 256 at 3600: key frame after 12600, passes\n"
-      "packet 9 PCR 324003600 on 512 at 3600: key frame after 8100, passes\n",
-      Scan(tables + Frame(0x100, 9000, H264Picture(true), 0) +
+const Case kCases[] = {
+    // 2 s of 25 frames per second, a key frame and PCR each second.
+    {"WellFormedStreamPassesEverywhere", [] { return Streams{MakeStream(Shape())}; },
+     "packet 0 PCR 900000 on 256 at 0: key frame after 9000, passes\n"
+     "packet 75 PCR 990000 on 256 at 90000: key frame after 9000, passes\n"},
+    // The next key frame is a second later.
+    {"PcrInsideAFrameIsNotOnAFrameBoundary", [] { return Streams{MakeStream(PcrInsideFrame())}; },
+     "packet 1 PCR 900000 on 256 at 0: inside a frame, key frame after 99000, playable\n"
+     "packet 76 PCR 990000 on 256 at 90000: inside a frame, no key frame, not playable\n"},
+    // Key frames at 0 and 4 s: at 1 and 2 s the next is 3.1 s and 2.1 s
+    // away; at 3 s it is 1.1 s away.
+    {"KeyFramesTooFarApartAreNotPlayableInTime",
+     [] { return Streams{MakeStream(Shape(125, 100))}; },
+     "packet 0 PCR 900000 on 256 at 0: key frame after 9000, passes\n"
+     "packet 75 PCR 990000 on 256 at 90000: key frame after 279000, not playable\n"
+     "packet 150 PCR 1080000 on 256 at 180000: key frame after 189000, not playable\n"
+     "packet 225 PCR 1170000 on 256 at 270000: key frame after 99000, passes\n"
+     "packet 300 PCR 1260000 on 256 at 360000: key frame after 9000, passes\n"},
+    // One tick more than 2 s is too late.
+    {"ExactlyTwoSecondsIsStillPlayable",
+     [] {
+       return Streams{MakeStream(PtsLead(0)), MakeStream(PtsLead(1))};
+     },
+     "packet 0 PCR 900000 on 256 at 0: key frame after 0, passes\n"
+     "packet 75 PCR 990000 on 256 at 90000: key frame after 180000, passes\n"
+     "packet 150 PCR 1080000 on 256 at 180000: key frame after 90000, passes\n"
+     "packet 225 PCR 1170000 on 256 at 270000: key frame after 0, passes\n"
+     "packet 0 PCR 900000 on 256 at 0: key frame after 1, passes\n"
+     "packet 75 PCR 990000 on 256 at 90000: key frame after 180001, not playable\n"
+     "packet 150 PCR 1080000 on 256 at 180000: key frame after 90001, passes\n"
+     "packet 225 PCR 1170000 on 256 at 270000: key frame after 1, passes\n"},
+    {"NoKeyFrameAfterTheSplitPoint", [] { return Streams{MakeStream(Shape(50, 0))}; },
+     "packet 0 PCR 900000 on 256 at 0: no key frame, not playable\n"
+     "packet 75 PCR 990000 on 256 at 90000: no key frame, not playable\n"},
+    {"StreamWithoutPcrHasNoSplitPoints",
+     [] {
+       StreamShape shape;
+       shape.pcrEvery = 0;
+       return Streams{MakeStream(shape), ""};
+     },
+     ""},
+    // A PCR on the audio PID's PES start is not on a video frame boundary.
+    {"AudioFramesAreNotVideoFrames",
+     [] {
+       return Streams{MakePacket(PesStart(0x101, 0xC0, 1000, 1000)) +
+                      MakePacket(PesStart(0x100, 0xE0, 2000, std::nullopt, true))};
+     },
+     "packet 0 PCR 1000 on 257 at 0: inside a frame, key frame after 1000, playable\n"},
+    // A second video PID's key frames do not count.
+    {"VideoIsTheFirstPidWithAVideoPes",
+     [] {
+       return Streams{MakePacket(PesStart(0x100, 0xE0, 500, 0)) +
+                      MakePacket(PesStart(0x200, 0xE0, 500, std::nullopt, true))};
+     },
+     "packet 0 PCR 0 on 256 at 0: no key frame, not playable\n"},
+    {"KeyFrameWithoutPtsCannotBeTimed",
+     [] { return Streams{MakePacket(PesStart(0x100, 0xE0, std::nullopt, 0, true))}; },
+     "packet 0 PCR 0 on 256 at 0: no key frame, not playable\n"},
+    // The PTS wraps past zero.
+    {"ClockWrapsAt33Bits", [] { return Streams{MakeStream(Shape(50, 25, kClockMask - 1000))}; },
+     "packet 0 PCR 8589933591 on 256 at 0: key frame after 9000, passes\n"
+     "packet 75 PCR 88999 on 256 at 90000: key frame after 9000, passes\n"},
+    // Two videos; the first PES in the stream is on 0x101, but the PCR rides
+    // on 0x102, whose frames decide: it has no key frame after its first.
+    {"PmtNamesTheVideoThatCarriesThePcr",
+     [] {
+       return Streams{
+           MakePat({{1, 0x1000}}) + MakePmt({1, 0x1000}, 0x102, {{0x1B, 0x101}, {0x1B, 0x102}}) +
+           Frame(0x101, 1000, H264Picture(false)) + Frame(0x102, 9000, H264Picture(true), 0) +
+           Frame(0x101, 4600, H264Picture(false)) + Frame(0x102, 12600, H264Picture(false), 3600)};
+     },
+     "packet 4 PCR 0 on 258 at 0: key frame after 9000, passes\n"
+     "packet 8 PCR 3600 on 258 at 3600: no key frame, not playable\n"},
+    // The first point lies between frames: on a boundary, though its own
+    // packet begins nothing.
+    {"PcrOnItsOwnPidIsJudgedAgainstTheFirstVideo",
+     [] {
+       return Streams{MakePat({{1, 0x1000}}) +
+                      MakePmt({1, 0x1000}, 0x1FF, {{0x0F, 0x101}, {0x02, 0x100}}) +
+                      PcrOnly(0x1FF, 0) + Frame(0x100, 9000, Mpeg2Picture(1)) +
+                      Frame(0x100, 12600, Mpeg2Picture(2)) + PcrOnly(0x1FF, 3600) +
+                      Frame(0x100, 16200, Mpeg2Picture(3), std::nullopt, false, 1) +
+                      PcrOnly(0x1FF, 7200) + Frame(0x100, 19800, Mpeg2Picture(1))};
+     },
+     "packet 2 PCR 0 on 511 at 0: key frame after 9000, passes\n"
+     "packet 7 PCR 3600 on 511 at 3600: key frame after 16200, passes\n"
+     "packet 9 PCR 7200 on 511 at 7200: key frame after 12600, passes\n"},
+    // A PCR on a frame's second packet, with payload, and a PCR-only packet
+    // before its third.
+    {"PcrPacketInsideAFrameIsNotOnABoundary",
+     [] {
+       PacketSpec start = PesStart(0x100, 0xE0, 9000, std::nullopt);
+       start.data = H264Picture(true);
+       PacketSpec middle;
+       middle.pcrBase = 0;
+       return Streams{H264Tables() + MakePacket(start) + MakePacket(middle) + PcrOnly(0x100, 1800) +
+                      MakePacket(PacketSpec()) + Frame(0x100, 12600, H264Picture(true))};
+     },
+     "packet 3 PCR 0 on 256 at 0: inside a frame, key frame after 12600, playable\n"
+     "packet 4 PCR 1800 on 256 at 1800: inside a frame, key frame after 10800, playable\n"},
+    // Program 2's clock runs an hour ahead of program 1's; its time counts
+    // from its own clock's first PCR.
+    {"EachProgramIsJudgedAgainstItsOwnVideo",
+     [] {
+       const uint64_t hour = 3600 * kClockHz;
+       return Streams{
+           MakePat({{1, 0x1000}, {2, 0x1001}}) + MakePmt({1, 0x1000}, 0x100, {{0x1B, 0x100}}) +
+           MakePmt({2, 0x1001}, 0x200, {{0x24, 0x200}}) + Frame(0x100, 9000, H264Picture(true), 0) +
            Frame(0x200, hour + 4500, H265Picture(21), hour) +
            Frame(0x100, 12600, H264Picture(false), 3600) +
            Frame(0x200, hour + 8100, H265Picture(1), hour + 3600) +
-           Frame(0x200, hour + 11700, H265Picture(19)) + Frame(0x100, 16200, H264Picture(true))));
+           Frame(0x200, hour + 11700, H265Picture(19)) + Frame(0x100, 16200, H264Picture(true))};
+     },
+     "packet 3 PCR 0 on 256 at 0: key frame after 9000, passes\n"
+     "packet 5 PCR 324000000 on 512 at 0: key frame after 4500, passes\n"
+     "packet 7 PCR 3600 on 256 at 3600: key frame after 12600, passes\n"
+     "packet 9 PCR 324003600 on 512 at 3600: key frame after 8100, passes\n"},
+    // Flag set on a P picture: not a key frame. Flag clear on an IDR: one. A
+    // picture that cannot be read falls back on the flag.
+    {"PicturesDecideAndTheRandomAccessIndicatorIsAHint",
+     [] {
+       return Streams{H264Tables() + Frame(0x100, 9000, H264Picture(false), 0, true) +
+                          Frame(0x100, 12600, H264Picture(true), std::nullopt, false),
+                      H264Tables() + Frame(0x100, 9000, std::string(50, '\x5A'), 0, true)};
+     },
+     "packet 2 PCR 0 on 256 at 0: key frame after 12600, passes\n"
+     "packet 2 PCR 0 on 256 at 0: key frame after 9000, passes\n"},
+    // A recording joined to one whose clock restarts 40 s earlier: the
+    // clock runs on one PCR interval after the join.
+    {"UnflaggedClockJumpKeepsTimeContinuous",
+     [] {
+       return Streams{MakeStream(Shape()) + MakeStream(Shape(50, 25, 900000 - 40 * kClockHz))};
+     },
+     "packet 0 PCR 900000 on 256 at 0: key frame after 9000, passes\n"
+     "packet 75 PCR 990000 on 256 at 90000: key frame after 9000, passes\n"
+     "packet 150 PCR 8587234592 on 256 at 180000: key frame after 9000, passes\n"
+     "packet 225 PCR 8587324592 on 256 at 270000: key frame after 9000, passes\n"},
+    // Only the first frame of each recording is a key frame; the first
+    // recording's PCRs are at 0, 1 and 2 s and it ends at 2.8 s. The first
+    // PCR after the join is taken one interval after the last one before
+    // it, at 3 s; its key frame's PTS is 0.1 s later.
+    {"ClockJumpReachesAcrossTheJoin",
+     [] { return Streams{MakeStream(Shape(70, 100)) + MakeStream(Shape(25, 25, 50000))}; },
+     "packet 0 PCR 900000 on 256 at 0: key frame after 9000, passes\n"
+     "packet 75 PCR 990000 on 256 at 90000: key frame after 189000, not playable\n"
+     "packet 150 PCR 1080000 on 256 at 180000: key frame after 99000, passes\n"
+     "packet 210 PCR 50000 on 256 at 270000: key frame after 9000, passes\n"},
+    // The new clock is 3600 ticks on, as assumed.
+    {"FlaggedDiscontinuity",
+     [] {
+       return Streams{H264Tables() + Frame(0x100, 9000, H264Picture(true), 0) +
+                      Frame(0x100, 12600, H264Picture(false), 3600) +
+                      PcrOnly(0x100, 5000000, true) +
+                      Frame(0x100, 5000000 + 9000, H264Picture(true))};
+     },
+     "packet 2 PCR 0 on 256 at 0: key frame after 9000, passes\n"
+     "packet 4 PCR 3600 on 256 at 3600: key frame after 12600, passes\n"
+     "packet 6 PCR 5000000 on 256 at 7200: key frame after 9000, passes\n"},
+    // The multiplex runs 0.3 s behind: the PTS is earlier than the PCR; and
+    // so across the 33-bit wrap.
+    {"KeyFrameBeforeItsPcrHasANegativeDelay",
+     [] {
+       return Streams{MakePacket(PesStart(0x100, 0xE0, 0, 27000, true)),
+                      MakePacket(PesStart(0x100, 0xE0, kClockMask + 1 - 9000, 18000, true))};
+     },
+     "packet 0 PCR 27000 on 256 at 0: key frame after -27000, passes\n"
+     "packet 0 PCR 18000 on 256 at 0: key frame after -27000, passes\n"},
+    // The multiplex runs behind: PTS 1.9 s and 2.1 s before the PCR.
+    {"KeyFrameUpToTwoSecondsBehindItsPcrIsAccepted",
+     [] {
+       Streams streams;
+       for (const uint64_t behind : {171000, 180000, 180001, 189000}) {
+         streams.push_back(MakePacket(FrameStart(900000 - behind, 900000, true)));
+       }
+       return streams;
+     },
+     "packet 0 PCR 900000 on 256 at 0: key frame after -171000, passes\n"
+     "packet 0 PCR 900000 on 256 at 0: key frame after -180000, passes\n"
+     "packet 0 PCR 900000 on 256 at 0: key frame after -180001, late\n"
+     "packet 0 PCR 900000 on 256 at 0: key frame after -189000, late\n"},
+};
+
+class SplitPointCases : public ::testing::TestWithParam<Case> {};
+
+TEST_P(SplitPointCases, Found) {
+  std::string points;
+  for (const std::string& stream : GetParam().streams()) points += Scan(stream);
+  EXPECT_EQ(GetParam().points, points);
 }
 
-TEST(SplitPoints, PicturesDecideAndTheRandomAccessIndicatorIsAHint) {
-  // Flag set on a P picture: not a key frame. Flag clear on an IDR: one.
-  EXPECT_EQ("packet 2 PCR 0 on 256 at 0: key frame after 12600, passes\n",
-            Scan(H264Tables() + Frame(0x100, 9000, H264Picture(false), 0, true) +
-                 Frame(0x100, 12600, H264Picture(true), std::nullopt, false)));
-  // A picture that cannot be read falls back on the flag.
-  EXPECT_EQ("packet 2 PCR 0 on 256 at 0: key frame after 9000, passes\n",
-            Scan(H264Tables() + Frame(0x100, 9000, std::string(50, '\x5A'), 0, true)));
-}
+INSTANTIATE_NAMED_CASES(SplitPoints, SplitPointCases, kCases);
 
 TEST(SplitPoints, StartCodeSplitAcrossPackets) {
   const std::string picture = H264Picture(true);  // "00 00 00 01 09 F0 00 00 01 65 ..."
@@ -276,60 +332,6 @@ TEST(SplitPoints, StartCodeSplitAcrossPackets) {
               Scan(H264Tables() + MakePacket(first) + MakePacket(second)))
         << cut;
   }
-}
-
-TEST(SplitPoints, UnflaggedClockJumpKeepsTimeContinuous) {
-  // A recording joined to one whose clock restarts 40 s earlier: the
-  // clock runs on one PCR interval after the join.
-  StreamShape first;
-  first.frames = 50;
-  StreamShape second = first;
-  second.firstPcr = 900000 - 40 * kClockHz;
-  EXPECT_EQ(
-      "packet 0 PCR 900000 on 256 at 0: key frame after 9000, passes\n"
-      "packet 75 PCR 990000 on 256 at 90000: key frame after 9000, passes\n"
-      "packet 150 PCR 8587234592 on 256 at 180000: key frame after 9000, passes\n"
-      "packet 225 PCR 8587324592 on 256 at 270000: key frame after 9000, passes\n",
-      Scan(MakeStream(first) + MakeStream(second)));
-}
-
-TEST(SplitPoints, ClockJumpReachesAcrossTheJoin) {
-  // Only the first frame of each recording is a key frame; the first
-  // recording's PCRs are at 0, 1 and 2 s and it ends at 2.8 s. The first
-  // PCR after the join is taken one interval after the last one before
-  // it, at 3 s; its key frame's PTS is 0.1 s later.
-  StreamShape first;
-  first.frames = 70;
-  first.keyFrameEvery = 100;
-  StreamShape second;
-  second.frames = 25;
-  second.firstPcr = 50000;
-  EXPECT_EQ(
-      "packet 0 PCR 900000 on 256 at 0: key frame after 9000, passes\n"
-      "packet 75 PCR 990000 on 256 at 90000: key frame after 189000, not playable\n"
-      "packet 150 PCR 1080000 on 256 at 180000: key frame after 99000, passes\n"
-      "packet 210 PCR 50000 on 256 at 270000: key frame after 9000, passes\n",
-      Scan(MakeStream(first) + MakeStream(second)));
-}
-
-TEST(SplitPoints, FlaggedDiscontinuity) {
-  EXPECT_EQ(
-      "packet 2 PCR 0 on 256 at 0: key frame after 9000, passes\n"
-      "packet 4 PCR 3600 on 256 at 3600: key frame after 12600, passes\n"
-      "packet 6 PCR 5000000 on 256 at 7200: key frame after 9000, passes\n",
-      Scan(H264Tables() + Frame(0x100, 9000, H264Picture(true), 0) +
-           Frame(0x100, 12600, H264Picture(false), 3600) +
-           PcrOnly(0x100, 5000000, true) +  // the new clock: 3600 ticks on, as assumed
-           Frame(0x100, 5000000 + 9000, H264Picture(true))));
-}
-
-TEST(SplitPoints, KeyFrameBeforeItsPcrHasANegativeDelay) {
-  // The multiplex runs 0.3 s behind: the PTS is earlier than the PCR.
-  EXPECT_EQ("packet 0 PCR 27000 on 256 at 0: key frame after -27000, passes\n",
-            Scan(MakePacket(PesStart(0x100, 0xE0, 0, 27000, true))));
-  // Across the 33-bit wrap too.
-  EXPECT_EQ("packet 0 PCR 18000 on 256 at 0: key frame after -27000, passes\n",
-            Scan(MakePacket(PesStart(0x100, 0xE0, kClockMask + 1 - 9000, 18000, true))));
 }
 
 TEST(SplitPoints, PmtSentOnceAndLateGivesTheCodecToTracksMadeBeforeIt) {
@@ -397,20 +399,6 @@ TEST(SplitPoints, EveryPointIsMeasuredOnItsOwnClock) {
       "packet 85 PCR 1044000 on 256 at 144000: no key frame, not playable\n"
       "packet 97 PCR 144000 on 511 at 162000: inside a frame, no key frame, not playable\n",
       Scan(stream));
-}
-
-TEST(SplitPoints, KeyFrameUpToTwoSecondsBehindItsPcrIsAccepted) {
-  // The multiplex runs behind: PTS 1.9 s and 2.1 s before the PCR.
-  std::string lines;
-  for (const uint64_t behind : {171000, 180000, 180001, 189000}) {
-    lines += Scan(MakePacket(FrameStart(900000 - behind, 900000, true)));
-  }
-  EXPECT_EQ(
-      "packet 0 PCR 900000 on 256 at 0: key frame after -171000, passes\n"
-      "packet 0 PCR 900000 on 256 at 0: key frame after -180000, passes\n"
-      "packet 0 PCR 900000 on 256 at 0: key frame after -180001, late\n"
-      "packet 0 PCR 900000 on 256 at 0: key frame after -189000, late\n",
-      lines);
 }
 
 // Every report item of a stream, read with at most `held` items in memory,

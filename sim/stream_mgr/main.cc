@@ -12,9 +12,8 @@
 
 int main(int argc, char** argv) {
   StreamMgrOptions options;
-  std::string error;
-  const bool parsed = ParseStreamMgrOptions(argc, argv, options, error);
-  const int usage = UsageStatus("StreamMgr", parsed, error, parsed && options.help, kStreamMgrHelp);
+  const int usage =
+      ParsedUsageStatus("StreamMgr", argc, argv, ParseStreamMgrOptions, kStreamMgrHelp, options);
   if (usage >= 0) return usage;
   sqlite3* database = OpenOwnedStore(Recorder::kStorePath);
   StreamMgrService service(database, options);

@@ -9,6 +9,7 @@
 #include "testing/expected_start_up.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/sim_program_fixture.h"
 
 namespace {
 
@@ -20,39 +21,36 @@ std::string StartStreamMgr(const std::string& args) {
          "n=0; while [ ! -S /run/linx/StreamMgr ] && [ $n -lt 2000 ]; do sleep 0.01; n=$((n+1)); done\n";
 }
 
-// Starts StreamMgr, runs `then` (which may use $pid), and lists what is left
-// in /run/linx.
-RunResult Lifecycle(const RecorderDisk& disk, const std::string& args, const std::string& then) {
-  return RunInSandbox(
-      disk, {"sh", "-c", StartStreamMgr(args) + then + "\necho \"left: $(ls -A /run/linx)\"\n"});
+// A script that starts StreamMgr, runs `then` (which may use $pid), and
+// lists what is left in /run/linx.
+std::string Lifecycle(const std::string& args, const std::string& then) {
+  return StartStreamMgr(args) + then + "\necho \"left: $(ls -A /run/linx)\"\n";
 }
 
 TEST(StreamMgrProgram, EndsWithStatusZeroOnSigtermAndRemovesItsEndpoint) {
-  RecorderDisk disk;
-  EXPECT_RUN(Lifecycle(disk, "", "kill -TERM $pid; wait $pid; echo \"status $?\""),
+  EXPECT_RUN(RunScript(Lifecycle("", "kill -TERM $pid; wait $pid; echo \"status $?\"")),
              "status 0\nleft: \n", "", 0);
 }
 
 TEST(StreamMgrProgram, EndsWithStatusZeroOnSigintAndRemovesItsEndpoint) {
-  RecorderDisk disk;
-  EXPECT_RUN(Lifecycle(disk, "", "kill -INT $pid; wait $pid; echo \"status $?\""),
+  EXPECT_RUN(RunScript(Lifecycle("", "kill -INT $pid; wait $pid; echo \"status $?\"")),
              "status 0\nleft: \n", "", 0);
 }
 
 TEST(StreamMgrProgram, EndpointIsASocketUnderItsFixedName) {
-  RecorderDisk disk;
-  EXPECT_RUN(Lifecycle(disk, "",
-                       "ls -A /run/linx; [ -S /run/linx/StreamMgr ] && echo socket\n"
-                       "pidof StreamMgr > /dev/null && echo named\n"
-                       "kill $pid; wait $pid"),
+  EXPECT_RUN(RunScript(Lifecycle("",
+                                 "ls -A /run/linx; [ -S /run/linx/StreamMgr ] && echo socket\n"
+                                 "pidof StreamMgr > /dev/null && echo named\n"
+                                 "kill $pid; wait $pid")),
              "StreamMgr\nsocket\nnamed\nleft: \n", "", 0);
 }
 
 TEST(StreamMgrProgram, EndsAbruptlyWhenTheRequestAfterTheLastAllowedArrives) {
   RecorderDisk disk;
   disk.Exec(EventRow{"a"}.Insert());
-  EXPECT_RUN(Lifecycle(disk, "--die-after 1 --log /mnt/hd/requests.log",
-                       "db -t; wait $pid; echo \"status $?\""),
+  EXPECT_RUN(RunInSandbox(disk, {"sh", "-c",
+                                 Lifecycle("--die-after 1 --log /mnt/hd/requests.log",
+                                           "db -t; wait $pid; echo \"status $?\"")}),
              std::string(kTablesHeading) +
                  "events             1\n"
                  "streamfiles        0\n"
@@ -68,43 +66,36 @@ TEST(StreamMgrProgram, EndsAbruptlyWhenTheRequestAfterTheLastAllowedArrives) {
 }
 
 TEST(StreamMgrProgram, WithoutIpcRunsUnderItsNameWithNoEndpoint) {
-  RecorderDisk disk;
   const std::string script =
       "StreamMgr --no-ipc & pid=$!\n"
       "n=0; until pidof StreamMgr > /dev/null || [ $n -ge 2000 ]; do sleep 0.01; n=$((n+1)); done\n"
       "sleep 0.2; echo \"endpoints: $(ls -A /run/linx)\"\n"
       "kill -TERM $pid; wait $pid; echo \"status $?\"\n";
-  EXPECT_RUN(RunInSandbox(disk, {"sh", "-c", script}), "endpoints: \nstatus 0\n", "", 0);
+  EXPECT_RUN(RunScript(script), "endpoints: \nstatus 0\n", "", 0);
 }
 
 TEST(StreamMgrProgram, ReplacesAStaleEndpointFile) {
-  RecorderDisk disk;
   const std::string script =
       "touch /run/linx/StreamMgr\n" + StartStreamMgr("") +
       "db -t > /dev/null; echo \"db $?\"; kill $pid; wait $pid; echo \"status $?\"\n";
-  EXPECT_RUN(RunInSandbox(disk, {"sh", "-c", script}), "db 0\nstatus 0\n", "", 0);
+  EXPECT_RUN(RunScript(script), "db 0\nstatus 0\n", "", 0);
 }
 
 TEST(StreamMgrProgram, CreatesTheEndpointFolderWhenMissing) {
-  RecorderDisk disk;
-  EXPECT_RUN(
-      RunInSandbox(disk, {"sh", "-c",
-                          "rmdir /run/linx\n" + StartStreamMgr("") +
-                              "[ -S /run/linx/StreamMgr ] && echo up; kill $pid; wait $pid\n"}),
-      "up\n", "", 0);
+  EXPECT_RUN(RunScript("rmdir /run/linx\n" + StartStreamMgr("") +
+                       "[ -S /run/linx/StreamMgr ] && echo up; kill $pid; wait $pid\n"),
+             "up\n", "", 0);
 }
 
+// The options themselves are in StreamMgrOptions.HelpDocumentsEveryOption.
 TEST(StreamMgrProgram, HelpDescribesTheTestOptions) {
-  RecorderDisk disk;
-  // The options themselves are in StreamMgrOptions.HelpDocumentsEveryOption.
   ASSERT_EQ(0u, std::string(kStreamMgrHelp).find("usage: StreamMgr [--refuse-delete REID]..."));
-  EXPECT_RUN(RunInSandbox(disk, {"StreamMgr", "--help"}), kStreamMgrHelp, "", 0);
+  EXPECT_RUN(RunLine("StreamMgr --help"), kStreamMgrHelp, "", 0);
 }
 
 TEST(StreamMgrProgram, BadOptionIsRefusedWithStatusTwo) {
-  RecorderDisk disk;
-  EXPECT_RUN(RunInSandbox(disk, {"StreamMgr", "--live-size", "12"}), "",
-             std::string("StreamMgr: bad value for --live-size: '12'\n") + kStreamMgrHelp, 2);
+  EXPECT_RUN(RunLine("StreamMgr --live-size 12"),
+             Refused("StreamMgr: bad value for --live-size: '12'", kStreamMgrHelp));
 }
 
 TEST(StreamMgrProgram, SandboxRefusesToStartABrokenDaemon) {

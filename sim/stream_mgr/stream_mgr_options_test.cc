@@ -2,82 +2,52 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <vector>
 
-#include "testing/sim_command_line.h"
+#include "testing/sim_options_fixture.h"
+
 namespace {
 
-bool Parse(const std::vector<std::string>& words, StreamMgrOptions& options, std::string& error) {
-  return ParseWords(ParseStreamMgrOptions, words, options, error);
+std::string Describe(const StreamMgrOptions& options) {
+  std::ostringstream text;
+  for (const std::string& reid : options.refusedDeletes) text << "refuse " << reid << ", ";
+  for (const auto& [number, bytes] : options.liveSizes) text << number << " is " << bytes << ", ";
+  if (!options.logPath.empty()) text << "log to " << options.logPath << ", ";
+  if (options.dieAfterSet) text << "die after " << options.dieAfter << ", ";
+  text << "delay " << options.delayMs << " ms" << (options.failRequests ? ", fail" : "")
+       << (options.noIpc ? ", no IPC" : "") << (options.garbage ? ", garbage" : "")
+       << (options.help ? ", help" : "");
+  return text.str();
 }
 
-TEST(StreamMgrOptions, NoneGivesTheDefaults) {
-  StreamMgrOptions options;
-  std::string error;
-  ASSERT_TRUE(Parse({}, options, error));
-  EXPECT_TRUE(options.refusedDeletes.empty());
-  EXPECT_FALSE(options.failRequests || options.noIpc || options.garbage || options.dieAfterSet ||
-               options.help);
-  EXPECT_TRUE(options.liveSizes.empty());
-  EXPECT_EQ("", options.logPath);
-  EXPECT_EQ(0, options.delayMs);
+std::string Parse(const std::vector<std::string>& words) {
+  return Parsed(ParseStreamMgrOptions, Describe, words);
 }
+
+TEST(StreamMgrOptions, NoneGivesTheDefaults) { EXPECT_EQ("delay 0 ms", Parse({})); }
 
 TEST(StreamMgrOptions, EveryOptionInBothSpellings) {
-  StreamMgrOptions options;
-  std::string error;
-  ASSERT_TRUE(
+  EXPECT_EQ(
+      "refuse a, refuse b c, 3 is 4, 4294967295 is 4294967295, log to /mnt/hd/requests.log, "
+      "die after 0, delay 250 ms, fail, no IPC, garbage, help",
       Parse({"--refuse-delete", "a", "--refuse-delete=b c", "--fail-requests", "--no-ipc",
              "--live-size", "3=4", "--live-size=4294967295=4294967295", "--log",
-             "/mnt/hd/requests.log", "--delay-ms=250", "--garbage", "--die-after", "0", "--help"},
-            options, error))
-      << error;
-  EXPECT_EQ((std::set<std::string>{"a", "b c"}), options.refusedDeletes);
-  EXPECT_TRUE(options.failRequests);
-  EXPECT_TRUE(options.noIpc);
-  EXPECT_EQ((std::map<uint32_t, uint32_t>{{3, 4}, {4294967295u, 4294967295u}}), options.liveSizes);
-  EXPECT_EQ("/mnt/hd/requests.log", options.logPath);
-  EXPECT_EQ(250, options.delayMs);
-  EXPECT_TRUE(options.garbage);
-  EXPECT_TRUE(options.dieAfterSet);
-  EXPECT_EQ(0u, options.dieAfter);
-  EXPECT_TRUE(options.help);
+             "/mnt/hd/requests.log", "--delay-ms=250", "--garbage", "--die-after", "0", "--help"}));
 }
 
 TEST(StreamMgrOptions, LaterLiveSizeOfTheSameFileWins) {
-  StreamMgrOptions options;
-  std::string error;
-  ASSERT_TRUE(Parse({"--live-size", "3=4", "--live-size", "3=5"}, options, error));
-  EXPECT_EQ(5u, options.liveSizes[3]);
+  EXPECT_EQ("3 is 5, delay 0 ms", Parse({"--live-size", "3=4", "--live-size", "3=5"}));
 }
 
 TEST(StreamMgrOptions, BadCommandLinesAreRefused) {
-  const std::vector<std::vector<std::string>> bad = {
-      {"--bogus"},
-      {"-x"},
-      {"stray"},
-      {"--log"},
-      {"--log="},
-      {"--refuse-delete"},
-      {"--live-size", "3"},
-      {"--live-size", "=4"},
-      {"--live-size", "3="},
-      {"--live-size", "3=-4"},
-      {"--live-size", "x=4"},
-      {"--live-size", "3=4294967296"},
-      {"--delay-ms", "-1"},
-      {"--delay-ms", "2147483648"},
-      {"--delay-ms", "10ms"},
-      {"--die-after", ""},
-      {"--die-after"},
-      {"--fail-requests=yes"},
-  };
-  for (const auto& words : bad) {
-    StreamMgrOptions options;
-    std::string error;
-    EXPECT_FALSE(Parse(words, options, error)) << words[0];
-    EXPECT_NE("", error);
+  for (const char* line :
+       {"--bogus", "-x", "stray", "--log", "--log=", "--refuse-delete", "--live-size 3",
+        "--live-size =4", "--live-size 3=", "--live-size 3=-4", "--live-size x=4",
+        "--live-size 3=4294967296", "--delay-ms -1", "--delay-ms 2147483648", "--delay-ms 10ms",
+        "--die-after ", "--die-after", "--fail-requests=yes"}) {
+    EXPECT_EQ("refused", Parse(Words(line))) << line;
   }
 }
 

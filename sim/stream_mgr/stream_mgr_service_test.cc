@@ -4,9 +4,14 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <memory>
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <ostream>
+#include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "recorder/host/ipc_channel.h"
 #include "recorder/host/ipc_codec.h"
@@ -16,20 +21,49 @@
 #include "recorder/stream_mgr_api.h"
 #include "store/sql_statement.h"
 #include "testing/recorder_disk.h"
+#include "testing/sim_command_line.h"
+#include "testing/sim_named_cases.h"
 
 namespace {
 
-std::string Failed(bool leftSomething) { return leftSomething ? "failed, but answered" : "failed"; }
-
-using HostIpc::ServedDaemon;
 using StreamMgrApi::EventRecordListMessage;
 using StreamMgrApi::StreamfileRecordListMessage;
+
+std::string Failed(bool leftSomething) { return leftSomething ? "failed, but answered" : "failed"; }
+
+// How many rows a listing of `sql` answered, and whether they are those the
+// tool's direct path loads with `load`; or how it failed.
+template <typename Item>
+std::string Listed(const RecorderDisk& disk, const std::string& sql, bool ok,
+                   const std::vector<Item>& items, Item (*load)(SQLStatement&),
+                   std::string (*encode)(const std::vector<Item>&)) {
+  if (!ok) return Failed(!items.empty());
+  sqlite3* database = nullptr;
+  sqlite3_open(disk.StorePath().c_str(), &database);
+  std::vector<Item> direct;
+  {
+    SQLStatement statement(database, sql);
+    while (statement.Step() == kStepRow) direct.push_back(load(statement));
+  }
+  sqlite3_close(database);
+  return std::to_string(items.size()) + (encode(items) == encode(direct)
+                                             ? " rows, as read directly"
+                                             : " rows, NOT as read directly");
+}
+
+// The store as a whole, to tell whether a session changed it.
+std::string Snapshot(const RecorderDisk& disk) {
+  if (!disk.Exists("streammgr/stream.db")) return "missing";
+  const std::string bytes = disk.ReadFile("streammgr/stream.db");
+  return bytes.rfind("SQLite format 3", 0) == 0 ? disk.Dump() : bytes;
+}
 
 // A store, the simulator serving it, and a client endpoint connected to it.
 class Served {
  public:
   explicit Served(const RecorderDisk& disk, StreamMgrOptions options = StreamMgrOptions())
-      : database_(OpenOwnedStore(disk.StorePath())),
+      : disk_(disk),
+        database_(OpenOwnedStore(disk.StorePath())),
         service_(database_, std::move(options)),
         daemon_(
             HostIpc::kStreamMgrName,
@@ -43,70 +77,71 @@ class Served {
     sqlite3_close(database_);
   }
 
-  HostIpc::ServeEnd Stop() { return daemon_.Stop(); }
-  std::string Path() const { return daemon_.Path(); }
+  // Asks each request of `session`, one a line as "KIND TEXT -> ANSWER", and
+  // writes the answers got in the same form. KIND is events or files (how
+  // many rows, and whether they are those of the direct path), count,
+  // delete, live (a file's live size), store (whether it is as it was when
+  // the session began) or stop (how the daemon ended).
+  std::string Session(const std::string& session) {
+    before_ = Snapshot(disk_);
+    std::istringstream lines(session);
+    std::string answers;
+    for (std::string line; std::getline(lines, line);) {
+      const size_t space = line.find(' '), arrow = line.rfind(" -> ");
+      const std::string kind = line.substr(0, space);
+      const std::string text = space < arrow ? line.substr(space + 1, arrow - space - 1) : "";
+      answers += kind + (space < arrow ? " " + text : "") + " -> " + Answer(kind, text) + "\n";
+    }
+    return answers;
+  }
 
-  // The live size the simulator reports for a file, or "failed".
-  std::string LiveSize(uint32_t number) const {
-    std::string answer;
-    uint32_t size = 7;
-    const bool ok =
-        HostIpc::ExchangeOnce(daemon_.Path(), HostIpc::LiveSizeRequest(number), answer, 5000) &&
-        HostIpc::DecodeLiveSizeAnswer(answer, size);
-    return ok ? std::to_string(size) : Failed(size != 7);
+  std::string Answer(const std::string& kind, const std::string& text) {
+    if (kind == "events") {
+      EventRecordListMessage list;
+      const bool ok = StreamMgrApi::GetEventsFromSqlStatement(ipc, text, list, 30000);
+      return Listed(disk_, text, ok, list.items, StreamDB::LoadEventInfoFromStatement,
+                    HostIpc::EventsAnswer);
+    }
+    if (kind == "files") {
+      StreamfileRecordListMessage list;
+      const bool ok = StreamMgrApi::GetFilesFromSqlStatement(ipc, text, list, 5000);
+      return Listed(disk_, text, ok, list.items, StreamDB::LoadFileInfoFromStatement,
+                    HostIpc::FilesAnswer);
+    }
+    if (kind == "count") {
+      unsigned int count = 99;
+      return StreamMgrApi::GetCountFromSqlStatement(ipc, text, count, 5000) ? std::to_string(count)
+                                                                            : Failed(count != 99);
+    }
+    if (kind == "delete") return StreamMgrApi::DeleteEvent(text, ipc) ? "deleted" : "not deleted";
+    if (kind == "live") {
+      std::string answer;
+      uint32_t size = 7;
+      const bool ok =
+          HostIpc::ExchangeOnce(daemon_.Path(), HostIpc::LiveSizeRequest(std::stoul(text)), answer,
+                                5000) &&
+          HostIpc::DecodeLiveSizeAnswer(answer, size);
+      return ok ? std::to_string(size) : Failed(size != 7);
+    }
+    if (kind == "store") {
+      const std::string now = Snapshot(disk_);
+      return now == "missing" ? now : now == before_ ? "unchanged" : "changed";
+    }
+    if (kind == "stop") return daemon_.Stop() == HostIpc::ServeEnd::kDied ? "died" : "stopped";
+    return "";
   }
-  // The answers to each request, encoded as the direct path's are, or
-  // "failed" (with what a failed request wrongly left behind).
-  std::string Events(const std::string& sql, int timeoutMs = 5000) {
-    EventRecordListMessage list;
-    return StreamMgrApi::GetEventsFromSqlStatement(ipc, sql, list, timeoutMs)
-               ? HostIpc::EventsAnswer(list.items)
-               : Failed(!list.items.empty());
-  }
-  std::string Files(const std::string& sql) {
-    StreamfileRecordListMessage list;
-    return StreamMgrApi::GetFilesFromSqlStatement(ipc, sql, list, 5000)
-               ? HostIpc::FilesAnswer(list.items)
-               : Failed(!list.items.empty());
-  }
-  std::string Count(const std::string& sql) {
-    unsigned int count = 99;
-    return StreamMgrApi::GetCountFromSqlStatement(ipc, sql, count, 5000) ? std::to_string(count)
-                                                                         : Failed(count != 99);
-  }
-  bool Delete(const std::string& reid) { return StreamMgrApi::DeleteEvent(reid, ipc); }
+
+  std::string Path() const { return daemon_.Path(); }
 
   LinxIpc ipc{"test"};
 
  private:
+  const RecorderDisk& disk_;
+  std::string before_;  // the store when the session began
   sqlite3* database_;
   StreamMgrService service_;
-  ServedDaemon daemon_;
+  HostIpc::ServedDaemon daemon_;
 };
-
-// What the tool's direct path loads for `sql` with the row loader `load`,
-// encoded by `encode` for comparison.
-template <typename Item>
-std::string Direct(const RecorderDisk& disk, const std::string& sql, Item (*load)(SQLStatement&),
-                   std::string (*encode)(const std::vector<Item>&)) {
-  sqlite3* database = nullptr;
-  sqlite3_open(disk.StorePath().c_str(), &database);
-  std::vector<Item> items;
-  {
-    SQLStatement statement(database, sql);
-    while (statement.Step() == kStepRow) items.push_back(load(statement));
-  }
-  sqlite3_close(database);
-  return encode(items);
-}
-
-std::string DirectEvents(const RecorderDisk& disk, const std::string& sql) {
-  return Direct(disk, sql, StreamDB::LoadEventInfoFromStatement, HostIpc::EventsAnswer);
-}
-
-std::string DirectFiles(const RecorderDisk& disk, const std::string& sql) {
-  return Direct(disk, sql, StreamDB::LoadFileInfoFromStatement, HostIpc::FilesAnswer);
-}
 
 void FillStore(const RecorderDisk& disk) {
   EventRow a{"a"};
@@ -131,241 +166,203 @@ void FillStore(const RecorderDisk& disk) {
             "insert into status values ('version', '1');");
 }
 
-// Every kind of request fails: empty lists, the count left as it was, no
-// delete.
-void ExpectEveryRequestFails(Served& served) {
-  EXPECT_EQ("failed", served.Events("select * from events"));
-  EXPECT_EQ("failed", served.Files("select * from streamfiles"));
-  EXPECT_EQ("failed", served.Count("select count(*) from events"));
-  EXPECT_FALSE(served.Delete("a"));
+void FillEvents(const RecorderDisk& disk) {
+  disk.Exec(
+      "with recursive n(i) as (select 1 union all select i + 1 from n where i < 2500) "
+      "insert into events (reid, starttick, groupId) select printf('R%05d', i), i, '' from n;");
 }
 
-TEST(StreamMgrService, EventsAreTheRecordsOfTheDirectPath) {
+void HugeEvents(const RecorderDisk& disk) {
+  disk.Exec(
+      "with recursive n(i) as (select 1 union all select i + 1 from n where i < 34) "
+      "insert into events (reid, description) "
+      "select 'r' || i, replace(hex(zeroblob(524288)), '0', 'x') from n;");
+}
+void EarlierLog(const RecorderDisk& disk) { disk.WriteFile("requests.log", "earlier\n"); }
+void NoStore(const RecorderDisk& disk) { std::filesystem::remove_all(disk.Path() + "/streammgr"); }
+void NotADatabase(const RecorderDisk& disk) {
+  disk.WriteFile("streammgr/stream.db", std::string(4096, 'x'));
+}
+
+// A session with the simulator started with the words of `options` on a
+// store filled by `fill` (when given), and what it logged to requests.log
+// (when `log` is given).
+struct Case {
+  const char* name;
+  void (*fill)(const RecorderDisk&);
+  const char* options;
+  std::string session;
+  const char* log = nullptr;
+};
+
+const Case kCases[] = {
+    {"EventsAreTheRecordsOfTheDirectPath", FillStore, "",
+     "events select * from events -> 3 rows, as read directly\n"
+     "events select * from events order by reid desc -> 3 rows, as read directly\n"
+     "events select * from events where reid='a' -> 1 rows, as read directly\n"
+     "events select * from events where 0 -> 0 rows, as read directly\n"},
+    {"FilesAreTheRecordsOfTheDirectPath", FillStore, "",
+     "files select * from streamfiles -> 3 rows, as read directly\n"
+     "files select * from streamfiles order by number desc limit 2 -> 2 rows, as read directly\n"
+     "files select * from streamfiles limit 1000 offset 2 -> 1 rows, as read directly\n"
+     "files select * from streamfiles where 0 -> 0 rows, as read directly\n"},
+    // The last value is cut to 32 bits.
+    {"CountIsColumnZeroOfTheFirstRow", FillStore, "",
+     "count select count(*) from events -> 3\n"
+     "count select count(*) from status -> 1\n"
+     "count select 7, 8 union all select 9, 10 -> 7\n"
+     "count select 1 where 0 -> failed\n"
+     "count select 4294967297 -> 1\n"},
+    {"OnlyTheFirstStatementOfTheTextRuns", FillStore, "",
+     "count select count(*) from events; delete from events -> 3\n"
+     "events select * from events where reid='a'; drop table events -> 1 rows, as read directly\n"
+     "store -> unchanged\n"},
+    // The last request shows that the connection is fine.
+    {"TextThatDoesNotPrepareIsAFailedRequest", FillStore, "",
+     "events select * from nosuch -> failed\n"
+     "files  -> failed\n"
+     "count select count(*) from -> failed\n"
+     "count select count(*) from events -> 3\n"},
+    // The overflow strikes at the second row, after one row was loaded.
+    {"StepErrorIsAFailedRequestNotAPartialList", FillStore, "",
+     "events select * from events where case when reid='a' then 1 else abs(-9223372036854775807 - 1) end order by reid -> failed\n"
+     "count select abs(-9223372036854775807 - 1) -> failed\n"},
+    // 34 descriptions of 1 MiB are more than one frame may hold; 31 fit, and
+    // the connection is still good.
+    {"AnswerTooBigForOneFrameIsAFailedRequest", HugeEvents, "",
+     "events select * from events -> failed\n"
+     "events select * from events where reid not in ('r1', 'r2', 'r3') -> 31 rows, as read directly\n"},
+    // Neither a row gone already nor a groupId is a reid.
+    {"DeleteRemovesOneEventRow", FillStore, "",
+     "delete b'quote -> deleted\n"
+     "delete b'quote -> not deleted\n"
+     "delete g -> not deleted\n"
+     "delete ' or 1=1 -- -> not deleted\n"
+     "count select count(*) from events -> 2\n"
+     "count select count(*) from events where reid in ('a', 'c \xc3\xa9') -> 2\n"},
+    {"RefusedDeleteDeletesNothing", FillStore, "--refuse-delete a --refuse-delete b'quote",
+     "delete a -> not deleted\n"
+     "delete b'quote -> not deleted\n"
+     "store -> unchanged\n"
+     "delete c \xc3\xa9 -> deleted\n"
+     "store -> changed\n"},
+    {"FailingRequestsAnswerNothingAndChangeNothing", FillStore, "--fail-requests",
+     "events select * from events -> failed\n"
+     "files select * from streamfiles -> failed\n"
+     "count select count(*) from events -> failed\n"
+     "delete a -> not deleted\n"
+     "store -> unchanged\n"},
+    {"GarbageAnswersFailEveryRequest", FillStore, "--garbage",
+     "events select * from events -> failed\n"
+     "files select * from streamfiles -> failed\n"
+     "count select count(*) from events -> failed\n"
+     "delete a -> not deleted\n"
+     "live 1 -> failed\n"
+     "store -> unchanged\n"},
+    // Live sizes are not among the counted requests.
+    {"DiesWhenTheRequestAfterTheLastAllowedArrives", FillStore, "--die-after 2",
+     "count select 1 -> 1\n"
+     "live 1 -> 98566144\n"
+     "count select 2 -> 2\n"
+     "count select 3 -> failed\n"
+     "stop -> died\n"},
+    {"DieAfterZeroAnswersNothing", FillStore, "--die-after 0",
+     "delete a -> not deleted\n"
+     "stop -> died\n"
+     "store -> unchanged\n"},
+    {"LogHasOneLinePerRequestReceived", FillStore, "--refuse-delete a",
+     "events select * from events -> 3 rows, as read directly\n"
+     "files select * from nosuch -> failed\n"
+     "count select count(*) from status -> 1\n"
+     "delete a -> not deleted\n"
+     "delete b'quote -> deleted\n"
+     "live 2 -> 4294967295\n",
+     "events\tselect * from events\n"
+     "files\tselect * from nosuch\n"
+     "count\tselect count(*) from status\n"
+     "delete\ta\n"
+     "delete\tb'quote\n"},
+    {"LogIsAppendedTo", EarlierLog, "", "count select count(*) from events -> 0\n",
+     "earlier\ncount\tselect count(*) from events\n"},
+    {"FailingAndDyingRequestsAreLoggedToo", nullptr, "--fail-requests --die-after 1",
+     "count select 1 -> failed\n"
+     "count select 2 -> failed\n",
+     "count\tselect 1\ncount\tselect 2\n"},
+    // A stored -1 reads as unsigned; 99 is given, though the store has no
+    // such file.
+    {"LiveSizeIsTheGivenOneOrTheStoredOne", FillStore,
+     "--live-size 3=12345 --live-size 4294967295=1 --live-size 99=0",
+     "live 3 -> 12345\n"
+     "live 1 -> 98566144\n"
+     "live 2 -> 4294967295\n"
+     "live 99 -> 0\n"
+     "live 5 -> failed\n"},
+    {
+        "MissingStoreFailsEveryQueryAndIsNotCreated",
+        NoStore,
+        "",
+        "events select * from events -> failed\n"
+        "files select * from streamfiles -> failed\n"
+        "count select count(*) from events -> failed\n"
+        "delete a -> not deleted\n"
+        "live 1 -> failed\n"
+        "store -> missing\n",
+    },
+    {
+        "StoreThatIsNotADatabaseFailsEveryQuery",
+        NotADatabase,
+        "",
+        "count select count(*) from events -> failed\n"
+        "delete a -> not deleted\n"
+        "store -> unchanged\n",
+    },
+    // The rows move up under the next page: it must see them where they are
+    // now. Then pages are asked again from the start, and out of order.
+    {"PageAfterAnotherRequestIsRunAfresh", FillEvents, "",
+     "events select * from events limit 1000 offset 0 -> 1000 rows, as read directly\n"
+     "delete R00005 -> deleted\n"
+     "events select * from events limit 1000 offset 1000 -> 1000 rows, as read directly\n"
+     "count select count(*) from events -> 2499\n"
+     "events select * from events limit 1000 offset 2000 -> 499 rows, as read directly\n"
+     "events select * from events limit 1000 offset 0 -> 1000 rows, as read directly\n"
+     "events select * from events limit 1000 offset 2000 -> 499 rows, as read directly\n"
+     "events select * from events limit 1000 offset 1000 -> 1000 rows, as read directly\n"},
+};
+
+void PrintTo(const Case& c, std::ostream* out) { *out << c.name; }
+
+class StreamMgrSession : public ::testing::TestWithParam<Case> {};
+
+TEST_P(StreamMgrSession, AnswersAsWritten) {
+  const Case& c = GetParam();
+  RecorderDisk disk;
+  if (c.fill != nullptr) c.fill(disk);
+  std::istringstream text(c.options);
+  const std::vector<std::string> words{std::istream_iterator<std::string>(text), {}};
+  StreamMgrOptions options;
+  std::string error;
+  ASSERT_TRUE(ParseWords(ParseStreamMgrOptions, words, options, error)) << error;
+  if (c.log != nullptr) options.logPath = disk.Path() + "/requests.log";
+  {
+    Served served(disk, options);
+    EXPECT_EQ(c.session, served.Session(c.session));
+  }
+  EXPECT_EQ(c.log == nullptr ? "" : c.log,
+            disk.Exists("requests.log") ? disk.ReadFile("requests.log") : "");
+}
+
+INSTANTIATE_NAMED_CASES(StreamMgrService, StreamMgrSession, kCases);
+
+TEST(StreamMgrService, EventFieldsComeWhole) {
   RecorderDisk disk;
   FillStore(disk);
   Served served(disk);
-  for (const std::string sql :
-       {"select * from events", "select * from events order by reid desc",
-        "select * from events where reid='a'", "select * from events where 0"}) {
-    EXPECT_EQ(DirectEvents(disk, sql), served.Events(sql)) << sql;
-  }
   EventRecordListMessage list;
   StreamMgrApi::GetEventsFromSqlStatement(served.ipc, "select * from events", list, 5000);
   ASSERT_EQ(3u, list.items.size());
   ASSERT_EQ(2u, list.items[0].answers.entries.size());
   EXPECT_EQ("A2", list.items[0].answers.entries[1].answer.GetValue());
   EXPECT_EQ(-1, list.items[1].startTime.GetValue());
-}
-
-TEST(StreamMgrService, FilesAreTheRecordsOfTheDirectPath) {
-  RecorderDisk disk;
-  FillStore(disk);
-  Served served(disk);
-  for (const std::string sql :
-       {"select * from streamfiles", "select * from streamfiles order by number desc limit 2",
-        "select * from streamfiles limit 1000 offset 2", "select * from streamfiles where 0"}) {
-    EXPECT_EQ(DirectFiles(disk, sql), served.Files(sql)) << sql;
-  }
-}
-
-TEST(StreamMgrService, CountIsColumnZeroOfTheFirstRow) {
-  RecorderDisk disk;
-  FillStore(disk);
-  Served served(disk);
-  EXPECT_EQ("3", served.Count("select count(*) from events"));
-  EXPECT_EQ("1", served.Count("select count(*) from status"));
-  EXPECT_EQ("7", served.Count("select 7, 8 union all select 9, 10"));
-  EXPECT_EQ("1", served.Count("select 4294967297"));  // cut to 32 bits
-  EXPECT_EQ("failed", served.Count("select 1 where 0"));
-}
-
-TEST(StreamMgrService, OnlyTheFirstStatementOfTheTextRuns) {
-  RecorderDisk disk;
-  FillStore(disk);
-  const std::string before = disk.Dump();
-  Served served(disk);
-  EXPECT_EQ("3", served.Count("select count(*) from events; delete from events"));
-  EXPECT_EQ(DirectEvents(disk, "select * from events where reid='a'"),
-            served.Events("select * from events where reid='a'; drop table events"));
-  EXPECT_EQ(before, disk.Dump());
-}
-
-TEST(StreamMgrService, TextThatDoesNotPrepareIsAFailedRequest) {
-  RecorderDisk disk;
-  FillStore(disk);
-  Served served(disk);
-  EXPECT_EQ("failed", served.Events("select * from nosuch"));
-  EXPECT_EQ("failed", served.Files(""));
-  EXPECT_EQ("failed", served.Count("select count(*) from"));
-  EXPECT_EQ("3", served.Count("select count(*) from events"));  // the connection is fine
-}
-
-TEST(StreamMgrService, StepErrorIsAFailedRequestNotAPartialList) {
-  RecorderDisk disk;
-  FillStore(disk);
-  Served served(disk);
-  // The overflow strikes at the second row, after one row was loaded.
-  EXPECT_EQ("failed", served.Events("select * from events where case when reid='a' then 1 else "
-                                    "abs(-9223372036854775807 - 1) end order by reid"));
-  EXPECT_EQ("failed", served.Count("select abs(-9223372036854775807 - 1)"));
-}
-
-TEST(StreamMgrService, AnswerTooBigForOneFrameIsAFailedRequest) {
-  RecorderDisk disk;
-  // 34 events with a description of 1 MiB each: more than one frame may hold.
-  disk.Exec(
-      "with recursive n(i) as (select 1 union all select i + 1 from n where i < 34) "
-      "insert into events (reid, description) "
-      "select 'r' || i, replace(hex(zeroblob(524288)), '0', 'x') from n;");
-  Served served(disk);
-  EXPECT_EQ("failed", served.Events("select * from events", 30000));
-  // 31 of them fit, and the connection is still good.
-  const std::string fit = "select * from events where reid not in ('r1', 'r2', 'r3')";
-  EXPECT_EQ(DirectEvents(disk, fit), served.Events(fit, 30000));
-}
-
-TEST(StreamMgrService, DeleteRemovesOneEventRow) {
-  RecorderDisk disk;
-  FillStore(disk);
-  Served served(disk);
-  EXPECT_TRUE(served.Delete("b'quote"));
-  EXPECT_FALSE(served.Delete("b'quote"));  // gone already
-  EXPECT_FALSE(served.Delete("g"));        // a groupId is no reid
-  EXPECT_FALSE(served.Delete("' or 1=1 --"));
-  EXPECT_EQ("2", served.Count("select count(*) from events"));
-  EXPECT_EQ("2", served.Count("select count(*) from events where reid in ('a', 'c \xc3\xa9')"));
-}
-
-TEST(StreamMgrService, RefusedDeleteDeletesNothing) {
-  RecorderDisk disk;
-  FillStore(disk);
-  const std::string before = disk.Dump();
-  StreamMgrOptions options;
-  options.refusedDeletes = {"a", "c \xc3\xa9"};
-  {
-    Served served(disk, options);
-    EXPECT_FALSE(served.Delete("a"));
-    EXPECT_FALSE(served.Delete("c \xc3\xa9"));
-  }
-  EXPECT_EQ(before, disk.Dump());
-  {
-    Served served(disk, options);
-    EXPECT_TRUE(served.Delete("b'quote"));
-  }
-  EXPECT_NE(before, disk.Dump());
-}
-
-TEST(StreamMgrService, FailingRequestsAnswerNothingAndChangeNothing) {
-  RecorderDisk disk;
-  FillStore(disk);
-  const std::string before = disk.Dump();
-  StreamMgrOptions options;
-  options.failRequests = true;
-  Served served(disk, options);
-  ExpectEveryRequestFails(served);
-  EXPECT_EQ(before, disk.Dump());
-}
-
-TEST(StreamMgrService, GarbageAnswersFailEveryRequest) {
-  RecorderDisk disk;
-  FillStore(disk);
-  const std::string before = disk.Dump();
-  StreamMgrOptions options;
-  options.garbage = true;
-  Served served(disk, options);
-  ExpectEveryRequestFails(served);
-  EXPECT_EQ("failed", served.LiveSize(1));
-  EXPECT_EQ(before, disk.Dump());
-}
-
-TEST(StreamMgrService, DiesWhenTheRequestAfterTheLastAllowedArrives) {
-  RecorderDisk disk;
-  FillStore(disk);
-  StreamMgrOptions options;
-  options.dieAfterSet = true;
-  options.dieAfter = 2;
-  Served served(disk, options);
-  EXPECT_EQ("1", served.Count("select 1"));
-  EXPECT_EQ("98566144", served.LiveSize(1));  // not one of the counted requests
-  EXPECT_EQ("2", served.Count("select 2"));
-  EXPECT_EQ("failed", served.Count("select 3"));
-  EXPECT_EQ(HostIpc::ServeEnd::kDied, served.Stop());
-}
-
-TEST(StreamMgrService, DieAfterZeroAnswersNothing) {
-  RecorderDisk disk;
-  FillStore(disk);
-  const std::string before = disk.Dump();
-  StreamMgrOptions options;
-  options.dieAfterSet = true;
-  Served served(disk, options);
-  EXPECT_FALSE(served.Delete("a"));
-  EXPECT_EQ(HostIpc::ServeEnd::kDied, served.Stop());
-  EXPECT_EQ(before, disk.Dump());
-}
-
-// The requests the simulator logged while serving `options` (logging to
-// requests.log) on `disk`, asked `ask`.
-std::string Logged(const RecorderDisk& disk, StreamMgrOptions options,
-                   const std::function<void(Served&)>& ask) {
-  options.logPath = disk.Path() + "/requests.log";
-  Served served(disk, options);
-  ask(served);
-  return disk.ReadFile("requests.log");
-}
-
-TEST(StreamMgrService, LogHasOneLinePerRequestReceived) {
-  RecorderDisk disk;
-  FillStore(disk);
-  StreamMgrOptions options;
-  options.refusedDeletes = {"a"};
-  EXPECT_EQ(
-      "events\tselect * from events\n"
-      "files\tselect * from nosuch\n"
-      "count\tselect count(*) from status\n"
-      "delete\ta\n"
-      "delete\tb'quote\n",
-      Logged(disk, options, [](Served& served) {
-        served.Events("select * from events");
-        served.Files("select * from nosuch");
-        served.Count("select count(*) from status");
-        served.Delete("a");
-        served.Delete("b'quote");
-        served.LiveSize(2);
-      }));
-}
-
-TEST(StreamMgrService, LogIsAppendedTo) {
-  RecorderDisk disk;
-  disk.WriteFile("requests.log", "earlier\n");
-  EXPECT_EQ("earlier\ncount\tselect count(*) from events\n",
-            Logged(disk, StreamMgrOptions(),
-                   [](Served& served) { served.Count("select count(*) from events"); }));
-}
-
-TEST(StreamMgrService, FailingAndDyingRequestsAreLoggedToo) {
-  RecorderDisk disk;
-  StreamMgrOptions options;
-  options.failRequests = true;
-  options.dieAfterSet = true;
-  options.dieAfter = 1;
-  EXPECT_EQ("count\tselect 1\ncount\tselect 2\n", Logged(disk, options, [](Served& served) {
-              served.Count("select 1");
-              served.Count("select 2");
-            }));
-}
-
-TEST(StreamMgrService, LiveSizeIsTheGivenOneOrTheStoredOne) {
-  RecorderDisk disk;
-  FillStore(disk);
-  StreamMgrOptions options;
-  options.liveSizes = {{3, 12345}, {4294967295u, 1}, {99, 0}};
-  Served served(disk, options);
-  // A stored -1 reads as unsigned; 99 is given, though the store has no
-  // such file.
-  std::string sizes;
-  for (const uint32_t number : {3, 1, 2, 99, 5}) sizes += served.LiveSize(number) + " ";
-  EXPECT_EQ("12345 98566144 4294967295 0 failed ", sizes);
 }
 
 TEST(StreamMgrService, SettingsAreNotItsBusiness) {
@@ -377,23 +374,6 @@ TEST(StreamMgrService, SettingsAreNotItsBusiness) {
   EXPECT_FALSE(HostIpc::DecodeSettingsAnswer(answer, settings));
 }
 
-TEST(StreamMgrService, MissingStoreFailsEveryQueryAndIsNotCreated) {
-  RecorderDisk disk(RecorderDisk::Store::kNone);
-  Served served(disk);
-  ExpectEveryRequestFails(served);
-  EXPECT_EQ("failed", served.LiveSize(1));
-  EXPECT_FALSE(disk.Exists("streammgr/stream.db"));
-}
-
-TEST(StreamMgrService, StoreThatIsNotADatabaseFailsEveryQuery) {
-  RecorderDisk disk(RecorderDisk::Store::kNone);
-  disk.WriteFile("streammgr/stream.db", std::string(4096, 'x'));
-  Served served(disk);
-  EXPECT_EQ("failed", served.Count("select count(*) from events"));
-  EXPECT_FALSE(served.Delete("a"));
-  EXPECT_EQ(std::string(4096, 'x'), disk.ReadFile("streammgr/stream.db"));
-}
-
 // Pages of "QUERY limit 1000 offset N" are answered by stepping on one kept
 // statement; every page must still be exactly what its own text selects.
 TEST(StreamMgrService, PagesAreThoseOfTheirOwnTexts) {
@@ -403,48 +383,23 @@ TEST(StreamMgrService, PagesAreThoseOfTheirOwnTexts) {
       "insert into streamfiles select i, i % 4, i % 3, i * 10, i * 10 + 9, 1704164645 + i, "
       "1704164745 + i, i - 1, i + 1, 98566144 - i, 1 from n;");
   Served served(disk);
-  for (const std::string query :
-       {"select * from streamfiles where  number like '%' order by number asc",
-        "select * from streamfiles where  number like '%' and stream=2 order by number desc",
-        "select * from streamfiles where  number like '%' order by starttick desc"}) {
+  std::string session;
+  for (const auto& [query, rows] : std::vector<std::pair<std::string, int>>{
+           {"select * from streamfiles where  number like '%' order by number asc", 2500},
+           {"select * from streamfiles where  number like '%' and stream=2 order by number desc",
+            625},
+           {"select * from streamfiles where  number like '%' order by starttick desc", 2500}}) {
     for (int offset = 0; offset <= 3000; offset += 1000) {
-      const std::string sql = query + " limit 1000 offset " + std::to_string(offset);
-      EXPECT_EQ(DirectFiles(disk, sql), served.Files(sql)) << sql;
+      session += "files " + query + " limit 1000 offset " + std::to_string(offset) + " -> " +
+                 std::to_string(std::clamp(rows - offset, 0, 1000)) + " rows, as read directly\n";
     }
   }
-}
-
-TEST(StreamMgrService, PageAfterAnotherRequestIsRunAfresh) {
-  RecorderDisk disk;
-  disk.Exec(
-      "with recursive n(i) as (select 1 union all select i + 1 from n where i < 2500) "
-      "insert into events (reid, starttick, groupId) select printf('R%05d', i), i, '' from n;");
-  Served served(disk);
-  const std::string query = "select * from events";
-  auto page = [&](int offset) {
-    const std::string sql = query + " limit 1000 offset " + std::to_string(offset);
-    EventRecordListMessage events;
-    EXPECT_TRUE(StreamMgrApi::GetEventsFromSqlStatement(served.ipc, sql, events, 5000));
-    EXPECT_EQ(DirectEvents(disk, sql), HostIpc::EventsAnswer(events.items)) << sql;
-    return events.items.size();
-  };
-  EXPECT_EQ(1000u, page(0));
-  // The rows move up under the next page: it must see them where they are now.
-  ASSERT_TRUE(served.Delete("R00005"));
-  EXPECT_EQ(1000u, page(1000));
-  EXPECT_EQ("2499", served.Count("select count(*) from events"));
-  EXPECT_EQ(499u, page(2000));
-  // Asked again from the start, and out of order.
-  EXPECT_EQ(1000u, page(0));
-  EXPECT_EQ(499u, page(2000));
-  EXPECT_EQ(1000u, page(1000));
+  EXPECT_EQ(session, served.Session(session));
 }
 
 TEST(StreamMgrService, ClientLeavingAHalfPagedListingLetsWritersIn) {
   RecorderDisk disk;
-  disk.Exec(
-      "with recursive n(i) as (select 1 union all select i + 1 from n where i < 2500) "
-      "insert into events (reid, starttick, groupId) select printf('R%05d', i), i, '' from n;");
+  FillEvents(disk);
   Served served(disk);
   {
     LinxIpc client{"client"};
@@ -467,13 +422,38 @@ TEST(StreamMgrService, ClientLeavingAHalfPagedListingLetsWritersIn) {
   EXPECT_EQ(SQLITE_OK, sqlite3_exec(writer, "delete from events", nullptr, nullptr, nullptr))
       << sqlite3_errmsg(writer);
   sqlite3_close(writer);
-  EXPECT_EQ("0", served.Count("select count(*) from events"));
+  EXPECT_EQ("count select count(*) from events -> 0\n",
+            served.Session("count select count(*) from events -> 0\n"));
 }
 
 // Serves stream files 1 to 200000 and asks for the 200 pages of 1000 files
 // that `text` spells for each offset: every file comes once, in order. How
 // long that takes is measured by bench/run, beside the direct path.
-void PageThroughTwoHundredThousandFiles(const std::function<std::string(int)>& text) {
+struct Paging {
+  const char* name;
+  std::string (*text)(int offset);
+};
+
+const Paging kPagings[] = {
+    {"TwoHundredThousandFilesPagedByKeyRange",
+     [](int offset) {
+       return "select * from streamfiles where number > " + std::to_string(offset) +
+              " order by number asc limit 1000";
+     }},
+    // The tool's own paged texts, which the page cursor answers.
+    {"TwoHundredThousandFilesPagedByOffset",
+     [](int offset) {
+       return "select * from streamfiles where  number like '%' order by number asc limit 1000 offset " +
+              std::to_string(offset);
+     }},
+};
+
+void PrintTo(const Paging& c, std::ostream* out) { *out << c.name; }
+
+class StreamMgrPaging : public ::testing::TestWithParam<Paging> {};
+
+TEST_P(StreamMgrPaging, EveryFileOnceInOrder) {
+  const auto text = GetParam().text;
   RecorderDisk disk;
   disk.Exec(
       "with recursive n(i) as (select 1 union all select i + 1 from n where i < 200000) "
@@ -484,13 +464,9 @@ void PageThroughTwoHundredThousandFiles(const std::function<std::string(int)>& t
   for (int offset = 0; offset < 200000; offset += 1000) {
     StreamfileRecordListMessage page;
     EXPECT_TRUE(StreamMgrApi::GetFilesFromSqlStatement(served.ipc, text(offset), page, 60000));
-    if (page.items.size() != 1000u) {
-      ADD_FAILURE() << text(offset) << ": " << page.items.size() << " files";
-      return;
-    }
+    ASSERT_EQ(1000u, page.items.size()) << text(offset);
     for (const StreamMgrApi::StreamfileRecordItem& file : page.items) {
-      ASSERT_EQ(next, file.number.GetValue()) << text(offset);
-      ++next;
+      ASSERT_EQ(next++, file.number.GetValue()) << text(offset);
     }
   }
   StreamfileRecordListMessage after;
@@ -498,20 +474,6 @@ void PageThroughTwoHundredThousandFiles(const std::function<std::string(int)>& t
   EXPECT_TRUE(after.items.empty());
 }
 
-TEST(StreamMgrService, TwoHundredThousandFilesPagedByKeyRange) {
-  PageThroughTwoHundredThousandFiles([](int offset) {
-    return "select * from streamfiles where number > " + std::to_string(offset) +
-           " order by number asc limit 1000";
-  });
-}
-
-// The tool's own paged texts, which the page cursor answers.
-TEST(StreamMgrService, TwoHundredThousandFilesPagedByOffset) {
-  PageThroughTwoHundredThousandFiles([](int offset) {
-    return "select * from streamfiles where  number like '%' order by number asc "
-           "limit 1000 offset " +
-           std::to_string(offset);
-  });
-}
+INSTANTIATE_NAMED_CASES(StreamMgrService, StreamMgrPaging, kPagings);
 
 }  // namespace

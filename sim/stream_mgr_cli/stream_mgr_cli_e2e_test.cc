@@ -6,6 +6,7 @@
 #include "sim/stream_mgr_cli/stream_mgr_cli.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/sim_program_fixture.h"
 
 namespace {
 
@@ -26,18 +27,13 @@ TEST(StreamMgrCliProgram, StreamFileWithoutContents) {
 }
 
 TEST(StreamMgrCliProgram, Help) {
-  RecorderDisk disk;
-  EXPECT_RUN(RunInSandbox(disk, {"StreamMgrCli", "--help"}), kStreamMgrCliHelp, "", 0);
+  EXPECT_RUN(RunLine("StreamMgrCli --help"), kStreamMgrCliHelp, "", 0);
 }
 
 TEST(StreamMgrCliProgram, BadCommandLines) {
-  RecorderDisk disk;
-  for (const std::vector<std::string>& command : {std::vector<std::string>{"StreamMgrCli"},
-                                                  {"StreamMgrCli", "-x"},
-                                                  {"StreamMgrCli", "-a", "1"},
-                                                  {"StreamMgrCli", "-x", "1", "2"}}) {
-    EXPECT_RUN(RunInSandbox(disk, command), "",
-               std::string("StreamMgrCli: expected -x N\n") + kStreamMgrCliHelp, 2);
+  for (const char* line :
+       {"StreamMgrCli", "StreamMgrCli -x", "StreamMgrCli -a 1", "StreamMgrCli -x 1 2"}) {
+    EXPECT_RUN(RunLine(line), Refused("StreamMgrCli: expected -x N", kStreamMgrCliHelp)) << line;
   }
 }
 
