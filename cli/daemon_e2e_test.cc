@@ -10,11 +10,11 @@
 
 #include "events/event_listing_fixture.h"
 #include "testing/cli_words.h"
-#include "testing/events_cli_cases.h"
 #include "testing/expected_start_up.h"
 #include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/sim_named_cases.h"
 
 namespace {
 
@@ -117,10 +117,8 @@ TEST_P(MisbehavingDaemon, LooksLikeFailedRequestsAndChangesNothing) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds, MisbehavingDaemon,
-                         testing::Values(Misbehaviour{"Garbage", "--garbage"},
-                                         Misbehaviour{"DiesAtOnce", "--die-after 0"}),
-                         CaseName());
+const Misbehaviour kMisbehaviours[] = {{"Garbage", "--garbage"}, {"DiesAtOnce", "--die-after 0"}};
+INSTANTIATE_NAMED_CASES(Kinds, MisbehavingDaemon, kMisbehaviours);
 
 TEST(SlowDaemon, AnswersTheSameAsAQuickOne) {
   for (const char* line : kQueries) {

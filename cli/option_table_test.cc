@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "testing/events_cli_cases.h"
+#include "testing/sim_named_cases.h"
 
 namespace {
 
@@ -56,6 +56,6 @@ class OptionTable : public ::testing::TestWithParam<ParseCase> {};
 
 TEST_P(OptionTable, Parses) { EXPECT_EQ(GetParam().options, Parse(GetParam().words)); }
 
-INSTANTIATE_TEST_SUITE_P(CommandLines, OptionTable, ::testing::ValuesIn(kParseCases), CaseName());
+INSTANTIATE_NAMED_CASES(CommandLines, OptionTable, kParseCases);
 
 }  // namespace

@@ -7,11 +7,11 @@
 
 #include "events/expected_event_table.h"
 #include "testing/cli_words.h"
-#include "testing/events_cli_cases.h"
 #include "testing/expected_start_up.h"
 #include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/sim_named_cases.h"
 #include "testing/store_lock.h"
 
 namespace {
@@ -119,7 +119,7 @@ TEST_P(StartUpRun, PrintsExactly) {
   EXPECT_EQ(before, StoreState(disk));
 }
 
-INSTANTIATE_TEST_SUITE_P(StartUp, StartUpRun, ::testing::ValuesIn(kCases), CaseName());
+INSTANTIATE_NAMED_CASES(StartUp, StartUpRun, kCases);
 
 TEST(StartUp, ProgramNameIsPrintedAsGiven) {
   RecorderDisk disk;

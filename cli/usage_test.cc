@@ -7,8 +7,8 @@
 #include <string>
 
 #include "cli/tool_context.h"
-#include "testing/events_cli_cases.h"
 #include "testing/expected_usage.h"
+#include "testing/sim_named_cases.h"
 #include "testing/stream_capture.h"
 
 namespace {
@@ -44,6 +44,6 @@ TEST_P(Usage, IsPrintedWhole) {
             captured.Text());
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, Usage, ::testing::ValuesIn(kUsageCases), CaseName());
+INSTANTIATE_NAMED_CASES(Texts, Usage, kUsageCases);
 
 }  // namespace

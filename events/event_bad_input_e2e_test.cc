@@ -48,7 +48,7 @@ const ListingCase kBadRows[] = {
 
 class BadRows : public ListingCases {};
 TEST_P(BadRows, AreListedAsTheTableShowsThem) { ExpectListing(); }
-INSTANTIATE_TEST_SUITE_P(Cases, BadRows, OnBothPaths(kBadRows), ListingName);
+INSTANTIATE_TEST_SUITE_P(Cases, BadRows, OnBothPaths(kBadRows), CaseOnPathName<ListingCase>);
 
 class EventBadInput : public EventListing {};
 INSTANTIATE_TEST_SUITE_P(Paths, EventBadInput, BothAccessPaths(), PathName);

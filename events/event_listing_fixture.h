@@ -12,6 +12,7 @@
 
 #include "events/expected_event_table.h"
 #include "testing/cli_words.h"
+#include "testing/faults_case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -43,20 +44,20 @@ const char kGap[] = "<gap>";
 
 // A run of db on a store that `sql` fills, beside the metadata files that
 // `stage` writes, on both access paths, compared whole; the store comes out
-// of it unchanged.
+// of it unchanged. A table of them runs as
+//   INSTANTIATE_TEST_SUITE_P(P, Suite, OnBothPaths(kCases), CaseOnPathName<ListingCase>);
 struct ListingCase {
   const char* name;
   std::string sql;
   std::string args;  // separated by blanks
   std::string out;
-  std::string err = "";
+  PathText err = "";
   void (*stage)(const RecorderDisk& disk) = nullptr;
-  const char* daemonErr = nullptr;  // standard error over IPC, when not `err`
 };
 
 inline void PrintTo(const ListingCase& c, std::ostream* out) { *out << c.name; }
 
-class ListingCases : public ::testing::TestWithParam<std::tuple<ListingCase, AccessPath>> {
+class ListingCases : public ::testing::TestWithParam<CaseOnPath<ListingCase>> {
  protected:
   void ExpectListing() const {
     const ListingCase& c = std::get<0>(GetParam());
@@ -64,27 +65,14 @@ class ListingCases : public ::testing::TestWithParam<std::tuple<ListingCase, Acc
     disk.Exec(c.sql);
     if (c.stage != nullptr) c.stage(disk);
     const std::string store = disk.Dump();
-    const bool direct = std::get<1>(GetParam()) == AccessPath::kDirect;
+    const AccessPath path = std::get<1>(GetParam());
     std::string out = c.out;
     for (size_t at; (at = out.find(kGap)) != std::string::npos;) {
-      out.replace(at, sizeof kGap - 1, direct ? "\n" : "");
+      out.replace(at, sizeof kGap - 1, path == AccessPath::kDirect ? "\n" : "");
     }
-    EXPECT_RUN(RunDb(disk, std::get<1>(GetParam()), Words(c.args)), out,
-               direct || c.daemonErr == nullptr ? c.err : c.daemonErr, 0);
+    EXPECT_RUN(RunDb(disk, path, Words(c.args)), out, c.err.On(path), 0);
     EXPECT_EQ(store, disk.Dump());
   }
 };
-
-// Every case on both paths, each instance named after its case and path:
-//   INSTANTIATE_TEST_SUITE_P(Cases, Suite, OnBothPaths(kCases), ListingName);
-template <size_t count>
-auto OnBothPaths(const ListingCase (&cases)[count]) {
-  return ::testing::Combine(::testing::ValuesIn(cases), BothAccessPaths());
-}
-
-inline std::string ListingName(
-    const ::testing::TestParamInfo<std::tuple<ListingCase, AccessPath>>& info) {
-  return std::string(std::get<0>(info.param).name) + AccessPathName(std::get<1>(info.param));
-}
 
 #endif  // EVENTS_EVENT_LISTING_FIXTURE_H_

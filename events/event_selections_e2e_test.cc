@@ -186,14 +186,16 @@ const ListingCase kListings[] = {
      kGibHeading + std::string(kP1) + kGap + NotFound("missing") + kBytesHeading + InBytes(kP3) +
          kGap},
     // The daemon cannot run the text either; its answer is simply empty.
-    {"QuoteInTheIdentifierBreaksTheStatement", Event("it's"), "-r it's", NotFound("it's"),
-     "unable to prepare: select * from events where reid='it's' or groupId='it's'", nullptr, ""},
-    {"FailingStepBeforeAnyRowIsNotFound", kFailingOnRow, "-r bad", NotFound("bad"), kLeak, nullptr,
-     ""},
+    {"QuoteInTheIdentifierBreaksTheStatement",
+     Event("it's"),
+     "-r it's",
+     NotFound("it's"),
+     {"unable to prepare: select * from events where reid='it's' or groupId='it's'", ""}},
+    {"FailingStepBeforeAnyRowIsNotFound", kFailingOnRow, "-r bad", NotFound("bad"), {kLeak, ""}},
 };
 
 class Listing : public ListingCases {};
 TEST_P(Listing, IsPrintedWhole) { ExpectListing(); }
-INSTANTIATE_TEST_SUITE_P(Cases, Listing, OnBothPaths(kListings), ListingName);
+INSTANTIATE_TEST_SUITE_P(Cases, Listing, OnBothPaths(kListings), CaseOnPathName<ListingCase>);
 
 }  // namespace

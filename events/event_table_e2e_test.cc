@@ -87,7 +87,7 @@ const ListingCase kTables[] = {
 
 class Table : public ListingCases {};
 TEST_P(Table, IsPrintedWhole) { ExpectListing(); }
-INSTANTIATE_TEST_SUITE_P(Cases, Table, OnBothPaths(kTables), ListingName);
+INSTANTIATE_TEST_SUITE_P(Cases, Table, OnBothPaths(kTables), CaseOnPathName<ListingCase>);
 
 TEST_P(EventTable, UnusableMetadataStillGivesARowAndTheMessages) {
   for (const char* reid :

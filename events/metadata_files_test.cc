@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "testing/events_cli_cases.h"
 #include "testing/scratch_dir.h"
+#include "testing/sim_named_cases.h"
 #include "testing/stream_capture.h"
 
 namespace {
@@ -168,7 +168,7 @@ TEST_P(MetadataPair, IsObservedWhole) {
   EXPECT_EQ((Metadata{c.staged, c.bytes, c.errors}), Observe("r"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Pairs, MetadataPair, ::testing::ValuesIn(kPairCases), CaseName());
+INSTANTIATE_NAMED_CASES(Pairs, MetadataPair, kPairCases);
 
 // The paths probed, and a probe that finds every one or only data files.
 std::vector<std::string> probed;
