@@ -12,6 +12,7 @@
 
 #include "events/expected_event_table.h"
 #include "testing/cli_words.h"
+#include "testing/disk_manifest.h"
 #include "testing/faults_case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
@@ -43,8 +44,8 @@ inline std::string Event(const std::string& reid, const std::string& changes = "
 const char kGap[] = "<gap>";
 
 // A run of db on a store that `sql` fills, beside the metadata files that
-// `stage` writes, on both access paths, compared whole; the store comes out
-// of it unchanged. A table of them runs as
+// `stage` writes, on both access paths, compared whole; the disk, store and
+// metadata files alike, comes out of it unchanged. A table of them runs as
 //   INSTANTIATE_TEST_SUITE_P(P, Suite, OnBothPaths(kCases), CaseOnPathName<ListingCase>);
 struct ListingCase {
   const char* name;
@@ -64,14 +65,14 @@ class ListingCases : public ::testing::TestWithParam<CaseOnPath<ListingCase>> {
     RecorderDisk disk;
     disk.Exec(c.sql);
     if (c.stage != nullptr) c.stage(disk);
-    const std::string store = disk.Dump();
+    const std::string before = DiskManifest(disk.Path());
     const AccessPath path = std::get<1>(GetParam());
     std::string out = c.out;
     for (size_t at; (at = out.find(kGap)) != std::string::npos;) {
       out.replace(at, sizeof kGap - 1, path == AccessPath::kDirect ? "\n" : "");
     }
     EXPECT_RUN(RunDb(disk, path, Words(c.args)), out, c.err.On(path), 0);
-    EXPECT_EQ(store, disk.Dump());
+    EXPECT_EQ(before, DiskManifest(disk.Path()));
   }
 };
 

@@ -15,6 +15,19 @@ namespace {
 class EventTable : public EventListing {};
 INSTANTIATE_TEST_SUITE_P(Paths, EventTable, BothAccessPaths(), PathName);
 
+// Writes the metadata pair of `reid` as given, whether it makes sense or not.
+void WritePair(const RecorderDisk& disk, const std::string& reid, const std::string& xml,
+               const std::string& mtd) {
+  disk.WriteFile("connectionmgr/" + reid + ".xml", xml);
+  disk.WriteFile("connectionmgr/" + reid + ".mtd", mtd);
+}
+
+std::string Repeat(const std::string& text, int times) {
+  std::string repeated;
+  for (int i = 0; i < times; ++i) repeated += text;
+  return repeated;
+}
+
 std::string WholeFiles(int count) {
   std::string segments;
   for (int i = 0; i < count; ++i) {
@@ -33,11 +46,31 @@ void StageSizes(const RecorderDisk& disk) {
   StageMetadata(disk, "gib15",
                 WholeFiles(16) + "<segment name=\"x\" src=\"1\" stop-offset=\"33554432\"/>", 0);
   StageMetadata(disk, "big", WholeFiles(120), 0);
-  disk.WriteFile("connectionmgr/mtdonly.xml", "<nothing/>");
-  disk.WriteFile("connectionmgr/mtdonly.mtd", std::string(1000, 'm'));
+  WritePair(disk, "mtdonly", "<nothing/>", std::string(1000, 'm'));
   disk.WriteFile("connectionmgr/xmlonly.xml", "<nothing/>");
   StageMetadata(disk, "negative",
                 "<segment name=\"x\" src=\"1\" start-offset=\"5000\" stop-offset=\"1000\"/>", 0);
+}
+
+const std::string kUnusableEvents = Event("malformed") + Event("noname") + Event("notint") +
+                                    Event("empty") + Event("deep") + Event("locked") +
+                                    Event("wrapped") + Event("huge") + Event("comment");
+void StageUnusable(const RecorderDisk& disk) {
+  WritePair(disk, "malformed", "<recording-event><video><streams><stream>", std::string(10, 'm'));
+  StageMetadata(disk, "noname", WholeFiles(1) + "<segment src=\"2\"/>" + WholeFiles(1), 0);
+  StageMetadata(
+      disk, "notint",
+      WholeFiles(1) + "<segment name=\"x\" src=\"2\" start-offset=\"abc\"/>" + WholeFiles(1), 0);
+  WritePair(disk, "empty", "", "");
+  WritePair(disk, "deep", Repeat("<recording-event>", 100000), std::string(7, 'm'));
+  StageMetadata(disk, "locked", "", 2048);
+  ASSERT_EQ(0, chmod((disk.Path() + "/connectionmgr/locked.mtd").c_str(), 0));
+  // Offsets out of the 32-bit range wrap: 4294968296 reads as 1000.
+  StageMetadata(disk, "wrapped", "<segment name=\"x\" src=\"1\" stop-offset=\"4294968296\"/>", 0);
+  StageMetadata(
+      disk, "huge",
+      Repeat("<segment name=\"x\" src=\"1\" start-offset=\"5\" stop-offset=\"15\"/>\n", 200000), 0);
+  StageMetadata(disk, "comment", "<!-- cut -->" + WholeFiles(3), 5);
 }
 
 const ListingCase kTables[] = {
@@ -83,64 +116,30 @@ const ListingCase kTables[] = {
        disk.WriteFile("connectionmgr/mtddir.xml", "<nothing/>");
        ASSERT_EQ(0, mkdir((disk.Path() + "/connectionmgr/mtddir.mtd").c_str(), 0755));
      }},
+    // Unusable metadata still gives a row, and the messages.
+    {"UnusableMetadataStillGivesARowAndTheMessages", kUnusableEvents, "-E",
+     kBytesHeading + StagedRow("malformed", "10") + StagedRow("noname", "98566144") +
+         StagedRow("notint", "98566144") + StagedRow("empty", "0") + StagedRow("deep", "7") +
+         StagedRow("locked", "2048") + StagedRow("wrapped", "1000") + StagedRow("huge", "2000000") +
+         StagedRow("comment", "5"),
+     "Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml"
+     ":'name' attribute missing"
+     "Start offset invalid"
+     "Failed to load XML file: /mnt/hd/connectionmgr/empty.xml"
+     "Failed to load XML file: /mnt/hd/connectionmgr/deep.xml",
+     StageUnusable},
 };
 
 class Table : public ListingCases {};
 TEST_P(Table, IsPrintedWhole) { ExpectListing(); }
 INSTANTIATE_TEST_SUITE_P(Cases, Table, OnBothPaths(kTables), CaseOnPathName<ListingCase>);
 
-TEST_P(EventTable, UnusableMetadataStillGivesARowAndTheMessages) {
-  for (const char* reid :
-       {"malformed", "noname", "notint", "empty", "deep", "locked", "wrapped", "huge", "comment"}) {
-    disk_.Exec(Event(reid));
-  }
-  disk_.WriteFile("connectionmgr/malformed.xml", "<recording-event><video><streams><stream>");
-  disk_.WriteFile("connectionmgr/malformed.mtd", std::string(10, 'm'));
-  StageMetadata(disk_, "noname", WholeFiles(1) + "<segment src=\"2\"/>" + WholeFiles(1), 0);
-  StageMetadata(
-      disk_, "notint",
-      WholeFiles(1) + "<segment name=\"x\" src=\"2\" start-offset=\"abc\"/>" + WholeFiles(1), 0);
-  disk_.WriteFile("connectionmgr/empty.xml", "");
-  disk_.WriteFile("connectionmgr/empty.mtd", "");
-  std::string deep;
-  for (int i = 0; i < 100000; ++i) deep += "<recording-event>";
-  disk_.WriteFile("connectionmgr/deep.xml", deep);
-  disk_.WriteFile("connectionmgr/deep.mtd", std::string(7, 'm'));
-  StageMetadata(disk_, "locked", "", 2048);
-  ASSERT_EQ(0, chmod((disk_.Path() + "/connectionmgr/locked.mtd").c_str(), 0));
-  // Offsets out of the 32-bit range wrap: 4294968296 reads as 1000.
-  StageMetadata(disk_, "wrapped", "<segment name=\"x\" src=\"1\" stop-offset=\"4294968296\"/>", 0);
-  std::string many;
-  for (int i = 0; i < 200000; ++i) {
-    many += "<segment name=\"x\" src=\"1\" start-offset=\"5\" stop-offset=\"15\"/>\n";
-  }
-  StageMetadata(disk_, "huge", many, 0);
-  StageMetadata(disk_, "comment", "<!-- cut -->" + WholeFiles(3), 5);
-  const std::string store = disk_.Dump();
-
-  EXPECT_RUN(Run({"-E"}),
-             kBytesHeading + StagedRow("malformed", "10") + StagedRow("noname", "98566144") +
-                 StagedRow("notint", "98566144") + StagedRow("empty", "0") +
-                 StagedRow("deep", "7") + StagedRow("locked", "2048") +
-                 StagedRow("wrapped", "1000") + StagedRow("huge", "2000000") +
-                 StagedRow("comment", "5"),
-             "Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml"
-             ":'name' attribute missing"
-             "Start offset invalid"
-             "Failed to load XML file: /mnt/hd/connectionmgr/empty.xml"
-             "Failed to load XML file: /mnt/hd/connectionmgr/deep.xml",
-             0);
-  EXPECT_EQ(store, disk_.Dump());
-  EXPECT_EQ(std::string(2048, 'm'), disk_.ReadFile("connectionmgr/locked.mtd"));
-}
-
 TEST_P(EventTable, AComplaintAboutMetadataComesAfterTheColumnsBeforeTheSize) {
   // Standard error is tied to standard output: with both on one file, a
   // complaint about a description file lands inside its row, after the
   // staged column, as the row's columns are written one after another.
   disk_.Exec(Event("malformed") + Event("plain"));
-  disk_.WriteFile("connectionmgr/malformed.xml", "<recording-event>");
-  disk_.WriteFile("connectionmgr/malformed.mtd", std::string(10, 'm'));
+  WritePair(disk_, "malformed", "<recording-event>", std::string(10, 'm'));
   SandboxOptions options;
   options.streamMgr = !Direct();
   EXPECT_RUN(
