@@ -51,7 +51,7 @@ struct ListingCase {
   const char* name;
   std::string sql;
   std::string args;  // separated by blanks
-  std::string out;
+  PathText out;
   PathText err = "";
   void (*stage)(const RecorderDisk& disk) = nullptr;
 };
@@ -67,7 +67,7 @@ class ListingCases : public ::testing::TestWithParam<CaseOnPath<ListingCase>> {
     if (c.stage != nullptr) c.stage(disk);
     const std::string before = DiskManifest(disk.Path());
     const AccessPath path = std::get<1>(GetParam());
-    std::string out = c.out;
+    std::string out = c.out.On(path);
     for (size_t at; (at = out.find(kGap)) != std::string::npos;) {
       out.replace(at, sizeof kGap - 1, path == AccessPath::kDirect ? "\n" : "");
     }

@@ -45,12 +45,6 @@ std::string ManyRows() {
   return rows;
 }
 
-TEST_P(EventSelections, HelpThenEventsPrintsTheUsageThenTheListing) {
-  disk_.Exec(Event("a"));
-  EXPECT_RUN(Run({"-h", "-e"}), ExpectedUsage("db", !Direct()) + kGibHeading + DefaultRow("a"), "",
-             0);
-}
-
 TEST(EventSelectionsDirect, WarningIsPrintedEvenWithoutTheSqlCommand) {
   RecorderDisk disk;
   disk.Exec(Event("n", "part = NULL"));
@@ -131,18 +125,6 @@ const std::string kFailingOnRow =
 
 const char kLeak[] = "stmt Error: could not free statement, leaking memory\n";
 
-TEST_P(EventSelections, FailingStepStopsTheListing) {
-  disk_.Exec(kFailingOnRow);
-  if (Direct()) {
-    // The rows before the failure stand; finalising reports the step's error.
-    EXPECT_RUN(Run({"-p", "-e"}), std::string(kGibHeading) + kGibHeading + DefaultRow("a"), kLeak,
-               0);
-  } else {
-    // The daemon answers a failed query with an empty list.
-    EXPECT_RUN(Run({"-p", "-e"}), std::string(kGibHeading) + kGibHeading, "", 0);
-  }
-}
-
 const ListingCase kListings[] = {
     {"EmptyTablePrintsOnlyTheHeadings", "", "-e -E -p -P -u",
      std::string(kGibHeading) + kBytesHeading + kGibHeading + kBytesHeading + kGibHeading},
@@ -191,6 +173,19 @@ const ListingCase kListings[] = {
      "-r it's",
      NotFound("it's"),
      {"unable to prepare: select * from events where reid='it's' or groupId='it's'", ""}},
+    {"HelpThenEventsPrintsTheUsageThenTheListing",
+     Event("a"),
+     "-h -e",
+     {ExpectedUsage("db", false) + kGibHeading + DefaultRow("a"),
+      ExpectedUsage("db", true) + kGibHeading + DefaultRow("a")}},
+    // Directly, the rows before the failure stand and finalising reports the
+    // step's error; the daemon answers a failed query with an empty list.
+    {"FailingStepStopsTheListing",
+     kFailingOnRow,
+     "-p -e",
+     {std::string(kGibHeading) + kGibHeading + DefaultRow("a"),
+      std::string(kGibHeading) + kGibHeading},
+     {kLeak, ""}},
     {"FailingStepBeforeAnyRowIsNotFound", kFailingOnRow, "-r bad", NotFound("bad"), {kLeak, ""}},
 };
 
