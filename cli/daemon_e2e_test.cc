@@ -14,6 +14,7 @@
 #include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/sim_named_cases.h"
 
 namespace {
 
@@ -116,12 +117,8 @@ TEST_P(MisbehavingDaemon, LooksLikeFailedRequestsAndChangesNothing) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds, MisbehavingDaemon,
-                         testing::Values(Misbehaviour{"Garbage", "--garbage"},
-                                         Misbehaviour{"DiesAtOnce", "--die-after 0"}),
-                         [](const testing::TestParamInfo<Misbehaviour>& info) {
-                           return std::string(info.param.name);
-                         });
+const Misbehaviour kMisbehaviours[] = {{"Garbage", "--garbage"}, {"DiesAtOnce", "--die-after 0"}};
+INSTANTIATE_NAMED_CASES(Kinds, MisbehavingDaemon, kMisbehaviours);
 
 TEST(SlowDaemon, AnswersTheSameAsAQuickOne) {
   for (const char* line : kQueries) {

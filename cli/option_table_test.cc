@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "testing/sim_named_cases.h"
+
 namespace {
 
 // The options getopt_long returns for `words` (after the program name), each
@@ -54,9 +56,6 @@ class OptionTable : public ::testing::TestWithParam<ParseCase> {};
 
 TEST_P(OptionTable, Parses) { EXPECT_EQ(GetParam().options, Parse(GetParam().words)); }
 
-INSTANTIATE_TEST_SUITE_P(CommandLines, OptionTable, ::testing::ValuesIn(kParseCases),
-                         [](const ::testing::TestParamInfo<ParseCase>& info) {
-                           return std::string(info.param.name);
-                         });
+INSTANTIATE_NAMED_CASES(CommandLines, OptionTable, kParseCases);
 
 }  // namespace

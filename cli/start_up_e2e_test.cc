@@ -11,6 +11,7 @@
 #include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
+#include "testing/sim_named_cases.h"
 #include "testing/store_lock.h"
 
 namespace {
@@ -118,10 +119,7 @@ TEST_P(StartUpRun, PrintsExactly) {
   EXPECT_EQ(before, StoreState(disk));
 }
 
-INSTANTIATE_TEST_SUITE_P(StartUp, StartUpRun, ::testing::ValuesIn(kCases),
-                         [](const ::testing::TestParamInfo<StartUpCase>& info) {
-                           return std::string(info.param.name);
-                         });
+INSTANTIATE_NAMED_CASES(StartUp, StartUpRun, kCases);
 
 TEST(StartUp, ProgramNameIsPrintedAsGiven) {
   RecorderDisk disk;

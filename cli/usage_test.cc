@@ -8,6 +8,7 @@
 
 #include "cli/tool_context.h"
 #include "testing/expected_usage.h"
+#include "testing/sim_named_cases.h"
 #include "testing/stream_capture.h"
 
 namespace {
@@ -43,9 +44,6 @@ TEST_P(Usage, IsPrintedWhole) {
             captured.Text());
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, Usage, ::testing::ValuesIn(kUsageCases),
-                         [](const ::testing::TestParamInfo<UsageCase>& info) {
-                           return std::string(info.param.name);
-                         });
+INSTANTIATE_NAMED_CASES(Texts, Usage, kUsageCases);
 
 }  // namespace

@@ -7,67 +7,51 @@
 
 namespace {
 
+const char kTextsRow[] =
+    "texts                         RecordCmpl  AlreadySpl      0  01/01/70 00:00:00  00:00:00           0          12        1200  r r   N      0  7                               2    0    N  0.000                    NA  \n";
+
+const ListingCase kBadRows[] = {
+    {"NullInEveryColumnReadsAsZeroAndIsWarnedOf", "insert into events (reid) values ('nulls');",
+     "-e",
+     std::string(kGibHeading) +
+         "nulls                         RecordCmpl  NotChecked      0  01/01/70 00:00:00  00:00:00           0           0           0  r r   N      0                                  0    0    N  0.000                    NA  \n" +
+         kNullWarning +
+         "reid|splitstate|totalfiles|groupId|part|totalparts\n"
+         "nulls|||||\n"
+         "\n"},
+    {"NullReidIsListedAsEmpty", Event("x", "reid = NULL"), "-e", kGibHeading + DefaultRow("")},
+    {"TextInIntegerColumnsReadsAsItsLeadingNumber",
+     "insert into events (reid, state, splitstate, streamstate, crcode1, crcode2, starttick, "
+     "starttime, exporttime, stoptick, stoptime, background, totalfiles, groupId, part, "
+     "totalparts) values ('texts', 'abc', '3x', 'on', 'c', '', '12abc', 'noon', 'later', "
+     "'1200', 'x', 'yes', 'many', 7, '2', 'two');",
+     "-e -p", std::string(kGibHeading) + kTextsRow + kGibHeading + kTextsRow},
+    {"IntegersWiderThan32BitsWrap",
+     Event("wide",
+           "starttick = 4294967303, stoptick = -2, totalfiles = -1, "
+           "starttime = 4294967296 + 1704164645, stoptime = 4294967296 + 1704164745"),
+     "-e",
+     std::string(kGibHeading) +
+         "wide                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0           7  4294967294  r r   N  4294967295                                  0    0    N  0.000                    NA  \n"},
+    {"AnswersThatAreNotAListShowNoAnswer",
+     Event("a0", "answers = 'not json'") + Event("a1", R"(answers = '{"a":1}')") +
+         Event("a2", "answers = '[]'") + Event("a3", R"(answers = '"text"')") +
+         Event("a4", "answers = '[1]'") +
+         Event("wide", R"(answers = '[["Why","An answer longer than twenty"]]')"),
+     "-e",
+     kGibHeading + DefaultRow("a0") + DefaultRow("a1") + DefaultRow("a2") + DefaultRow("a3") +
+         DefaultRow("a4") +
+         "wide                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  An answer longer than twenty  \n"},
+    {"OverlongIdentifierIsNotFound", "", "-r " + std::string(1000, 'q'),
+     "\nNOT FOUND: " + std::string(1000, 'q') + "\n\n"},
+};
+
+class BadRows : public ListingCases {};
+TEST_P(BadRows, AreListedAsTheTableShowsThem) { ExpectListing(); }
+INSTANTIATE_TEST_SUITE_P(Cases, BadRows, OnBothPaths(kBadRows), CaseOnPathName<ListingCase>);
+
 class EventBadInput : public EventListing {};
 INSTANTIATE_TEST_SUITE_P(Paths, EventBadInput, BothAccessPaths(), PathName);
-
-TEST_P(EventBadInput, NullInEveryColumnReadsAsZeroAndIsWarnedOf) {
-  disk_.Exec("insert into events (reid) values ('nulls');");
-  const std::string store = disk_.Dump();
-  EXPECT_RUN(
-      Run({"-e"}),
-      std::string(kGibHeading) +
-          "nulls                         RecordCmpl  NotChecked      0  01/01/70 00:00:00  00:00:00           0           0           0  r r   N      0                                  0    0    N  0.000                    NA  \n" +
-          kNullWarning +
-          "reid|splitstate|totalfiles|groupId|part|totalparts\n"
-          "nulls|||||\n"
-          "\n",
-      "", 0);
-  EXPECT_EQ(store, disk_.Dump());
-}
-
-TEST_P(EventBadInput, NullReidIsListedAsEmpty) {
-  disk_.Exec(Event("x", "reid = NULL"));
-  EXPECT_RUN(Run({"-e"}), kGibHeading + DefaultRow(""), "", 0);
-}
-
-TEST_P(EventBadInput, TextInIntegerColumnsReadsAsItsLeadingNumber) {
-  disk_.Exec(
-      "insert into events (reid, state, splitstate, streamstate, crcode1, crcode2, starttick, "
-      "starttime, exporttime, stoptick, stoptime, background, totalfiles, groupId, part, "
-      "totalparts) values ('texts', 'abc', '3x', 'on', 'c', '', '12abc', 'noon', 'later', "
-      "'1200', 'x', 'yes', 'many', 7, '2', 'two');");
-  const std::string store = disk_.Dump();
-  const std::string row =
-      "texts                         RecordCmpl  AlreadySpl      0  01/01/70 00:00:00  00:00:00           0          12        1200  r r   N      0  7                               2    0    N  0.000                    NA  \n";
-  EXPECT_RUN(Run({"-e", "-p"}), kGibHeading + row + kGibHeading + row, "", 0);
-  EXPECT_EQ(store, disk_.Dump());
-}
-
-TEST_P(EventBadInput, IntegersWiderThan32BitsWrap) {
-  disk_.Exec(Event("wide",
-                   "starttick = 4294967303, stoptick = -2, totalfiles = -1, "
-                   "starttime = 4294967296 + 1704164645, stoptime = 4294967296 + 1704164745"));
-  EXPECT_RUN(
-      Run({"-e"}),
-      std::string(kGibHeading) +
-          "wide                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0           7  4294967294  r r   N  4294967295                                  0    0    N  0.000                    NA  \n",
-      "", 0);
-}
-
-TEST_P(EventBadInput, AnswersThatAreNotAListShowNoAnswer) {
-  std::string sql;
-  std::string expected = kGibHeading;
-  int number = 0;
-  for (const std::string answers : {"'not json'", "'{\"a\":1}'", "'[]'", "'\"text\"'", "'[1]'"}) {
-    const std::string reid = "a" + std::to_string(number++);
-    sql += Event(reid, "answers = " + answers);
-    expected += DefaultRow(reid);
-  }
-  disk_.Exec(sql + Event("wide", R"(answers = '[["Why","An answer longer than twenty"]]')"));
-  const std::string wideRow = DefaultRow("wide");
-  expected += wideRow.substr(0, wideRow.size() - 1) + "An answer longer than twenty  \n";
-  EXPECT_RUN(Run({"-e"}), expected, "", 0);
-}
 
 TEST_P(EventBadInput, AwkwardReidsAreListedAndFound) {
   const std::vector<std::string> reids = {"it's",        "a b",         " lead",
@@ -100,11 +84,6 @@ TEST_P(EventBadInput, AwkwardReidsAreListedAndFound) {
     EXPECT_RUN(Run({"-r", reids[i]}), kGibHeading + rows[i] + Gap(), "", 0) << reids[i];
   }
   EXPECT_EQ(store, disk_.Dump());
-}
-
-TEST_P(EventBadInput, OverlongIdentifierIsNotFound) {
-  const std::string id(1000, 'q');
-  EXPECT_RUN(Run({"-r", id}), "\nNOT FOUND: " + id + "\n\n", "", 0);
 }
 
 }  // namespace

@@ -5,10 +5,15 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "events/expected_event_table.h"
+#include "testing/cli_words.h"
+#include "testing/disk_manifest.h"
+#include "testing/faults_case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 
@@ -33,5 +38,42 @@ inline std::string Event(const std::string& reid, const std::string& changes = "
   }
   return sql;
 }
+
+// Stands in an expected listing for what follows each row that -r or -R
+// finds: an empty line directly, nothing over IPC.
+const char kGap[] = "<gap>";
+
+// A run of db on a store that `sql` fills, beside the metadata files that
+// `stage` writes, on both access paths, compared whole; the disk, store and
+// metadata files alike, comes out of it unchanged. A table of them runs as
+//   INSTANTIATE_TEST_SUITE_P(P, Suite, OnBothPaths(kCases), CaseOnPathName<ListingCase>);
+struct ListingCase {
+  const char* name;
+  std::string sql;
+  std::string args;  // separated by blanks
+  PathText out;
+  PathText err = "";
+  void (*stage)(const RecorderDisk& disk) = nullptr;
+};
+
+inline void PrintTo(const ListingCase& c, std::ostream* out) { *out << c.name; }
+
+class ListingCases : public ::testing::TestWithParam<CaseOnPath<ListingCase>> {
+ protected:
+  void ExpectListing() const {
+    const ListingCase& c = std::get<0>(GetParam());
+    RecorderDisk disk;
+    disk.Exec(c.sql);
+    if (c.stage != nullptr) c.stage(disk);
+    const std::string before = DiskManifest(disk.Path());
+    const AccessPath path = std::get<1>(GetParam());
+    std::string out = c.out.On(path);
+    for (size_t at; (at = out.find(kGap)) != std::string::npos;) {
+      out.replace(at, sizeof kGap - 1, path == AccessPath::kDirect ? "\n" : "");
+    }
+    EXPECT_RUN(RunDb(disk, path, Words(c.args)), out, c.err.On(path), 0);
+    EXPECT_EQ(before, DiskManifest(disk.Path()));
+  }
+};
 
 #endif  // EVENTS_EVENT_LISTING_FIXTURE_H_

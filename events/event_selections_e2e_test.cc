@@ -12,68 +12,37 @@ INSTANTIATE_TEST_SUITE_P(Paths, EventSelections, BothAccessPaths(), PathName);
 
 const char kNullColumns[] = "reid|splitstate|totalfiles|groupId|part|totalparts\n";
 
-TEST_P(EventSelections, EmptyTablePrintsOnlyTheHeadings) {
-  EXPECT_RUN(Run({"-e", "-E", "-p", "-P", "-u"}),
-             std::string(kGibHeading) + kBytesHeading + kGibHeading + kBytesHeading + kGibHeading,
-             "", 0);
-}
+// What -r prints for an identifier that matches nothing.
+std::string NotFound(const std::string& id) { return "\nNOT FOUND: " + id + "\n\n"; }
 
-TEST_P(EventSelections, EventsListsEveryRowInStoreOrder) {
-  disk_.Exec(Event("b") + Event("a") + Event("c"));
-  EXPECT_RUN(Run({"--events"}), kGibHeading + DefaultRow("b") + DefaultRow("a") + DefaultRow("c"),
-             "", 0);
-  EXPECT_RUN(Run({"-E"}),
-             kBytesHeading + DefaultRow("b", true) + DefaultRow("a", true) + DefaultRow("c", true),
-             "", 0);
-}
+std::string NullIn(const std::string& column) { return Event(column, column + " = NULL"); }
 
-TEST_P(EventSelections, HelpThenEventsPrintsTheUsageThenTheListing) {
-  disk_.Exec(Event("a"));
-  EXPECT_RUN(Run({"-h", "-e"}), ExpectedUsage("db", !Direct()) + kGibHeading + DefaultRow("a"), "",
-             0);
-}
+// Already split, and listed although part and total are 0; or a part of a
+// split; or neither.
+const std::string kSplitCandidates =
+    Event("split3", "splitstate = 3") + Event("plain") + Event("part2", "part = 2") +
+    Event("unchecked", "splitstate = 0") + Event("tot2", "totalparts = 2") +
+    Event("pending", "splitstate = 2");
 
-TEST_P(EventSelections, EventsTwiceListsTwice) {
-  disk_.Exec(Event("a") + Event("b"));
-  const std::string listing = kGibHeading + DefaultRow("a") + DefaultRow("b");
-  EXPECT_RUN(Run({"-e", "-e"}), listing + listing, "", 0);
-}
+const char kSplitRows[] =
+    "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
+    "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  2    0    N  0.000                    NA  \n"
+    "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    2    N  0.000                    NA  \n";
 
-TEST_P(EventSelections, NullCriticalFieldIsWarnedOfAfterTheRows) {
-  disk_.Exec(Event("a") + Event("n", "totalparts = NULL"));
-  const std::string store = disk_.Dump();
-  EXPECT_RUN(Run({"-e"}),
-             kGibHeading + DefaultRow("a") + DefaultRow("n") + kNullWarning + kNullColumns +
-                 "n|1|1||0|\n"
-                 "\n",
-             "", 0);
-  EXPECT_EQ(store, disk_.Dump());
-}
+const char kManyEvents[] =
+    "with recursive n(i) as (select 1 union all select i + 1 from n where i < 3000) "
+    "insert into events (reid, state, splitstate, streamstate, totalfiles, groupId, part, "
+    "totalparts) select 'r' || i, 0, 1, 0, 1, '', 0, 0 from n;";
 
-TEST_P(EventSelections, EveryCriticalColumnIsChecked) {
-  for (const std::string column : {"streamstate", "totalfiles", "groupId", "part", "totalparts"}) {
-    disk_.Exec(Event(column, column + " = NULL"));
+std::string ManyRows() {
+  std::string rows = kGibHeading;
+  for (int i = 1; i <= 3000; ++i) {
+    const std::string reid = "r" + std::to_string(i);
+    rows +=
+        reid + std::string(28 - reid.size(), ' ') +
+        "  RecordCmpl  NotNeeded       0  01/01/70 00:00:00  00:00:00           0           0           0  r r   N      1                                  0    0    N  0.000                    NA  \n";
   }
-  disk_.Exec(Event("fine", "state = NULL"));
-  const std::string rows =
-      DefaultRow("streamstate", true) +
-      "totalfiles                    RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      0                                  0    0    N            0                    NA  \n" +
-      DefaultRow("groupId", true) + DefaultRow("part", true) + DefaultRow("totalparts", true) +
-      DefaultRow("fine", true);
-  EXPECT_RUN(Run({"-E"}),
-             kBytesHeading + rows + kNullWarning + kNullColumns +
-                 "streamstate|1|1||0|0\n"
-                 "totalfiles|1|||0|0\n"
-                 "groupId|1|1||0|0\n"
-                 "part|1|1|||0\n"
-                 "totalparts|1|1||0|\n"
-                 "\n",
-             "", 0);
-}
-
-TEST_P(EventSelections, NoWarningWithoutNullFields) {
-  disk_.Exec(Event("a", "answers = NULL, description = NULL"));
-  EXPECT_RUN(Run({"-e"}), kGibHeading + DefaultRow("a"), "", 0);
+  return rows;
 }
 
 TEST(EventSelectionsDirect, WarningIsPrintedEvenWithoutTheSqlCommand) {
@@ -101,98 +70,31 @@ TEST_P(EventSelections, UnreadableNullCountIsReportedOnTheDirectPathOnly) {
       0);
 }
 
-// What -r prints for an identifier that matches nothing.
-std::string NotFound(const std::string& id) { return "\nNOT FOUND: " + id + "\n\n"; }
-
-TEST_P(EventSelections, UnknownIdentifierIsNotFound) {
-  disk_.Exec(Event("a"));
-  EXPECT_RUN(Run({"-r", "nope", "--reid=also-not", "-R", "A"}),
-             NotFound("nope") + NotFound("also-not") + NotFound("A"), "", 0);
-}
-
 // Three parts of one group, an event whose reid is the group's id, and an
 // event of another group.
-void StoreGroup(const RecorderDisk& disk) {
+std::string Group() {
   std::string sql;
-  for (int part = 1; part <= 3; ++part) {
-    sql += Event("p" + std::to_string(part),
-                 "splitstate = 3, groupId = 'G1', totalparts = 3, part = " + std::to_string(part));
+  for (const char* part : {"1", "2", "3"}) {
+    sql += Event(std::string("p") + part,
+                 std::string("splitstate = 3, groupId = 'G1', totalparts = 3, part = ") + part);
   }
-  disk.Exec(sql + Event("G1") + Event("other", "groupId = 'G2'"));
+  return sql + Event("G1") + Event("other", "groupId = 'G2'");
 }
 
+// The rows of the three parts, as -e prints them.
 const char kP1[] =
     "p1                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              1    3    N  0.000                    NA  \n";
-
-TEST_P(EventSelections, GroupIdListsTheWholeGroup) {
-  StoreGroup(disk_);
-  // Directly, every row is followed by an empty line; over IPC it is not.
-  EXPECT_RUN(
-      Run({"-r", "G1"}),
-      kGibHeading + (kP1 + Gap()) +
-          "p2                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              2    3    N  0.000                    NA  \n" +
-          Gap() +
-          "p3                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              3    3    N  0.000                    NA  \n" +
-          Gap() + DefaultRow("G1") + Gap(),
-      "", 0);
-}
-
-TEST_P(EventSelections, ReidListsOneEventInBytes) {
-  StoreGroup(disk_);
-  EXPECT_RUN(
-      Run({"-R", "p2"}),
-      std::string(kBytesHeading) +
-          "p2                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              2    3    N            0                    NA  \n" +
-          Gap(),
-      "", 0);
-}
-
-TEST_P(EventSelections, QuoteInTheIdentifierBreaksTheStatement) {
-  disk_.Exec(Event("it's"));
-  const std::string store = disk_.Dump();
-  // The daemon cannot run the text either; its answer is simply empty.
-  EXPECT_RUN(
-      Run({"-r", "it's"}), NotFound("it's"),
-      Direct() ? "unable to prepare: select * from events where reid='it's' or groupId='it's'" : "",
-      0);
-  EXPECT_EQ(store, disk_.Dump());
-}
+const char kP2[] =
+    "p2                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              2    3    N  0.000                    NA  \n";
+const char kP3[] =
+    "p3                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              3    3    N  0.000                    NA  \n";
 
 TEST_P(EventSelections, IdentifierIsNotAnInjectionPoint) {
-  StoreGroup(disk_);
+  disk_.Exec(Group());
   const std::string store = disk_.Dump();
   const std::string id = "x'; delete from events; select '";
   EXPECT_RUN(Run({"-r", id}), NotFound(id), "", 0);
   EXPECT_EQ(store, disk_.Dump());
-}
-
-void StoreSplitCandidates(const RecorderDisk& disk) {
-  // Already split: listed although part and total are 0.
-  disk.Exec(Event("split3", "splitstate = 3") + Event("plain") + Event("part2", "part = 2") +
-            Event("unchecked", "splitstate = 0") + Event("tot2", "totalparts = 2") +
-            Event("pending", "splitstate = 2"));
-}
-
-TEST_P(EventSelections, SplitListsSplitEventsAndParts) {
-  StoreSplitCandidates(disk_);
-  EXPECT_RUN(
-      Run({"--split"}),
-      std::string(kGibHeading) +
-          "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
-          "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  2    0    N  0.000                    NA  \n"
-          "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    2    N  0.000                    NA  \n",
-      "", 0);
-}
-
-TEST_P(EventSelections, UpperCaseSplitShowsBytes) {
-  StoreSplitCandidates(disk_);
-  EXPECT_RUN(
-      Run({"-P"}),
-      std::string(kBytesHeading) +
-          "split3                        RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n"
-          "part2                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  2    0    N            0                    NA  \n"
-          "tot2                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    2    N            0                    NA  \n",
-      "", 0);
 }
 
 TEST_P(EventSelections, UntransferredListsEveryOtherStateInGibibytes) {
@@ -215,55 +117,80 @@ TEST_P(EventSelections, UntransferredListsEveryOtherStateInGibibytes) {
 }
 
 // A store whose events are a view that fails while the row of "bad" is read.
-void StoreFailingOnRow(const RecorderDisk& disk) {
-  disk.Exec(Event("a") + Event("bad") + Event("c") +
-            "alter table events rename to stored;"
-            "create view events as select *, case when reid = 'bad' "
-            "then abs(-9223372036854775807 - 1) else 0 end as boom from stored;");
-}
+const std::string kFailingOnRow =
+    Event("a") + Event("bad") + Event("c") +
+    "alter table events rename to stored;"
+    "create view events as select *, case when reid = 'bad' "
+    "then abs(-9223372036854775807 - 1) else 0 end as boom from stored;";
 
 const char kLeak[] = "stmt Error: could not free statement, leaking memory\n";
 
-TEST_P(EventSelections, FailingStepStopsTheListing) {
-  StoreFailingOnRow(disk_);
-  if (Direct()) {
-    // The rows before the failure stand; finalising reports the step's error.
-    EXPECT_RUN(Run({"-p", "-e"}), std::string(kGibHeading) + kGibHeading + DefaultRow("a"), kLeak,
-               0);
-  } else {
-    // The daemon answers a failed query with an empty list.
-    EXPECT_RUN(Run({"-p", "-e"}), std::string(kGibHeading) + kGibHeading, "", 0);
-  }
-}
+const ListingCase kListings[] = {
+    {"EmptyTablePrintsOnlyTheHeadings", "", "-e -E -p -P -u",
+     std::string(kGibHeading) + kBytesHeading + kGibHeading + kBytesHeading + kGibHeading},
+    {"EventsListsEveryRowInStoreOrder", Event("b") + Event("a") + Event("c"), "--events",
+     kGibHeading + DefaultRow("b") + DefaultRow("a") + DefaultRow("c")},
+    {"BytesListEveryRowInStoreOrder", Event("b") + Event("a") + Event("c"), "-E",
+     kBytesHeading + InBytes(DefaultRow("b") + DefaultRow("a") + DefaultRow("c"))},
+    {"EventsTwiceListsTwice", Event("a") + Event("b"), "-e -e",
+     kGibHeading + DefaultRow("a") + DefaultRow("b") + kGibHeading + DefaultRow("a") +
+         DefaultRow("b")},
+    {"NullCriticalFieldIsWarnedOfAfterTheRows", Event("a") + NullIn("totalparts"), "-e",
+     kGibHeading + DefaultRow("a") + DefaultRow("totalparts") + kNullWarning + kNullColumns +
+         "totalparts|1|1||0|\n"
+         "\n"},
+    {"EveryCriticalColumnIsChecked",
+     NullIn("streamstate") + NullIn("totalfiles") + NullIn("groupId") + NullIn("part") +
+         NullIn("totalparts") + Event("fine", "state = NULL"),
+     "-E",
+     kBytesHeading + DefaultRow("streamstate", true) +
+         "totalfiles                    RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      0                                  0    0    N            0                    NA  \n" +
+         DefaultRow("groupId", true) + DefaultRow("part", true) + DefaultRow("totalparts", true) +
+         DefaultRow("fine", true) + kNullWarning + kNullColumns +
+         "streamstate|1|1||0|0\n"
+         "totalfiles|1|||0|0\n"
+         "groupId|1|1||0|0\n"
+         "part|1|1|||0\n"
+         "totalparts|1|1||0|\n"
+         "\n"},
+    {"NoWarningWithoutNullFields", Event("a", "answers = NULL, description = NULL"), "-e",
+     kGibHeading + DefaultRow("a")},
+    {"UnknownIdentifierIsNotFound", Event("a"), "-r nope --reid=also-not -R A",
+     NotFound("nope") + NotFound("also-not") + NotFound("A")},
+    {"SplitListsSplitEventsAndParts", kSplitCandidates, "--split",
+     kGibHeading + std::string(kSplitRows)},
+    {"UpperCaseSplitShowsBytes", kSplitCandidates, "-P", kBytesHeading + InBytes(kSplitRows)},
+    {"ManyRowsAreAllListed", kManyEvents, "-u", ManyRows()},
+    {"GroupIdListsTheWholeGroup", Group(), "-r G1",
+     kGibHeading + std::string(kP1) + kGap + kP2 + kGap + kP3 + kGap + DefaultRow("G1") + kGap},
+    {"ReidListsOneEventInBytes", Group(), "-R p2", kBytesHeading + InBytes(kP2) + kGap},
+    {"OptionsRunInTheOrderGiven", Group(), "-r p1 -r missing -R p3",
+     kGibHeading + std::string(kP1) + kGap + NotFound("missing") + kBytesHeading + InBytes(kP3) +
+         kGap},
+    // The daemon cannot run the text either; its answer is simply empty.
+    {"QuoteInTheIdentifierBreaksTheStatement",
+     Event("it's"),
+     "-r it's",
+     NotFound("it's"),
+     {"unable to prepare: select * from events where reid='it's' or groupId='it's'", ""}},
+    {"HelpThenEventsPrintsTheUsageThenTheListing",
+     Event("a"),
+     "-h -e",
+     {ExpectedUsage("db", false) + kGibHeading + DefaultRow("a"),
+      ExpectedUsage("db", true) + kGibHeading + DefaultRow("a")}},
+    // Directly, the rows before the failure stand and finalising reports the
+    // step's error; the daemon answers a failed query with an empty list.
+    {"FailingStepStopsTheListing",
+     kFailingOnRow,
+     "-p -e",
+     {std::string(kGibHeading) + kGibHeading + DefaultRow("a"),
+      std::string(kGibHeading) + kGibHeading},
+     {kLeak, ""}},
+    {"FailingStepBeforeAnyRowIsNotFound", kFailingOnRow, "-r bad", NotFound("bad"), {kLeak, ""}},
+};
 
-TEST_P(EventSelections, FailingStepBeforeAnyRowIsNotFound) {
-  StoreFailingOnRow(disk_);
-  EXPECT_RUN(Run({"-r", "bad"}), NotFound("bad"), Direct() ? kLeak : "", 0);
-}
-
-TEST_P(EventSelections, OptionsRunInTheOrderGiven) {
-  StoreGroup(disk_);
-  EXPECT_RUN(
-      Run({"-r", "p1", "-r", "missing", "-R", "p3"}),
-      kGibHeading + (kP1 + Gap()) + NotFound("missing") + kBytesHeading +
-          "p3                            RecordCmpl  AlreadySpl    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  G1                              3    3    N            0                    NA  \n" +
-          Gap(),
-      "", 0);
-}
-
-TEST_P(EventSelections, ManyRowsAreAllListed) {
-  disk_.Exec(
-      "with recursive n(i) as (select 1 union all select i + 1 from n where i < 3000) "
-      "insert into events (reid, state, splitstate, streamstate, totalfiles, groupId, part, "
-      "totalparts) select 'r' || i, 0, 1, 0, 1, '', 0, 0 from n;");
-  std::string rows = kGibHeading;
-  for (int i = 1; i <= 3000; ++i) {
-    const std::string reid = "r" + std::to_string(i);
-    rows +=
-        reid + std::string(28 - reid.size(), ' ') +
-        "  RecordCmpl  NotNeeded       0  01/01/70 00:00:00  00:00:00           0           0           0  r r   N      1                                  0    0    N  0.000                    NA  \n";
-  }
-  EXPECT_RUN(Run({"-u"}), rows, "", 0);
-}
+class Listing : public ListingCases {};
+TEST_P(Listing, IsPrintedWhole) { ExpectListing(); }
+INSTANTIATE_TEST_SUITE_P(Cases, Listing, OnBothPaths(kListings), CaseOnPathName<ListingCase>);
 
 }  // namespace

@@ -15,34 +15,17 @@ namespace {
 class EventTable : public EventListing {};
 INSTANTIATE_TEST_SUITE_P(Paths, EventTable, BothAccessPaths(), PathName);
 
-TEST_P(EventTable, EveryColumnOfARow) {
-  disk_.Exec(
-      Event("plain") +
-      // Stop before start, codes c and k, BG set.
-      Event("backwards",
-            "state = 1, splitstate = 3, stoptime = 1704164600, crcode1 = 1, crcode2 = 3, "
-            "background = 1") +
-      // Values outside every table, wrapped ticks, wide counts.
-      Event("odd",
-            "state = 9, splitstate = 7, crcode1 = 7, crcode2 = 2, starttick = -1, "
-            "stoptick = 4294967301, exporttime = 1704168245, totalfiles = 123456, part = 1000, "
-            "totalparts = 7") +
-      // Only the first entry's answer is shown.
-      Event("answers", "state = 2, splitstate = 2, answers = '[[\"Q1\",\"A1\"],[\"Q2\",\"A2\"]]'") +
-      Event(std::string(40, 'L'),
-            "state = 3, splitstate = 4, groupId = '" + std::string(30, 'G') + "'") +
-      // A negative export time means never exported.
-      Event("exportneg", "splitstate = 0, exporttime = -5"));
-  EXPECT_RUN(
-      Run({"-e"}),
-      std::string(kGibHeading) +
-          "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
-          "backwards                     Transfered  AlreadySpl     -1  01/02/24 03:04:05  03:03:20           0        1000        1200  c k   Y      1                                  0    0    N  0.000                    NA  \n"
-          "odd                              Invalid     Invalid    100  01/02/24 03:04:05  03:05:45    04:04:05  4294967295           5  ? a   N  123456                                1000    7    N  0.000                    NA  \n"
-          "answers                       Recording   SplitPend     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA                    A1  \n"
-          "LLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLL  InPost      ExportOnly    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  GGGGGGGGGGGGGGGGGGGGGGGGGGGGGG    0    0    N  0.000                    NA  \n"
-          "exportneg                     RecordCmpl  NotChecked    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n",
-      "", 0);
+// Writes the metadata pair of `reid` as given, whether it makes sense or not.
+void WritePair(const RecorderDisk& disk, const std::string& reid, const std::string& xml,
+               const std::string& mtd) {
+  disk.WriteFile("connectionmgr/" + reid + ".xml", xml);
+  disk.WriteFile("connectionmgr/" + reid + ".mtd", mtd);
+}
+
+std::string Repeat(const std::string& text, int times) {
+  std::string repeated;
+  for (int i = 0; i < times; ++i) repeated += text;
+  return repeated;
 }
 
 std::string WholeFiles(int count) {
@@ -56,122 +39,114 @@ std::string WholeFiles(int count) {
 
 // Staged events of 1.5 GiB, of more than 10 GiB, of the data file alone, one
 // whose data file is missing, and one whose segments sum below zero.
+const std::string kSizeEvents =
+    Event("gib15") + Event("big") + Event("mtdonly") + Event("xmlonly") + Event("negative");
 void StageSizes(const RecorderDisk& disk) {
-  disk.Exec(Event("gib15") + Event("big") + Event("mtdonly") + Event("xmlonly") +
-            Event("negative"));
   // 16 whole stream files and 32 MiB: 1610612736 bytes.
   StageMetadata(disk, "gib15",
                 WholeFiles(16) + "<segment name=\"x\" src=\"1\" stop-offset=\"33554432\"/>", 0);
   StageMetadata(disk, "big", WholeFiles(120), 0);
-  disk.WriteFile("connectionmgr/mtdonly.xml", "<nothing/>");
-  disk.WriteFile("connectionmgr/mtdonly.mtd", std::string(1000, 'm'));
+  WritePair(disk, "mtdonly", "<nothing/>", std::string(1000, 'm'));
   disk.WriteFile("connectionmgr/xmlonly.xml", "<nothing/>");
   StageMetadata(disk, "negative",
                 "<segment name=\"x\" src=\"1\" start-offset=\"5000\" stop-offset=\"1000\"/>", 0);
 }
 
-TEST_P(EventTable, SizesInGibibytes) {
-  StageSizes(disk_);
-  EXPECT_RUN(
-      Run({"-e"}),
-      std::string(kGibHeading) +
-          "gib15                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  1.500                    NA  \n"
-          "big                           RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  11.016                    NA  \n"
-          "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  0.000                    NA  \n"
-          "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
-          "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  17179869184.000                    NA  \n",
-      "", 0);
-}
-
-TEST_P(EventTable, SizesInBytes) {
-  StageSizes(disk_);
-  EXPECT_RUN(
-      Run({"-E"}),
-      std::string(kBytesHeading) +
-          "gib15                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y   1610612736                    NA  \n"
-          "big                           RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  11827937280                    NA  \n"
-          "mtdonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         1000                    NA  \n"
-          "xmlonly                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n"
-          "negative                      RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  18446744073709547520                    NA  \n",
-      "", 0);
-}
-
-TEST_P(EventTable, UnusableMetadataStillGivesARowAndTheMessages) {
-  for (const char* reid :
-       {"malformed", "noname", "notint", "empty", "deep", "locked", "wrapped", "huge", "comment"}) {
-    disk_.Exec(Event(reid));
-  }
-  disk_.WriteFile("connectionmgr/malformed.xml", "<recording-event><video><streams><stream>");
-  disk_.WriteFile("connectionmgr/malformed.mtd", std::string(10, 'm'));
-  StageMetadata(disk_, "noname", WholeFiles(1) + "<segment src=\"2\"/>" + WholeFiles(1), 0);
+const std::string kUnusableEvents = Event("malformed") + Event("noname") + Event("notint") +
+                                    Event("empty") + Event("deep") + Event("locked") +
+                                    Event("wrapped") + Event("huge") + Event("comment");
+void StageUnusable(const RecorderDisk& disk) {
+  WritePair(disk, "malformed", "<recording-event><video><streams><stream>", std::string(10, 'm'));
+  StageMetadata(disk, "noname", WholeFiles(1) + "<segment src=\"2\"/>" + WholeFiles(1), 0);
   StageMetadata(
-      disk_, "notint",
+      disk, "notint",
       WholeFiles(1) + "<segment name=\"x\" src=\"2\" start-offset=\"abc\"/>" + WholeFiles(1), 0);
-  disk_.WriteFile("connectionmgr/empty.xml", "");
-  disk_.WriteFile("connectionmgr/empty.mtd", "");
-  std::string deep;
-  for (int i = 0; i < 100000; ++i) deep += "<recording-event>";
-  disk_.WriteFile("connectionmgr/deep.xml", deep);
-  disk_.WriteFile("connectionmgr/deep.mtd", std::string(7, 'm'));
-  StageMetadata(disk_, "locked", "", 2048);
-  ASSERT_EQ(0, chmod((disk_.Path() + "/connectionmgr/locked.mtd").c_str(), 0));
+  WritePair(disk, "empty", "", "");
+  WritePair(disk, "deep", Repeat("<recording-event>", 100000), std::string(7, 'm'));
+  StageMetadata(disk, "locked", "", 2048);
+  ASSERT_EQ(0, chmod((disk.Path() + "/connectionmgr/locked.mtd").c_str(), 0));
   // Offsets out of the 32-bit range wrap: 4294968296 reads as 1000.
-  StageMetadata(disk_, "wrapped", "<segment name=\"x\" src=\"1\" stop-offset=\"4294968296\"/>", 0);
-  std::string many;
-  for (int i = 0; i < 200000; ++i) {
-    many += "<segment name=\"x\" src=\"1\" start-offset=\"5\" stop-offset=\"15\"/>\n";
-  }
-  StageMetadata(disk_, "huge", many, 0);
-  StageMetadata(disk_, "comment", "<!-- cut -->" + WholeFiles(3), 5);
-  const std::string store = disk_.Dump();
-
-  EXPECT_RUN(
-      Run({"-E"}),
-      std::string(kBytesHeading) +
-          "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y           10                    NA  \n"
-          "noname                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566144                    NA  \n"
-          "notint                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566144                    NA  \n"
-          "empty                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            0                    NA  \n"
-          "deep                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            7                    NA  \n"
-          "locked                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         2048                    NA  \n"
-          "wrapped                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y         1000                    NA  \n"
-          "huge                          RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y      2000000                    NA  \n"
-          "comment                       RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y            5                    NA  \n",
-      "Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml"
-      ":'name' attribute missing"
-      "Start offset invalid"
-      "Failed to load XML file: /mnt/hd/connectionmgr/empty.xml"
-      "Failed to load XML file: /mnt/hd/connectionmgr/deep.xml",
-      0);
-  EXPECT_EQ(store, disk_.Dump());
-  EXPECT_EQ(std::string(2048, 'm'), disk_.ReadFile("connectionmgr/locked.mtd"));
+  StageMetadata(disk, "wrapped", "<segment name=\"x\" src=\"1\" stop-offset=\"4294968296\"/>", 0);
+  StageMetadata(
+      disk, "huge",
+      Repeat("<segment name=\"x\" src=\"1\" start-offset=\"5\" stop-offset=\"15\"/>\n", 200000), 0);
+  StageMetadata(disk, "comment", "<!-- cut -->" + WholeFiles(3), 5);
 }
+
+const ListingCase kTables[] = {
+    {"EveryColumnOfARow",
+     Event("plain") +
+         // Stop before start, codes c and k, BG set.
+         Event("backwards",
+               "state = 1, splitstate = 3, stoptime = 1704164600, crcode1 = 1, crcode2 = 3, "
+               "background = 1") +
+         // Values outside every table, wrapped ticks, wide counts.
+         Event("odd",
+               "state = 9, splitstate = 7, crcode1 = 7, crcode2 = 2, starttick = -1, "
+               "stoptick = 4294967301, exporttime = 1704168245, totalfiles = 123456, part = 1000, "
+               "totalparts = 7") +
+         // Only the first entry's answer is shown.
+         Event("answers",
+               "state = 2, splitstate = 2, answers = '[[\"Q1\",\"A1\"],[\"Q2\",\"A2\"]]'") +
+         Event(std::string(40, 'L'),
+               "state = 3, splitstate = 4, groupId = '" + std::string(30, 'G') + "'") +
+         // A negative export time means never exported.
+         Event("exportneg", "splitstate = 0, exporttime = -5"),
+     "-e",
+     std::string(kGibHeading) +
+         "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"
+         "backwards                     Transfered  AlreadySpl     -1  01/02/24 03:04:05  03:03:20           0        1000        1200  c k   Y      1                                  0    0    N  0.000                    NA  \n"
+         "odd                              Invalid     Invalid    100  01/02/24 03:04:05  03:05:45    04:04:05  4294967295           5  ? a   N  123456                                1000    7    N  0.000                    NA  \n"
+         "answers                       Recording   SplitPend     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA                    A1  \n"
+         "LLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLLL  InPost      ExportOnly    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1  GGGGGGGGGGGGGGGGGGGGGGGGGGGGGG    0    0    N  0.000                    NA  \n"
+         "exportneg                     RecordCmpl  NotChecked    100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N  0.000                    NA  \n"},
+    {"SizesInGibibytes", kSizeEvents, "-e",
+     kGibHeading + StagedRow("gib15", "1.500") + StagedRow("big", "11.016") +
+         StagedRow("mtdonly", "0.000") + DefaultRow("xmlonly") +
+         StagedRow("negative", "17179869184.000"),
+     "", StageSizes},
+    {"SizesInBytes", kSizeEvents, "-E",
+     kBytesHeading + StagedRow("gib15", "1610612736") + StagedRow("big", "11827937280") +
+         StagedRow("mtdonly", "1000") + DefaultRow("xmlonly", true) +
+         StagedRow("negative", "18446744073709547520"),
+     "", StageSizes},
+    {"DataFileThatIsAFolderIsStagedWithTheFolderSize", Event("mtddir"), "-e",
+     kGibHeading + StagedRow("mtddir", "0.000"), "",
+     [](const RecorderDisk& disk) {
+       disk.WriteFile("connectionmgr/mtddir.xml", "<nothing/>");
+       ASSERT_EQ(0, mkdir((disk.Path() + "/connectionmgr/mtddir.mtd").c_str(), 0755));
+     }},
+    // Unusable metadata still gives a row, and the messages.
+    {"UnusableMetadataStillGivesARowAndTheMessages", kUnusableEvents, "-E",
+     kBytesHeading + StagedRow("malformed", "10") + StagedRow("noname", "98566144") +
+         StagedRow("notint", "98566144") + StagedRow("empty", "0") + StagedRow("deep", "7") +
+         StagedRow("locked", "2048") + StagedRow("wrapped", "1000") + StagedRow("huge", "2000000") +
+         StagedRow("comment", "5"),
+     "Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml"
+     ":'name' attribute missing"
+     "Start offset invalid"
+     "Failed to load XML file: /mnt/hd/connectionmgr/empty.xml"
+     "Failed to load XML file: /mnt/hd/connectionmgr/deep.xml",
+     StageUnusable},
+};
+
+class Table : public ListingCases {};
+TEST_P(Table, IsPrintedWhole) { ExpectListing(); }
+INSTANTIATE_TEST_SUITE_P(Cases, Table, OnBothPaths(kTables), CaseOnPathName<ListingCase>);
 
 TEST_P(EventTable, AComplaintAboutMetadataComesAfterTheColumnsBeforeTheSize) {
   // Standard error is tied to standard output: with both on one file, a
   // complaint about a description file lands inside its row, after the
   // staged column, as the row's columns are written one after another.
   disk_.Exec(Event("malformed") + Event("plain"));
-  disk_.WriteFile("connectionmgr/malformed.xml", "<recording-event>");
-  disk_.WriteFile("connectionmgr/malformed.mtd", std::string(10, 'm'));
+  WritePair(disk_, "malformed", "<recording-event>", std::string(10, 'm'));
   SandboxOptions options;
   options.streamMgr = !Direct();
   EXPECT_RUN(
       RunInSandbox(disk_, {"sh", "-c", "db -E 2>&1"}, options),
       std::string(kBytesHeading) +
-          "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml         10                    NA  \n"
-          "plain                         RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    N            0                    NA  \n",
-      "", 0);
-}
-
-TEST_P(EventTable, DataFileThatIsAFolderIsStagedWithTheFolderSize) {
-  disk_.Exec(Event("mtddir"));
-  disk_.WriteFile("connectionmgr/mtddir.xml", "<nothing/>");
-  ASSERT_EQ(0, mkdir((disk_.Path() + "/connectionmgr/mtddir.mtd").c_str(), 0755));
-  EXPECT_RUN(
-      Run({"-e"}),
-      std::string(kGibHeading) +
-          "mtddir                        RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  0.000                    NA  \n",
+          "malformed                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y  Failed to load XML file: /mnt/hd/connectionmgr/malformed.xml         10                    NA  \n" +
+          DefaultRow("plain", true),
       "", 0);
 }
 
@@ -299,12 +274,9 @@ TEST_P(EventTable, UnreadableMetadataForAnUnprivilegedUser) {
   SandboxOptions options;
   options.unprivileged = true;
   // The description cannot be read; the data file is only measured, never read.
-  EXPECT_RUN(
-      Run({"-E"}, options),
-      std::string(kBytesHeading) +
-          "xmlhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y           30                    NA  \n"
-          "mtdhidden                     RecordCmpl  NotNeeded     100  01/02/24 03:04:05  03:05:45           0        1000        1200  r r   N      1                                  0    0    Y     98566184                    NA  \n",
-      "Failed to load XML file: /mnt/hd/connectionmgr/xmlhidden.xml", 0);
+  EXPECT_RUN(Run({"-E"}, options),
+             kBytesHeading + StagedRow("xmlhidden", "30") + StagedRow("mtdhidden", "98566184"),
+             "Failed to load XML file: /mnt/hd/connectionmgr/xmlhidden.xml", 0);
 }
 
 }  // namespace

@@ -12,60 +12,76 @@
 #include <vector>
 
 #include "testing/scratch_dir.h"
+#include "testing/sim_named_cases.h"
 #include "testing/stream_capture.h"
 
 namespace {
 
-// What EventSize gave, and what it wrote to standard error.
-struct Sized {
+// Whether a pair is staged, what EventSize gave, and what it wrote to
+// standard error, with the scratch folder written as DIR.
+struct Metadata {
+  bool staged;
   int64_t bytes;
   std::string errors;
-  bool operator==(const Sized& other) const {
-    return bytes == other.bytes && errors == other.errors;
+  bool operator==(const Metadata& other) const {
+    return staged == other.staged && bytes == other.bytes && errors == other.errors;
   }
 };
 
-void PrintTo(const Sized& sized, std::ostream* out) {
-  *out << sized.bytes << " bytes, errors \"" << sized.errors << "\"";
+void PrintTo(const Metadata& m, std::ostream* out) {
+  *out << (m.staged ? "staged, " : "not staged, ") << m.bytes << " bytes, errors \"" << m.errors
+       << "\"";
 }
 
 // The size of a data file that reads as its whole stream file: one segment
 // with no offsets.
 constexpr int64_t kWhole = kStreamFileBytes;
 
+// What a case writes in place of a file's content to leave the file out, or
+// to make a folder of that name.
+const char kAbsent[] = "<absent>";
+const char kFolder[] = "<folder>";
+
+const char kNotLoaded[] = "Failed to load XML file: DIR/r.xml";
+
 class MetadataFilesTest : public ::testing::Test {
  protected:
   std::string At(const std::string& name) const { return folder_.Path() + "/" + name; }
   void Write(const std::string& name, const std::string& content) const {
-    std::ofstream out(At(name), std::ios::binary | std::ios::trunc);
-    out << content;
-    ASSERT_TRUE(out.good()) << name;
+    if (content == kFolder) {
+      ASSERT_EQ(0, mkdir(At(name).c_str(), 0755));
+    } else if (content != kAbsent) {
+      std::ofstream out(At(name), std::ios::binary | std::ios::trunc);
+      out << content;
+      ASSERT_TRUE(out.good()) << name;
+    }
   }
-  void MakeFolder(const std::string& name) const { ASSERT_EQ(0, mkdir(At(name).c_str(), 0755)); }
-  // A staged pair: the description and a data file of `dataBytes` bytes.
-  void Stage(const std::string& reid, const std::string& xml, size_t dataBytes = 100) const {
-    Write(reid + ".xml", xml);
-    Write(reid + ".mtd", std::string(dataBytes, 'm'));
-  }
-  bool Staged(const std::string& reid) const { return IsStaged(At(reid)); }
-  // The size of "r" staged with `xml` and a data file of `dataBytes` bytes.
-  Sized StagedSize(const std::string& xml, size_t dataBytes) const {
-    Stage("r", xml, dataBytes);
-    return Size("r");
-  }
-  Sized Size(const std::string& reid) const {
+  Metadata Observe(const std::string& reid) const {
+    const bool staged = IsStaged(At(reid));
     const StreamCapture capture(std::cerr);
     const int64_t bytes = EventSizeIn(folder_.Path() + "/", reid);
-    return {bytes, capture.Text()};
+    std::string errors = capture.Text();
+    for (size_t at; (at = errors.find(folder_.Path())) != std::string::npos;) {
+      errors.replace(at, folder_.Path().size(), "DIR");
+    }
+    return {staged, bytes, errors};
   }
-  // The complaint that the description of `reid` cannot be loaded.
-  std::string NotLoaded(const std::string& reid = "r") const {
-    return "Failed to load XML file: " + At(reid + ".xml");
+  // The pair "r": the description `xml` and a data file of `dataBytes` bytes.
+  Metadata Staged(const std::string& xml, size_t dataBytes) const {
+    Write("r.xml", xml);
+    Write("r.mtd", std::string(dataBytes, 'm'));
+    return Observe("r");
   }
 
  private:
   ScratchDir folder_{"metadata"};
 };
+
+std::string Repeat(const std::string& text, int times) {
+  std::string repeated;
+  for (int i = 0; i < times; ++i) repeated += text;
+  return repeated;
+}
 
 // A description whose one stream holds `segments`.
 std::string Description(const std::string& segments) {
@@ -82,20 +98,77 @@ std::string Streams(const std::string& streams) {
   return "<recording-event><video><streams>" + streams + "</streams></video></recording-event>";
 }
 
-TEST_F(MetadataFilesTest, StagedWhenBothFilesExist) {
-  Stage("r", Description(Segment("")));
-  EXPECT_TRUE(Staged("r"));
+// The pair "r" written as the case says, observed whole; an unreadable data
+// file is still measured, never read.
+struct PairCase {
+  const char* name;
+  std::string xml;
+  std::string mtd;
+  int64_t bytes;
+  const char* errors;
+  bool staged = true;
+  bool unreadableData = false;
+};
+
+void PrintTo(const PairCase& c, std::ostream* out) { *out << c.name; }
+
+const std::string kData = std::string(40, 'm');
+
+const PairCase kPairCases[] = {
+    {"StagedWhenBothFilesExist", Description(Segment("")), kData, 40 + kWhole, ""},
+    {"DescriptionAloneIsNotStagedAndHasNoSize", Description(Segment("")), kAbsent, 0,
+     "Failed to stat file: DIR/r.mtd", false},
+    {"DataFileAloneIsNotStagedButSized", kAbsent, kData, 40, kNotLoaded, false},
+    // A folder and an unreadable file are still "there".
+    {"OnlyExistenceCounts", kFolder, "", 0, kNotLoaded, true, true},
+    {"MalformedDescriptionGivesTheDataFileSize",
+     "<recording-event><video><streams><stream><segment name='a' src='1'/>", kData, 40, kNotLoaded},
+    {"EmptyDescriptionGivesTheDataFileSize", "", kData, 40, kNotLoaded},
+    {"DescriptionThatIsAFolderGivesTheDataFileSize", kFolder, kData, 40, kNotLoaded},
+    {"DeeplyNestedDescriptionIsRefusedNotRecursedInto",
+     Repeat("<n>", 100000) + Repeat("</n>", 100000), kData, 40, kNotLoaded},
+    {"HugeDescriptionIsSummedWhole",
+     Description(Repeat(Segment("start-offset=\"1\" stop-offset=\"11\""), 200000)), "", 200000 * 10,
+     ""},
+    // An incomplete element path gives the data file size silently.
+    {"OtherRootElement", "<other/>", kData, 40, ""},
+    {"NoVideo", "<recording-event><audio/></recording-event>", kData, 40, ""},
+    {"NoStreams", "<recording-event><video><stream/></video></recording-event>", kData, 40, ""},
+    {"NoStream", Streams("<segment name='a' src='1'/>"), kData, 40, ""},
+    {"SegmentsAndStreamsAreSummed",
+     Streams("<stream><a name='x' src='1'/><b name='y' src='2' stop-offset='10'/></stream>"
+             "<stream><c name='z' src='3' start-offset='1' stop-offset='3'/></stream>"),
+     kData, 40 + kWhole + 10 + 2, ""},
+    {"SiblingsAfterTheFirstStreamCountWhateverTheirName",
+     Streams("<other><s name='x' src='1' stop-offset='1000'/></other>"
+             "<stream><s name='x' src='1' stop-offset='10'/></stream>"
+             "<audio><s name='x' src='1' stop-offset='20'/></audio>"),
+     "", 30, ""},
+    {"StreamOpeningWithACommentContributesNothing",
+     Streams("<stream><!-- cut --><s name='x' src='1' stop-offset='1000'/></stream>"
+             "<stream>text<s name='x' src='1' stop-offset='100'/></stream>"
+             "<stream>\n   <s name='x' src='1' stop-offset='10'/></stream><stream/>"),
+     "", 10, ""},
+    {"InvalidStartStopsTheWholeComputation",
+     Streams("<stream><s name='x' src='1' stop-offset='10'/>"
+             "<s name='x' src='1' start-offset='abc' stop-offset='20'/>"
+             "<s name='x' src='1' stop-offset='40'/></stream>"
+             "<stream><s name='x' src='1' stop-offset='80'/></stream>"),
+     kData, 50, "Start offset invalid"},
+    {"DataFileSizeIsTakenFromStatNotFromReading", "<none/>", kData, 40, "", true, true},
+};
+
+class MetadataPair : public MetadataFilesTest, public ::testing::WithParamInterface<PairCase> {};
+
+TEST_P(MetadataPair, IsObservedWhole) {
+  const PairCase& c = GetParam();
+  Write("r.xml", c.xml);
+  Write("r.mtd", c.mtd);
+  ASSERT_EQ(0, c.unreadableData ? chmod(At("r.mtd").c_str(), 0) : 0);
+  EXPECT_EQ((Metadata{c.staged, c.bytes, c.errors}), Observe("r"));
 }
 
-TEST_F(MetadataFilesTest, NotStagedWithTheDescriptionAlone) {
-  Write("r.xml", Description(Segment("")));
-  EXPECT_FALSE(Staged("r"));
-}
-
-TEST_F(MetadataFilesTest, NotStagedWithTheDataFileAlone) {
-  Write("r.mtd", "data");
-  EXPECT_FALSE(Staged("r"));
-}
+INSTANTIATE_NAMED_CASES(Pairs, MetadataPair, kPairCases);
 
 // The paths probed, and a probe that finds every one or only data files.
 std::vector<std::string> probed;
@@ -117,62 +190,6 @@ TEST(IsStagedProbes, DescriptionThenDataFile) {
   probed.clear();
   EXPECT_TRUE(IsStagedWith("/x/r", ProbeFindsAll));
   EXPECT_EQ((std::vector<std::string>{"/x/r.xml", "/x/r.mtd"}), probed);
-}
-
-TEST_F(MetadataFilesTest, OnlyExistenceCounts) {
-  // A folder and an unreadable file are still "there".
-  MakeFolder("r.xml");
-  Write("r.mtd", "");
-  ASSERT_EQ(0, chmod(At("r.mtd").c_str(), 0));
-  EXPECT_TRUE(Staged("r"));
-}
-
-TEST_F(MetadataFilesTest, MissingDataFileGivesZeroEvenWithAValidDescription) {
-  Write("r.xml", Description(Segment("")));
-  EXPECT_EQ((Sized{0, "Failed to stat file: " + At("r.mtd")}), Size("r"));
-}
-
-TEST_F(MetadataFilesTest, MissingDescriptionGivesTheDataFileSize) {
-  Write("r.mtd", std::string(321, 'm'));
-  EXPECT_EQ((Sized{321, NotLoaded()}), Size("r"));
-}
-
-TEST_F(MetadataFilesTest, MalformedDescriptionGivesTheDataFileSize) {
-  EXPECT_EQ((Sized{77, NotLoaded()}),
-            StagedSize("<recording-event><video><streams><stream><segment name='a' src='1'/>", 77));
-}
-
-TEST_F(MetadataFilesTest, EmptyDescriptionGivesTheDataFileSize) {
-  EXPECT_EQ((Sized{12, NotLoaded()}), StagedSize("", 12));
-}
-
-TEST_F(MetadataFilesTest, DescriptionThatIsAFolderGivesTheDataFileSize) {
-  MakeFolder("r.xml");
-  Write("r.mtd", std::string(5, 'm'));
-  EXPECT_EQ((Sized{5, NotLoaded()}), Size("r"));
-}
-
-TEST_F(MetadataFilesTest, DeeplyNestedDescriptionIsRefusedNotRecursedInto) {
-  std::string xml;
-  for (int i = 0; i < 100000; ++i) xml += "<n>";
-  for (int i = 0; i < 100000; ++i) xml += "</n>";
-  EXPECT_EQ((Sized{9, NotLoaded()}), StagedSize(xml, 9));
-}
-
-TEST_F(MetadataFilesTest, HugeDescriptionIsSummedWhole) {
-  std::string segments;
-  for (int i = 0; i < 200000; ++i) segments += Segment("start-offset=\"1\" stop-offset=\"11\"");
-  EXPECT_EQ((Sized{200000 * 10, ""}), StagedSize(Description(segments), 0));
-}
-
-TEST_F(MetadataFilesTest, IncompleteElementPathGivesTheDataFileSizeSilently) {
-  for (const std::string xml :
-       {"<other/>", "<recording-event><audio/></recording-event>",
-        "<recording-event><video><stream/></video></recording-event>",
-        "<recording-event><video><streams><segment name='a' src='1'/></streams></video>"
-        "</recording-event>"}) {
-    EXPECT_EQ((Sized{40, ""}), StagedSize(xml, 40)) << xml;
-  }
 }
 
 TEST_F(MetadataFilesTest, SegmentContributions) {
@@ -200,44 +217,9 @@ TEST_F(MetadataFilesTest, SegmentContributions) {
       {"start-offset=\"2147483647\"", kWhole - 2147483647},
   };
   for (const Case& c : cases) {
-    EXPECT_EQ((Sized{100 + c.bytes, ""}), StagedSize(Description(Segment(c.attributes)), 100))
+    EXPECT_EQ((Metadata{true, 100 + c.bytes, ""}), Staged(Description(Segment(c.attributes)), 100))
         << c.attributes;
   }
-}
-
-TEST_F(MetadataFilesTest, SegmentsAndStreamsAreSummed) {
-  EXPECT_EQ((Sized{1 + kWhole + 10 + 2, ""}),
-            StagedSize(Streams("<stream><a name='x' src='1'/><b name='y' src='2' stop-offset='10'/>"
-                               "</stream><stream><c name='z' src='3' start-offset='1' "
-                               "stop-offset='3'/></stream>"),
-                       1));
-}
-
-TEST_F(MetadataFilesTest, SiblingsAfterTheFirstStreamCountWhateverTheirName) {
-  EXPECT_EQ((Sized{30, ""}),
-            StagedSize(Streams("<other><s name='x' src='1' stop-offset='1000'/></other>"
-                               "<stream><s name='x' src='1' stop-offset='10'/></stream>"
-                               "<audio><s name='x' src='1' stop-offset='20'/></audio>"),
-                       0));
-}
-
-TEST_F(MetadataFilesTest, StreamOpeningWithACommentContributesNothing) {
-  EXPECT_EQ(
-      (Sized{10, ""}),
-      StagedSize(Streams("<stream><!-- cut --><s name='x' src='1' stop-offset='1000'/></stream>"
-                         "<stream>text<s name='x' src='1' stop-offset='100'/></stream>"
-                         "<stream>\n   <s name='x' src='1' stop-offset='10'/></stream>"
-                         "<stream/>"),
-                 0));
-}
-
-TEST_F(MetadataFilesTest, InvalidStartStopsTheWholeComputation) {
-  EXPECT_EQ((Sized{11, "Start offset invalid"}),
-            StagedSize(Streams("<stream><s name='x' src='1' stop-offset='10'/>"
-                               "<s name='x' src='1' start-offset='abc' stop-offset='20'/>"
-                               "<s name='x' src='1' stop-offset='40'/></stream>"
-                               "<stream><s name='x' src='1' stop-offset='80'/></stream>"),
-                       1));
 }
 
 TEST_F(MetadataFilesTest, MessagesOfUnusableSegments) {
@@ -259,47 +241,40 @@ TEST_F(MetadataFilesTest, MessagesOfUnusableSegments) {
   };
   for (const Case& c : cases) {
     const int64_t bytes = c.message.empty() ? 3 + 7 + kWhole - 1 : 3 + 7;
-    EXPECT_EQ((Sized{bytes, c.message}),
-              StagedSize(Description("<s name='first' src='1' stop-offset='7'/>" + c.segment), 3))
+    EXPECT_EQ((Metadata{true, bytes, c.message}),
+              Staged(Description("<s name='first' src='1' stop-offset='7'/>" + c.segment), 3))
         << c.segment;
   }
 }
 
-TEST_F(MetadataFilesTest, DataFileSizeIsTakenFromStatNotFromReading) {
-  Stage("r", "<none/>", 64);
-  ASSERT_EQ(0, chmod(At("r.mtd").c_str(), 0));
-  EXPECT_EQ((Sized{64, ""}), Size("r"));
-}
-
 TEST_F(MetadataFilesTest, DataFileThatIsAFolderCountsTheFolderSize) {
   Write("r.xml", "<none/>");
-  MakeFolder("r.mtd");
+  Write("r.mtd", kFolder);
   struct stat info;
   ASSERT_EQ(0, stat(At("r.mtd").c_str(), &info));
-  EXPECT_EQ((Sized{info.st_size, ""}), Size("r"));
+  EXPECT_EQ((Metadata{true, info.st_size, ""}), Observe("r"));
 }
 
 TEST_F(MetadataFilesTest, DataFileSizeIsCutTo32BitsAndSignExtended) {
   Write("r.xml", "<none/>");
   Write("r.mtd", "");
   ASSERT_EQ(0, truncate(At("r.mtd").c_str(), 0xC0000010LL));  // sparse
-  EXPECT_EQ(-1073741808, Size("r").bytes);
+  EXPECT_EQ(-1073741808, Observe("r").bytes);
   ASSERT_EQ(0, truncate(At("r.mtd").c_str(), 0x100000020LL));
-  EXPECT_EQ(32, Size("r").bytes);
+  EXPECT_EQ(32, Observe("r").bytes);
 }
 
 TEST_F(MetadataFilesTest, ReidsAreUsedAsTheyAre) {
   for (const std::string reid : {"a b", "it's", "caf\xc3\xa9", "raw\xff\xfe", "-dash"}) {
-    Stage(reid, Description(Segment("stop-offset=\"5\"")), 2);
-    EXPECT_TRUE(Staged(reid)) << reid;
-    EXPECT_EQ(7, Size(reid).bytes) << reid;
+    Write(reid + ".xml", Description(Segment("stop-offset=\"5\"")));
+    Write(reid + ".mtd", "mm");
+    EXPECT_EQ((Metadata{true, 7, ""}), Observe(reid)) << reid;
   }
 }
 
 TEST_F(MetadataFilesTest, OverlongReidIsNotStagedAndHasNoSize) {
   const std::string reid(1000, 'r');
-  EXPECT_FALSE(Staged(reid));
-  EXPECT_EQ((Sized{0, "Failed to stat file: " + At(reid + ".mtd")}), Size(reid));
+  EXPECT_EQ((Metadata{false, 0, "Failed to stat file: DIR/" + reid + ".mtd"}), Observe(reid));
 }
 
 TEST(MetadataDirectory, IsTheRecordersFixedFolder) {

@@ -12,6 +12,7 @@
 #include "analysis/analysis_options.h"
 #include "cli/option_table.h"
 #include "files/file_options.h"
+#include "ship/installed_db.h"
 #include "ship/shell.h"
 
 namespace {
@@ -77,11 +78,7 @@ Words LongOptions() {
 
 }  // namespace
 
-TEST(Completion, IsRegisteredForDb) {
-  EXPECT_RUN(RunShell("bash --norc -c " + ShellQuote("source " + ShellQuote(CompletionScript()) +
-                                                     " && complete -p db")),
-             "complete -F _db db\n", "", 0);
-}
+TEST(Completion, IsRegisteredForDb) { ExpectCompletionRegistered(CompletionScript()); }
 
 TEST(Completion, OffersEveryLongOptionInTableOrder) {
   EXPECT_EQ(LongOptions(), Complete({"db", "--"}));

@@ -35,3 +35,9 @@ std::string ExpectManShowsDb(const std::string& args) {
             result.out.find("db - list, check and clean up the recorder's stream store"));
   return result.out;
 }
+
+void ExpectCompletionRegistered(const std::string& script) {
+  EXPECT_RUN(RunShell("bash --norc -c " +
+                      ShellQuote("source " + ShellQuote(script) + " && complete -p db")),
+             "complete -F _db db\n", "", 0);
+}

@@ -20,6 +20,10 @@ void ExpectDbRunsOnARecorderDisk(const std::string& db);
 // those lines are compared.
 std::string ExpectManShowsDb(const std::string& args);
 
+// Sources the completion script `script` in bash and expects it to register
+// its function for db.
+void ExpectCompletionRegistered(const std::string& script);
+
 // The table counts that db -t prints for that disk.
 extern const std::string kFilledDiskTables;
 
