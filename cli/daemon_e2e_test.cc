@@ -9,12 +9,12 @@
 #include <vector>
 
 #include "events/event_listing_fixture.h"
+#include "testing/case_tables.h"
 #include "testing/cli_words.h"
 #include "testing/expected_start_up.h"
 #include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
-#include "testing/sim_named_cases.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "testing/sim_named_cases.h"
+#include "testing/case_tables.h"
 
 namespace {
 

@@ -6,12 +6,12 @@
 #include <vector>
 
 #include "events/expected_event_table.h"
+#include "testing/case_tables.h"
 #include "testing/cli_words.h"
 #include "testing/expected_start_up.h"
 #include "testing/expected_usage.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
-#include "testing/sim_named_cases.h"
 #include "testing/store_lock.h"
 
 namespace {

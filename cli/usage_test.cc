@@ -7,8 +7,8 @@
 #include <string>
 
 #include "cli/tool_context.h"
+#include "testing/case_tables.h"
 #include "testing/expected_usage.h"
-#include "testing/sim_named_cases.h"
 #include "testing/stream_capture.h"
 
 namespace {

@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "events/expected_event_table.h"
+#include "testing/case_tables.h"
 #include "testing/cli_words.h"
 #include "testing/disk_manifest.h"
-#include "testing/faults_case_tables.h"
 #include "testing/recorder_disk.h"
 #include "testing/run_in_sandbox.h"
 

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "testing/case_tables.h"
 #include "testing/scratch_dir.h"
-#include "testing/sim_named_cases.h"
 #include "testing/stream_capture.h"
 
 namespace {
